@@ -1,0 +1,32 @@
+#pragma once
+
+#include <memory>
+
+#include "plugin/base_interface.h"
+#include "model/model_fwd.h"
+#include "zy/ZyBool.h"
+
+namespace tools { class custom_javascript; }
+
+namespace plugin {
+
+// A plug-in that exports the opened project.
+class TAVRELCORE_EXPORT export_interface : public base_interface
+{
+   Q_OBJECT
+
+protected:
+   std::shared_ptr<tools::custom_javascript> m_pCustomScript;
+
+public:
+   explicit export_interface(QObject * parent = nullptr);
+   virtual ~export_interface();
+
+   std::shared_ptr<tools::custom_javascript> getCustomScript() const { return m_pCustomScript; }
+   void setCustomScript(const std::shared_ptr<tools::custom_javascript> & p) { m_pCustomScript = p; }
+
+public Q_SLOTS:
+   virtual zy::ZyBool exportProject(model::project & project) = 0;
+};
+
+} // namespace plugin
