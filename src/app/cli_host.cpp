@@ -1,1 +1,307 @@
 #include "cli_host.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDialog>
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QPluginLoader>
+#include <QTimer>
+
+#include <cstdio>
+
+#include "context/ctx_global.h"
+#include "context/ctx_project.h"
+#include "model/project.h"
+#include "plugin/export_interface.h"
+#include "storage/project_storage.h"
+#include "tools/message_box.h"
+#include "view/main_wnd.h"
+
+namespace app {
+
+namespace {
+
+const char * const k_sCommands =
+   "Commands:\n"
+   "  import MODEL.json PROJECT.tavrel   Create or refresh a project file from a JSON model\n"
+   "                                     (plug-in settings stored in the project are kept).\n"
+   "  dump PROJECT                       Print the model of a project as JSON.\n"
+   "  check PROJECT                      Print the schema problems (exit 1 when there are any)\n"
+   "                                     and the warnings (which do not fail).\n"
+   "  plugins                            List the plug-ins and their command-line parameters.\n"
+   "  export PROJECT [options] [plug-in parameters]\n"
+   "                                     Export the project with a plug-in, unattended.\n"
+   "\n"
+   "PROJECT is a .tavrel project file, or a .json model that is first imported into the\n"
+   ".tavrel file of the same base name beside it.\n"
+   "Plug-in parameters are written --PluginName_parameter=value (see 'tavrel plugins').\n";
+
+// Plug-in parameters are "--<plug-in>_<name>[=value]"; they are handed to the plug-in untouched.
+bool isPluginParameter(const QString & arg)
+{
+   if (! arg.startsWith("--")) { return false; }
+   QString name = arg.mid(2).section('=', 0, 0);
+   return name.contains('_');
+}
+
+} // namespace
+
+cli_host::cli_host() : m_out(stdout), m_err(stderr)
+{
+   qApp->installEventFilter(this);
+}
+
+cli_host::~cli_host()
+{
+   if (qApp) { qApp->removeEventFilter(this); }
+   if (context::ctx_global::getMainWnd() == m_pMainWnd.get()) { context::ctx_global::setMainWnd(nullptr); }
+}
+
+// No dialog may wait for a user who is not there: every dialog a plug-in opens is dismissed
+// as soon as it shows, and reported.
+bool cli_host::eventFilter(QObject * watched, QEvent * event)
+{
+   if ((event->type() == QEvent::Show) && watched->isWidgetType())
+   {
+      QDialog * pDialog = qobject_cast<QDialog *>(watched);
+      if (pDialog && pDialog->isModal())
+      {
+         QString title = pDialog->windowTitle();
+         m_lstDismissedDialogs.append(title);
+         m_err << "tavrel: dialog '" << title << "' dismissed (unattended run)\n";
+         m_err.flush();
+         QTimer::singleShot(0, pDialog, & QDialog::reject);
+      }
+   }
+   return QObject::eventFilter(watched, event);
+}
+
+QString cli_host::pluginDirectory()
+{
+   QString dir = qEnvironmentVariable("TAVREL_PLUGIN_DIR");
+   if (! dir.isEmpty()) { return QDir(dir).absolutePath(); }
+   return QDir(QCoreApplication::applicationDirPath()).absoluteFilePath("plugins");
+}
+
+QList<plugin_info> cli_host::findPlugins(const QString & dir)
+{
+   QList<plugin_info> lst;
+   QDir d(dir);
+   const QStringList files = d.entryList(QDir::Files, QDir::Name);
+   for (const QString & file : files)
+   {
+      QString path = d.absoluteFilePath(file);
+      if (! QLibrary::isLibrary(path)) { continue; }
+      QPluginLoader loader(path);
+      plugin_info info;
+      info.file = path;
+      QJsonObject meta = loader.metaData();
+      if (meta.isEmpty()) { continue; }
+      info.iid = meta.value("IID").toString();
+      info.className = meta.value("className").toString();
+      const QJsonArray keys = meta.value("MetaData").toObject().value("Keys").toArray();
+      for (const auto & k : keys) { info.keys.append(k.toString()); }
+      info.instance = loader.instance();
+      if (! info.instance) { info.error = loader.errorString(); }
+      else { info.exportPlugin = qobject_cast<plugin::export_interface *>(info.instance.data()); }
+      if (info.instance && ! info.exportPlugin) { info.error = "not a Tavrel export plug-in"; }
+      lst.append(info);
+   }
+   return lst;
+}
+
+int cli_host::usageError(const QString & text)
+{
+   m_err << "tavrel: " << text << "\n" << "Try 'tavrel --help'.\n";
+   m_err.flush();
+   return exit_usage;
+}
+
+int cli_host::failure(const QString & text)
+{
+   m_err << "tavrel: " << text << "\n";
+   m_err.flush();
+   return exit_failure;
+}
+
+int cli_host::run(const QStringList & args)
+{
+   QStringList parserArgs;
+   for (const QString & a : args) { if (! isPluginParameter(a)) { parserArgs.append(a); } }
+
+   QCommandLineParser parser;
+   parser.setApplicationDescription("Tavrel command-line host: import, check and export entity models.\n\n" + QString(k_sCommands));
+   QCommandLineOption optHelp(QStringList() << "h" << "help", "Show this help.");
+   QCommandLineOption optVersion(QStringList() << "v" << "version", "Show the version.");
+   QCommandLineOption optPlugin("plugin", "Export plug-in to use (default: the only one, or TavrelCppExport).", "NAME");
+   QCommandLineOption optLumor("lumor-path", "Lumor library directory (else $LUMOR_DIR, else the saved global settings).", "DIR");
+   QCommandLineOption optYes("yes", "Answer Yes to every question of the export.");
+   QCommandLineOption optNo("no", "Answer No to every question of the export.");
+   parser.addOptions({ optHelp, optVersion, optPlugin, optLumor, optYes, optNo });
+   parser.addPositionalArgument("command", "import, dump, check, plugins or export.");
+   parser.addPositionalArgument("arguments", "Arguments of the command.", "[arguments...]");
+
+   if (! parser.parse(parserArgs)) { return usageError(parser.errorText()); }
+   if (parser.isSet(optHelp)) { m_out << parser.helpText(); m_out.flush(); return exit_ok; }
+   if (parser.isSet(optVersion))
+   {
+      m_out << "tavrel " << context::ctx_global::getAppVersionStr() << "\n";
+      m_out.flush();
+      return exit_ok;
+   }
+
+   QStringList positional = parser.positionalArguments();
+   if (positional.isEmpty()) { return usageError("no command given"); }
+   QString command = positional.takeFirst();
+   bool bExport = (command == "export");
+   if (! bExport)
+   {
+      if (parser.isSet(optPlugin) || parser.isSet(optLumor) || parser.isSet(optYes) || parser.isSet(optNo))
+      { return usageError("options --plugin, --lumor-path, --yes and --no belong to the export command"); }
+      for (const QString & a : args) { if (isPluginParameter(a)) { return usageError("plug-in parameter '" + a + "' belongs to the export command"); } }
+   }
+   if (parser.isSet(optYes) && parser.isSet(optNo)) { return usageError("--yes and --no exclude each other"); }
+
+   if (command == "import") { return cmdImport(positional); }
+   if (command == "dump") { return cmdDump(positional); }
+   if (command == "check") { return cmdCheck(positional); }
+   if (command == "plugins")
+   {
+      if (! positional.isEmpty()) { return usageError("plugins takes no argument"); }
+      return cmdPlugins();
+   }
+   if (bExport)
+   {
+      return cmdExport(positional, args.mid(1), parser.value(optPlugin), parser.value(optLumor),
+                       parser.isSet(optYes), parser.isSet(optNo));
+   }
+   return usageError("unknown command '" + command + "'");
+}
+
+bool cli_host::openProject(const QString & path, model::project_ptr & project)
+{
+   zy::ZyBool ok = context::ctx_project::openProject(path);
+   if (! ok) { failure(ok.getDesc()); return false; }
+   project = context::ctx_project::getProject();
+   if (! project) { failure("cannot open project '" + path + "'"); return false; }
+   return true;
+}
+
+int cli_host::cmdImport(const QStringList & args)
+{
+   if (args.size() != 2) { return usageError("import needs MODEL.json and PROJECT.tavrel"); }
+   zy::ZyBool ok = storage::project_storage::importJson(args.at(0), args.at(1));
+   if (! ok) { return failure(ok.getDesc()); }
+   m_out << "Imported '" << args.at(0) << "' into '" << QDir::toNativeSeparators(QFileInfo(args.at(1)).absoluteFilePath()) << "'\n";
+   m_out.flush();
+   return exit_ok;
+}
+
+int cli_host::cmdDump(const QStringList & args)
+{
+   if (args.size() != 1) { return usageError("dump needs PROJECT"); }
+   model::project_ptr project;
+   if (! openProject(args.at(0), project)) { return exit_failure; }
+   m_out << QString::fromUtf8(storage::project_storage::toJson(* project));
+   m_out.flush();
+   return exit_ok;
+}
+
+int cli_host::cmdCheck(const QStringList & args)
+{
+   if (args.size() != 1) { return usageError("check needs PROJECT"); }
+   model::project_ptr project;
+   if (! openProject(args.at(0), project)) { return exit_failure; }
+   const zy::ZyInvalidValueX errors = project->checkSchema();
+   const QStringList warnings = project->checkWarnings();
+   for (const auto & e : errors) { m_out << "error: " << e.getMessage() << "\n"; }
+   for (const auto & w : warnings) { m_out << "warning: " << w << "\n"; }
+   m_out << "Project '" << project->getName() << "' : " << project->getListOfAllEntities()->size() << " entities, "
+         << project->getListOfAllEnums()->size() << " enumerations, " << errors.size() << " error(s), "
+         << warnings.size() << " warning(s)\n";
+   m_out.flush();
+   return (errors.isEmpty() ? exit_ok : exit_failure);
+}
+
+int cli_host::cmdPlugins()
+{
+   QString dir = pluginDirectory();
+   QList<plugin_info> lst = findPlugins(dir);
+   if (lst.isEmpty()) { return failure("no plug-in found in '" + QDir::toNativeSeparators(dir) + "'"); }
+   for (const plugin_info & info : lst)
+   {
+      m_out << "Plug-in file : " << QDir::toNativeSeparators(info.file) << "\n";
+      m_out << "  IID : " << info.iid << "\n";
+      m_out << "  Class : " << info.className << "\n";
+      m_out << "  Keys : " << info.keys.join(", ") << "\n";
+      if (! info.exportPlugin) { m_out << "  Error : " << info.error << "\n\n"; continue; }
+      plugin::export_interface * p = info.exportPlugin;
+      m_out << "  Name : " << p->getName() << "\n";
+      m_out << "  Version : " << p->getVersion() << "\n";
+      m_out << "  Short description : " << p->getShortDesc() << "\n";
+      m_out << "  Description : " << p->getDescription() << "\n";
+      m_out << "  GUID : " << p->getGuid() << "\n";
+      m_out << "  Command line : " << p->getCommandLineInfos() << "\n\n";
+   }
+   m_out.flush();
+   return exit_ok;
+}
+
+int cli_host::cmdExport(const QStringList & positional, const QStringList & allArgs, const QString & pluginName,
+                        const QString & lumorPath, bool bYes, bool bNo)
+{
+   if (positional.size() != 1) { return usageError("export needs exactly one PROJECT"); }
+
+   QList<plugin_info> lst = findPlugins(pluginDirectory());
+   plugin::export_interface * pPlugin = nullptr;
+   QStringList names;
+   for (const plugin_info & info : lst)
+   {
+      if (! info.exportPlugin) { continue; }
+      names.append(info.exportPlugin->getName());
+      if (pluginName.isEmpty() ? (pPlugin == nullptr) : (info.exportPlugin->getName() == pluginName)) { pPlugin = info.exportPlugin; }
+   }
+   if (! pPlugin)
+   {
+      if (names.isEmpty()) { return failure("no export plug-in found in '" + QDir::toNativeSeparators(pluginDirectory()) + "'"); }
+      return failure("no export plug-in named '" + pluginName + "' (available : " + names.join(", ") + ")");
+   }
+
+   model::project_ptr project;
+   if (! openProject(positional.at(0), project)) { return exit_failure; }
+
+   context::ctx_global::initGlobalParams(lumorPath);
+   tools::message_box::setUnattended(true);
+   tools::message_box::setFixedAnswer(bYes ? QMessageBox::Yes : (bNo ? QMessageBox::No : QMessageBox::NoButton));
+
+   m_pMainWnd = std::make_unique<view::main_wnd>();
+   m_pMainWnd->setAppArgs(allArgs);
+   context::ctx_global::setMainWnd(m_pMainWnd.get());
+
+   QObject::connect(pPlugin, & plugin::base_interface::onMessage, this, [this](const QString & text, int kind, int)
+   {
+      const char * prefix = ((kind == 3) ? "error: " : ((kind == 2) ? "warning: " : ""));
+      m_err << prefix << text << "\n";
+      m_err.flush();
+   });
+
+   m_lstDismissedDialogs.clear();
+   m_pMainWnd->setExecutingPlugin(true);
+   zy::ZyBool result = pPlugin->exportProject(* project);
+   m_pMainWnd->setExecutingPlugin(false);
+   QObject::disconnect(pPlugin, nullptr, this, nullptr);
+
+   if (! result) { return failure(result.getDesc().isEmpty() ? QString("export failed") : result.getDesc()); }
+   if (! m_lstDismissedDialogs.isEmpty())
+   {
+      return failure("export cancelled : the plug-in needed its dialog '" + m_lstDismissedDialogs.first() +
+                     "', which an unattended run cannot show; give its settings on the command line (see 'tavrel plugins')");
+   }
+   if (! result.getDesc().isEmpty()) { m_err << result.getDesc() << "\n"; m_err.flush(); }
+   return exit_ok;
+}
+
+} // namespace app

@@ -1,1 +1,68 @@
 #pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <QStringList>
+#include <QTextStream>
+
+#include <memory>
+
+#include "model/model_fwd.h"
+
+namespace plugin { class export_interface; }
+namespace view { class main_wnd; }
+
+namespace app {
+
+// Exit codes of the command-line host.
+enum enum_exit { exit_ok = 0, exit_failure = 1, exit_usage = 2 };
+
+// One plug-in library found in the host's plug-in directory.
+struct plugin_info
+{
+   QString file;
+   QString iid;
+   QString className;
+   QStringList keys;
+   QPointer<QObject> instance;
+   plugin::export_interface * exportPlugin = nullptr;
+   QString error;
+};
+
+// The command-line host: import, dump, check, plugins and unattended export.
+class cli_host : public QObject
+{
+   Q_OBJECT
+
+   QTextStream m_out;
+   QTextStream m_err;
+   std::unique_ptr<view::main_wnd> m_pMainWnd;
+   QStringList m_lstDismissedDialogs;
+
+public:
+   cli_host();
+   virtual ~cli_host();
+
+   int run(const QStringList & args);
+
+   // Directory scanned for plug-ins: $TAVREL_PLUGIN_DIR, else "plugins" beside the program.
+   static QString pluginDirectory();
+   static QList<plugin_info> findPlugins(const QString & dir);
+
+protected:
+   bool eventFilter(QObject * watched, QEvent * event) override;
+
+private:
+   int cmdImport(const QStringList & args);
+   int cmdDump(const QStringList & args);
+   int cmdCheck(const QStringList & args);
+   int cmdPlugins();
+   int cmdExport(const QStringList & positional, const QStringList & allArgs, const QString & pluginName,
+                 const QString & lumorPath, bool bYes, bool bNo);
+
+   int usageError(const QString & text);
+   int failure(const QString & text);
+   bool openProject(const QString & path, model::project_ptr & project);
+};
+
+} // namespace app

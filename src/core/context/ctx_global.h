@@ -23,6 +23,15 @@ public:
 
    static model::global_params_ptr getGlobalParams();
    static void setGlobalParams(const model::global_params_ptr & p);
+
+   // Builds the global parameters of a host: the Lumor path comes from the host's option when
+   // it is not empty, else from the environment variable LUMOR_DIR, else from the saved settings.
+   static void initGlobalParams(const QString & lumorPathOption);
+   // The Lumor path kept in the user's settings ("global/lumor_path"), as written.
+   static QString getSavedLumorPath();
+   static bool saveLumorPath(const QString & path);
+   // Settings live in the user's "Tavrel/Tavrel" settings; an INI file instead when set (tests).
+   static void setSettingsFile(const QString & iniFile);
 };
 
 } // namespace context

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QHash>
+
 #include "model/persistable.h"
 #include "zy/ZyInvalidValue.h"
 
@@ -12,6 +14,22 @@ class TAVRELCORE_EXPORT project : public persistable
    QString m_sFilePath;
    list_of_entity_ptr m_pEntities = std::make_shared<list_of_entity>();
    list_of_enumeration_ptr m_pEnumerations = std::make_shared<list_of_enumeration>();
+
+public:
+   // Lookup indexes for the by-id and by-key queries, built on first use (exports ask them for
+   // every entity). A list that changed size is re-indexed; a stale hit or a miss is checked
+   // against the list itself. Only an item whose id or key changed to one that an earlier item
+   // already had needs invalidateIndex() to keep "first in document order".
+   struct lookup_index
+   {
+      QHash<long, qsizetype> byId;
+      QHash<QString, qsizetype> byKey;
+      qsizetype size = -1;
+   };
+
+private:
+   mutable lookup_index m_entityIndex;
+   mutable lookup_index m_enumIndex;
 
 public:
    QString getName() const { return m_sName; }
@@ -36,10 +54,14 @@ public:
    void setName(const QString & s) { m_sName = s; }
    void setLocation(const QString & s) { m_sLocation = s; }
    void setFilePath(const QString & s) { m_sFilePath = s; }
-   void addEntity(const entity_ptr & p) { m_pEntities->append(p); }
-   void addEnumeration(const enumeration_ptr & p) { m_pEnumerations->append(p); }
+   void addEntity(const entity_ptr & p) { m_pEntities->append(p); invalidateIndex(); }
+   void addEnumeration(const enumeration_ptr & p) { m_pEnumerations->append(p); invalidateIndex(); }
+   // Drops the lookup indexes; call after changing ids or keys of items already in the project.
+   void invalidateIndex() const;
 
-   // Re-links parents, relation targets and enumeration types by key after a load or edit.
+   // Re-links parents, relation targets and enumeration types by key after a load or edit; also
+   // sets the properties' entity and the relationships' property back pointers, and gives a
+   // property that names an enumeration without a type text the enumeration's C++ type.
    void resolveLinks();
 };
 

@@ -17,6 +17,7 @@ private:
    int m_iCollection = collection_none;
    QString m_sDefaultValue;
    std::weak_ptr<enumeration> m_pEnumeration;
+   bool m_bFromEnumeration = false;
 
 public:
    QString getPrimitiveType() const { return m_sPrimitiveType; }
@@ -24,14 +25,20 @@ public:
    int getCollection() const { return m_iCollection; }
    QString getDefaultValue() const { return m_sDefaultValue; }
    enumeration_ptr getEnumeration() const { return m_pEnumeration.lock(); }
-   // The decorated, collected type text, for example "QList<std::optional<int> >".
+   // The decorated, collected type text, for example "QList<std::optional<int> >". When the
+   // inner text ends with ">" a blank goes before the closing ">" (valid in every C++ dialect and
+   // the form the generated code has always used).
    QString getTypeText() const;
+   // True when the primitive type text was derived from the property's enumeration (no "type"
+   // was given); such a text follows the enumeration when it is renamed and is not dumped.
+   bool isFromEnumeration() const { return m_bFromEnumeration; }
 
    void setPrimitiveType(const QString & s) { m_sPrimitiveType = s; }
    void setDecoration(int i) { m_iDecoration = i; }
    void setCollection(int i) { m_iCollection = i; }
    void setDefaultValue(const QString & s) { m_sDefaultValue = s; }
    void setEnumeration(const enumeration_ptr & p) { m_pEnumeration = p; }
+   void setFromEnumeration(bool b) { m_bFromEnumeration = b; }
 };
 
 } // namespace model

@@ -2,8 +2,11 @@
 
 #include <QHash>
 #include <QJSEngine>
+#include <QList>
 #include <QObject>
+#include <QPointer>
 #include <QString>
+#include <QStringList>
 #include <QVariant>
 
 #include <memory>
@@ -16,11 +19,20 @@ namespace plugin { class base_interface; }
 
 namespace tools {
 
+class script_watchdog;
+class script_host_api;
+
 // The user's export script, run in a QJSEngine. The script defines "function execute(params)";
 // its return value, as text, replaces params.default_value ("undefined" keeps it).
+// A call running longer than the time limit is interrupted. The script also sees a global
+// "tavrel" object: tavrel.log(...) reports a line (onScriptLog, and the plug-in's onMessage),
+// tavrel.breakpoint(text) pauses the call while debugging (onScriptBreakpoint; the time limit
+// doesn't run while the slot holds the call).
 class TAVRELCORE_EXPORT custom_javascript : public QObject
 {
    Q_OBJECT
+
+   friend class script_host_api;
 
 public:
    struct call_record { QString action; QString input; QString answer; bool ok; };
@@ -32,6 +44,19 @@ private:
    plugin::base_interface * m_pPlugin = nullptr;
    int m_iTimeLimitMs = 10000;
    bool m_bDebugging = false;
+
+   QJSValue m_fctRun;
+   QJSValue m_fctFreeze;
+   QJSValue m_objHostApi;
+   std::unique_ptr<script_watchdog> m_pWatchdog;
+   script_host_api * m_pHostApi = nullptr;
+   QPointer<QObject> m_pPluginGuard;
+   QString m_sCurrentAction;
+   bool m_bRunning = false;
+   QList<call_record> m_lstCalls;
+   QStringList m_lstProjectViewKeys;
+   const void * m_pProjectViewOwner = nullptr;
+   QJSValue m_objProjectView;
 
 public:
    explicit custom_javascript(QObject * parent = nullptr);
@@ -51,11 +76,29 @@ public:
    int getTimeLimit() const { return m_iTimeLimitMs; }
    void setTimeLimit(int ms) { m_iTimeLimitMs = ms; }
    QString getFile() const { return m_sFile; }
+   plugin::base_interface * getPlugin() const { return m_pPlugin; }
+   // True once initEngine succeeded.
+   bool isLoaded() const;
+   // The calls made while debugging, oldest first (the last 10000 are kept).
+   QList<call_record> getCallHistory() const { return m_lstCalls; }
+   void clearCallHistory() { m_lstCalls.clear(); }
 
 Q_SIGNALS:
    // Emitted for every call while debugging: the action, the default value and the answer.
    void onScriptCall(const QString & action, const QString & input, const QString & answer, bool ok);
    void onDebuggerStateChanged(bool debugging);
+   // tavrel.log(...) of the script, with the action of the running call.
+   void onScriptLog(const QString & action, const QString & text);
+   // tavrel.breakpoint(text) while debugging: the call waits until the slots return.
+   void onScriptBreakpoint(const QString & action, const QString & text);
+
+private:
+   void releaseEngine();
+   zy::ZyBool runExecute(model::project * pProject, model::entity * pEntity, model::property * pProperty,
+                         model::enumeration * pEnumeration, const QHash<QString, QVariant> & params);
+   QJSValue projectView(model::project * pProject);
+   void scriptLog(const QString & text);
+   void scriptBreakpoint(const QString & text);
 };
 
 } // namespace tools

@@ -39,7 +39,8 @@ public:
    static bool isUnattended();
    // Answer for every later question (NoButton: the default button).
    static void setFixedAnswer(QMessageBox::StandardButton answer);
-   // Answers used once each, in order, before the fixed answer.
+   // Answers used once each, in order, before the fixed answer, by the boxes that offer more
+   // than one button (a box with a single button just gets that button).
    static void pushScriptedAnswer(QMessageBox::StandardButton answer);
    // Unattended boxes print to standard error unless silenced (tests).
    static void setPrintUnattended(bool b);

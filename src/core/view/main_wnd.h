@@ -5,6 +5,7 @@
 
 #include "tavrelcore_export.h"
 #include "model/model_fwd.h"
+#include "view/model_metatypes.h"
 
 namespace view {
 
@@ -22,7 +23,8 @@ public:
    virtual ~main_wnd();
 
    // The values given for one option, in order: "--name=value" gives "value", "--name=" an
-   // empty value, "--name value" the next argument unless it is an option itself.
+   // empty value, "--name value" the next argument unless it is an option itself ("--name"
+   // alone, or followed by another option, gives an empty value). "name" may omit the "--".
    QStringList getAppArg(const QString & name) const;
    void setAppArgs(const QStringList & lst) { m_lstAppArgs = lst; }
    QStringList getAppArgs() const { return m_lstAppArgs; }

@@ -1,0 +1,114 @@
+#include "context/ctx_global.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QMutex>
+#include <QMutexLocker>
+#include <QPointer>
+#include <QSettings>
+#include <QUrl>
+
+#include <memory>
+
+#include "model/global_params.h"
+#include "view/main_wnd.h"
+
+#ifndef TAVREL_VERSION_STR
+#define TAVREL_VERSION_STR "0.0.0"
+#endif
+
+namespace context {
+
+namespace {
+
+const char * const k_lumorPathKey = "global/lumor_path";
+
+struct global_state
+{
+   QMutex mutex;
+   QPointer<view::main_wnd> mainWnd;
+   model::global_params_ptr globalParams;
+   QString settingsFile;
+};
+
+global_state & state()
+{
+   static global_state s;
+   return s;
+}
+
+std::unique_ptr<QSettings> openSettings()
+{
+   QString file;
+   { QMutexLocker lock(& state().mutex); file = state().settingsFile; }
+   if (file.isEmpty()) { return std::make_unique<QSettings>(QStringLiteral("Tavrel"), QStringLiteral("Tavrel")); }
+   return std::make_unique<QSettings>(file, QSettings::IniFormat);
+}
+
+} // namespace
+
+QString ctx_global::getAppName() { return QStringLiteral("Tavrel"); }
+
+QString ctx_global::getAppVersionStr() { return QStringLiteral(TAVREL_VERSION_STR); }
+
+QString ctx_global::getAppHelpManualUrl()
+{
+   // Installed layout first (bin/../share/tavrel), then the build tree's copy of the docs.
+   QStringList candidates;
+   if (QCoreApplication::instance())
+   {
+      const QString appDir = QCoreApplication::applicationDirPath();
+      candidates << appDir + "/../share/tavrel/user_guide.html";
+      candidates << appDir + "/docs/user_guide.html";
+      candidates << appDir + "/../docs/user_guide.html";
+   }
+#ifdef TAVREL_DOCS_DIR
+   candidates << QStringLiteral(TAVREL_DOCS_DIR "/user_guide.html");
+#endif
+   for (const QString & c : std::as_const(candidates))
+   {
+      if (QFileInfo(c).isFile()) { return QUrl::fromLocalFile(QDir::cleanPath(QFileInfo(c).absoluteFilePath())).toString(); }
+   }
+   // Nothing found: point at the installed location, so the user sees where it should be.
+   const QString fallback = (candidates.isEmpty() ? QStringLiteral("user_guide.html") : candidates.first());
+   return QUrl::fromLocalFile(QDir::cleanPath(QFileInfo(fallback).absoluteFilePath())).toString();
+}
+
+view::main_wnd * ctx_global::getMainWnd() { QMutexLocker lock(& state().mutex); return state().mainWnd.data(); }
+
+void ctx_global::setMainWnd(view::main_wnd * pMainWnd) { QMutexLocker lock(& state().mutex); state().mainWnd = pMainWnd; }
+
+model::global_params_ptr ctx_global::getGlobalParams()
+{
+   QMutexLocker lock(& state().mutex);
+   // Never null: a host that didn't initialise them gets empty parameters.
+   if (! state().globalParams) { state().globalParams = std::make_shared<model::global_params>(); }
+   return state().globalParams;
+}
+
+void ctx_global::setGlobalParams(const model::global_params_ptr & p) { QMutexLocker lock(& state().mutex); state().globalParams = p; }
+
+void ctx_global::initGlobalParams(const QString & lumorPathOption)
+{
+   QString path = lumorPathOption;
+   if (path.isEmpty()) { path = qEnvironmentVariable("LUMOR_DIR"); }
+   if (path.isEmpty()) { path = getSavedLumorPath(); }
+   auto p = std::make_shared<model::global_params>();
+   p->setLumorPath(path);
+   setGlobalParams(p);
+}
+
+QString ctx_global::getSavedLumorPath() { return openSettings()->value(k_lumorPathKey).toString(); }
+
+bool ctx_global::saveLumorPath(const QString & path)
+{
+   auto settings = openSettings();
+   settings->setValue(k_lumorPathKey, path);
+   settings->sync();
+   return (settings->status() == QSettings::NoError);
+}
+
+void ctx_global::setSettingsFile(const QString & iniFile) { QMutexLocker lock(& state().mutex); state().settingsFile = iniFile; }
+
+} // namespace context

@@ -1,0 +1,397 @@
+#include "model/project.h"
+
+#include <QSet>
+
+#include "model/entity.h"
+#include "model/enumeration.h"
+#include "model/model_names.h"
+#include "model/property.h"
+#include "model/property_type.h"
+#include "model/relationship.h"
+
+namespace model {
+
+namespace {
+
+template <typename List>
+void rebuildIndex(const List & lst, project::lookup_index & idx)
+{
+   idx.byId.clear();
+   idx.byKey.clear();
+   idx.byId.reserve(lst.size());
+   idx.byKey.reserve(lst.size());
+   for (qsizetype i = 0; i < lst.size(); ++i)
+   {
+      const auto & p = lst.at(i);
+      if (! p) { continue; }
+      // The first item in document order wins.
+      if (! idx.byId.contains(p->getId())) { idx.byId.insert(p->getId(), i); }
+      const QString sKey = p->getKey();
+      if (! idx.byKey.contains(sKey)) { idx.byKey.insert(sKey, i); }
+   }
+   idx.size = lst.size();
+}
+
+template <typename List, typename Value, typename Match>
+typename List::value_type findIndexed(const List & lst, project::lookup_index & idx, const QHash<Value, qsizetype> & (* pHash)(const project::lookup_index &), const Value & value, Match isMatch)
+{
+   typedef typename List::value_type item_ptr;
+   if (idx.size != lst.size()) { rebuildIndex(lst, idx); }
+
+   const QHash<Value, qsizetype> & hash = pHash(idx);
+   auto itr = hash.constFind(value);
+   if (itr != hash.constEnd())
+   {
+      const qsizetype i = itr.value();
+      if ((i < lst.size()) && lst.at(i) && isMatch(lst.at(i), value)) { return lst.at(i); }
+   }
+
+   // Not indexed, or the indexed item changed: the list itself decides.
+   for (const item_ptr & p : lst)
+   {
+      if (p && isMatch(p, value)) { rebuildIndex(lst, idx); return p; }
+   }
+   if (itr != hash.constEnd()) { rebuildIndex(lst, idx); }
+   return item_ptr();
+}
+
+const QHash<long, qsizetype> & hashById(const project::lookup_index & idx) { return idx.byId; }
+const QHash<QString, qsizetype> & hashByKey(const project::lookup_index & idx) { return idx.byKey; }
+
+template <typename Ptr> bool matchId(const Ptr & p, const long & id) { return (p->getId() == id); }
+template <typename Ptr> bool matchKey(const Ptr & p, const QString & key) { return (p->getKey() == key); }
+
+QString entityLabel(const entity_ptr & p, qsizetype i)
+{
+   const QString sKey = p->getKey();
+   return (p->getName().isEmpty() ? QString("Entity #%1").arg(i + 1) : QString("Entity '%1'").arg(sKey));
+}
+
+QString enumerationLabel(const enumeration_ptr & p, qsizetype i)
+{
+   return (p->getName().isEmpty() ? QString("Enumeration #%1").arg(i + 1) : QString("Enumeration '%1'").arg(p->getKey()));
+}
+
+QString entityPath(qsizetype i) { return QString("entities[%1]").arg(i); }
+QString propertyPath(qsizetype i, qsizetype j) { return QString("entities[%1].properties[%2]").arg(i).arg(j); }
+QString enumerationPath(qsizetype i) { return QString("enumerations[%1]").arg(i); }
+
+void checkName(zy::ZyInvalidValueX & lst, const QString & sLabel, const QString & sName, const QString & sPath)
+{
+   if (sName.isEmpty()) { lst.append(zy::ZyInvalidValue(sLabel + " has no name", sPath)); return; }
+   if (! model_names::isCppIdentifier(sName))
+   { lst.append(zy::ZyInvalidValue(QString("%1 : name '%2' %3").arg(sLabel, sName, model_names::identifierProblem(sName)), sPath)); }
+}
+
+void checkNamespace(zy::ZyInvalidValueX & lst, const QString & sLabel, const QString & sNamespace, const QString & sPath)
+{
+   const QString sProblem = model_names::namespaceProblem(sNamespace);
+   if (! sProblem.isEmpty())
+   { lst.append(zy::ZyInvalidValue(QString("%1 : namespace '%2' %3").arg(sLabel, sNamespace, sProblem), sPath)); }
+}
+
+void checkOptionalIdentifier(zy::ZyInvalidValueX & lst, const QString & sLabel, const QString & sWhat, const QString & sValue, const QString & sPath)
+{
+   if (sValue.isEmpty() || model_names::isCppIdentifier(sValue)) { return; }
+   lst.append(zy::ZyInvalidValue(QString("%1 : %2 '%3' %4").arg(sLabel, sWhat, sValue, model_names::identifierProblem(sValue)), sPath));
+}
+
+void checkProperty(zy::ZyInvalidValueX & lst, const QString & sEntityLabel, const property_ptr & p, qsizetype j, const QString & sPath,
+                   const QHash<QString, qsizetype> & hashEntities, const QHash<QString, qsizetype> & hashEnums)
+{
+   const QString sName = p->getName();
+   const QString sLabel = (sName.isEmpty() ? QString("%1 : property #%2").arg(sEntityLabel).arg(j + 1)
+                                           : QString("%1 : property '%2'").arg(sEntityLabel, sName));
+   if (sName.isEmpty()) { lst.append(zy::ZyInvalidValue(sLabel + " has no name", sPath)); }
+   else if (! model_names::isCppIdentifier(sName))
+   { lst.append(zy::ZyInvalidValue(QString("%1 : name %2").arg(sLabel, model_names::identifierProblem(sName)), sPath)); }
+
+   property_type_ptr pType = p->getType();
+   const bool bHasTypeText = (pType && ! pType->getPrimitiveType().isEmpty());
+   const QString sEnumKey = p->getEnumerationKey();
+   const bool bEnumKnown = (! sEnumKey.isEmpty() && hashEnums.contains(sEnumKey));
+   if (! p->hasRelationship() && ! bHasTypeText && sEnumKey.isEmpty()) { lst.append(zy::ZyInvalidValue(sLabel + " has no type", sPath)); }
+   if (! sEnumKey.isEmpty() && ! bEnumKnown)
+   { lst.append(zy::ZyInvalidValue(QString("%1 refers to enumeration '%2' which does not exist").arg(sLabel, sEnumKey), sPath)); }
+
+   if (pType)
+   {
+      const int iDecoration = pType->getDecoration();
+      if ((iDecoration < property_type::decoration_none) || (iDecoration > property_type::decoration_optional))
+      { lst.append(zy::ZyInvalidValue(QString("%1 has an invalid decoration code %2").arg(sLabel).arg(iDecoration), sPath)); }
+      const int iCollection = pType->getCollection();
+      if ((iCollection < property_type::collection_none) || (iCollection > property_type::collection_std_vector))
+      { lst.append(zy::ZyInvalidValue(QString("%1 has an invalid collection code %2").arg(sLabel).arg(iCollection), sPath)); }
+   }
+
+   const int iAccess = p->getAccessibility();
+   if ((iAccess < property::access_public) || (iAccess > property::access_private))
+   { lst.append(zy::ZyInvalidValue(QString("%1 has an invalid accessibility code %2").arg(sLabel).arg(iAccess), sPath)); }
+
+   checkOptionalIdentifier(lst, sLabel, "get method", p->getGetMethod(), sPath);
+   checkOptionalIdentifier(lst, sLabel, "set method", p->getSetMethod(), sPath);
+
+   relationship_ptr pRelation = p->getRelation();
+   if (! pRelation) { return; }
+   const int iKind = pRelation->getType();
+   if ((iKind < relationship::one_to_one) || (iKind > relationship::many_to_many))
+   { lst.append(zy::ZyInvalidValue(QString("%1 has an invalid relation kind %2").arg(sLabel).arg(iKind), sPath)); }
+   const QString sTarget = pRelation->getTargetKey();
+   if (sTarget.isEmpty()) { lst.append(zy::ZyInvalidValue(sLabel + " has a relation without target", sPath)); }
+   else if (! hashEntities.contains(sTarget))
+   { lst.append(zy::ZyInvalidValue(QString("%1 has relation target '%2' which does not exist").arg(sLabel, sTarget), sPath)); }
+}
+
+} // namespace
+
+void project::invalidateIndex() const
+{
+   m_entityIndex = lookup_index();
+   m_enumIndex = lookup_index();
+}
+
+entity_ptr project::getEntityById(long id) const
+{
+   return findIndexed(* m_pEntities, m_entityIndex, & hashById, id, & matchId<entity_ptr>);
+}
+
+enumeration_ptr project::getEnumerationById(long id) const
+{
+   return findIndexed(* m_pEnumerations, m_enumIndex, & hashById, id, & matchId<enumeration_ptr>);
+}
+
+entity_ptr project::getEntityByKey(const QString & key) const
+{
+   return findIndexed(* m_pEntities, m_entityIndex, & hashByKey, key, & matchKey<entity_ptr>);
+}
+
+enumeration_ptr project::getEnumerationByKey(const QString & key) const
+{
+   return findIndexed(* m_pEnumerations, m_enumIndex, & hashByKey, key, & matchKey<enumeration_ptr>);
+}
+
+void project::resolveLinks()
+{
+   invalidateIndex();
+   const list_of_entity & lstEntities = (* m_pEntities);
+   const list_of_enumeration & lstEnums = (* m_pEnumerations);
+
+   QHash<QString, entity_ptr> hashEntities;
+   hashEntities.reserve(lstEntities.size());
+   for (const entity_ptr & p : lstEntities) { if (p && ! hashEntities.contains(p->getKey())) { hashEntities.insert(p->getKey(), p); } }
+   QHash<QString, enumeration_ptr> hashEnums;
+   for (const enumeration_ptr & p : lstEnums) { if (p && ! hashEnums.contains(p->getKey())) { hashEnums.insert(p->getKey(), p); } }
+
+   for (const entity_ptr & pEntity : lstEntities)
+   {
+      if (! pEntity) { continue; }
+      const QString sParentKey = pEntity->getParentKey();
+      pEntity->setParent(sParentKey.isEmpty() ? entity_ptr() : hashEntities.value(sParentKey));
+
+      for (const property_ptr & pProperty : pEntity->getOwnProperties())
+      {
+         if (! pProperty) { continue; }
+         pProperty->setEntity(pEntity);
+
+         relationship_ptr pRelation = pProperty->getRelation();
+         if (pRelation)
+         {
+            pRelation->setProperty(pProperty);
+            pRelation->setEntityTarget(hashEntities.value(pRelation->getTargetKey()));
+         }
+
+         const QString sEnumKey = pProperty->getEnumerationKey();
+         property_type_ptr pType = pProperty->getType();
+         if (sEnumKey.isEmpty())
+         {
+            if (pType) { pType->setEnumeration(enumeration_ptr()); pType->setFromEnumeration(false); }
+            continue;
+         }
+
+         enumeration_ptr pEnum = hashEnums.value(sEnumKey);
+         if (! pType && pEnum)
+         {
+            pType = std::make_shared<property_type>();
+            pType->setId(pProperty->getId());
+            pType->setFromEnumeration(true);
+            pProperty->setType(pType);
+         }
+         if (! pType) { continue; }
+         // A derived type text follows the enumeration; an explicit one is kept as written.
+         if (pEnum && (pType->isFromEnumeration() || pType->getPrimitiveType().isEmpty()))
+         {
+            pType->setPrimitiveType(pEnum->getCppEnumType());
+            pType->setFromEnumeration(true);
+         }
+         pType->setEnumeration(pEnum);
+      }
+   }
+}
+
+zy::ZyInvalidValueX project::checkSchema() const
+{
+   zy::ZyInvalidValueX lstResult;
+   const list_of_entity & lstEntities = (* m_pEntities);
+   const list_of_enumeration & lstEnums = (* m_pEnumerations);
+
+   if (m_sName.isEmpty()) { lstResult.append(zy::ZyInvalidValue("Project has no name", "name")); }
+   else if (! model_names::isCppIdentifier(m_sName))
+   { lstResult.append(zy::ZyInvalidValue(QString("Project name '%1' %2").arg(m_sName, model_names::identifierProblem(m_sName)), "name")); }
+
+   // First index of every key, in document order.
+   QHash<QString, qsizetype> hashEntities;
+   hashEntities.reserve(lstEntities.size());
+   for (qsizetype i = 0; i < lstEntities.size(); ++i)
+   {
+      if (lstEntities.at(i) && ! hashEntities.contains(lstEntities.at(i)->getKey())) { hashEntities.insert(lstEntities.at(i)->getKey(), i); }
+   }
+   QHash<QString, qsizetype> hashEnums;
+   for (qsizetype i = 0; i < lstEnums.size(); ++i)
+   {
+      if (lstEnums.at(i) && ! hashEnums.contains(lstEnums.at(i)->getKey())) { hashEnums.insert(lstEnums.at(i)->getKey(), i); }
+   }
+
+   for (qsizetype i = 0; i < lstEntities.size(); ++i)
+   {
+      const entity_ptr & pEntity = lstEntities.at(i);
+      if (! pEntity) { continue; }
+      const QString sLabel = entityLabel(pEntity, i);
+      const QString sPath = entityPath(i);
+
+      checkName(lstResult, sLabel, pEntity->getName(), sPath);
+      checkNamespace(lstResult, sLabel, pEntity->getNamespace(), sPath);
+      const qsizetype iFirst = hashEntities.value(pEntity->getKey(), i);
+      if (iFirst != i)
+      { lstResult.append(zy::ZyInvalidValue(QString("%1 is defined more than once (first as entity #%2)").arg(sLabel).arg(iFirst + 1), sPath)); }
+
+      const QString sParentKey = pEntity->getParentKey();
+      if (! sParentKey.isEmpty() && ! hashEntities.contains(sParentKey))
+      { lstResult.append(zy::ZyInvalidValue(QString("%1 : parent '%2' does not exist").arg(sLabel, sParentKey), sPath)); }
+      checkOptionalIdentifier(lstResult, sLabel, "validator method", pEntity->getValidatorMethod(), sPath);
+
+      QStringList lstPrimaryKeys;
+      QSet<QString> setNames;
+      const list_of_property & lstProperties = pEntity->getOwnProperties();
+      for (qsizetype j = 0; j < lstProperties.size(); ++j)
+      {
+         const property_ptr & pProperty = lstProperties.at(j);
+         if (! pProperty) { continue; }
+         const QString sPropertyPath = propertyPath(i, j);
+         checkProperty(lstResult, sLabel, pProperty, j, sPropertyPath, hashEntities, hashEnums);
+         const QString sName = pProperty->getName();
+         if (! sName.isEmpty())
+         {
+            if (setNames.contains(sName))
+            { lstResult.append(zy::ZyInvalidValue(QString("%1 : property '%2' is defined more than once").arg(sLabel, sName), sPropertyPath)); }
+            setNames.insert(sName);
+         }
+         if (pProperty->isPrimaryKey()) { lstPrimaryKeys.append("'" + sName + "'"); }
+      }
+      if (lstPrimaryKeys.size() > 1)
+      { lstResult.append(zy::ZyInvalidValue(QString("%1 has more than one primary key (%2)").arg(sLabel, lstPrimaryKeys.join(", ")), sPath)); }
+   }
+
+   // Inheritance cycles, each reported once, at its first member in document order. Every
+   // entity is walked at most once (state 2 = known to end outside a cycle or already reported).
+   QVector<char> lstState(lstEntities.size(), 0);
+   for (qsizetype i = 0; i < lstEntities.size(); ++i)
+   {
+      if (lstState.at(i) != 0) { continue; }
+      QList<qsizetype> lstPath;
+      qsizetype iCurrent = i;
+      while ((iCurrent >= 0) && (lstState.at(iCurrent) == 0))
+      {
+         lstState[iCurrent] = 1;
+         lstPath.append(iCurrent);
+         const entity_ptr & p = lstEntities.at(iCurrent);
+         const QString sParentKey = (p ? p->getParentKey() : QString());
+         iCurrent = (sParentKey.isEmpty() ? -1 : hashEntities.value(sParentKey, -1));
+      }
+      if ((iCurrent >= 0) && (lstState.at(iCurrent) == 1))
+      {
+         const qsizetype iStart = lstPath.indexOf(iCurrent);
+         QList<qsizetype> lstCycle = lstPath.mid(iStart);
+         qsizetype iMin = 0;
+         for (qsizetype k = 1; k < lstCycle.size(); ++k) { if (lstCycle.at(k) < lstCycle.at(iMin)) { iMin = k; } }
+         QStringList lstKeys;
+         for (qsizetype k = 0; k <= lstCycle.size(); ++k) { lstKeys.append(lstEntities.at(lstCycle.at((iMin + k) % lstCycle.size()))->getKey()); }
+         const qsizetype iFirst = lstCycle.at(iMin);
+         lstResult.append(zy::ZyInvalidValue(QString("%1 : inheritance cycle %2").arg(entityLabel(lstEntities.at(iFirst), iFirst), lstKeys.join(" -> ")), entityPath(iFirst)));
+      }
+      for (qsizetype k : lstPath) { lstState[k] = 2; }
+   }
+
+   for (qsizetype i = 0; i < lstEnums.size(); ++i)
+   {
+      const enumeration_ptr & pEnum = lstEnums.at(i);
+      if (! pEnum) { continue; }
+      const QString sLabel = enumerationLabel(pEnum, i);
+      const QString sPath = enumerationPath(i);
+      checkName(lstResult, sLabel, pEnum->getName(), sPath);
+      checkNamespace(lstResult, sLabel, pEnum->getNamespace(), sPath);
+      const qsizetype iFirst = hashEnums.value(pEnum->getKey(), i);
+      if (iFirst != i)
+      { lstResult.append(zy::ZyInvalidValue(QString("%1 is defined more than once (first as enumeration #%2)").arg(sLabel).arg(iFirst + 1), sPath)); }
+      if (hashEntities.contains(pEnum->getKey()))
+      { lstResult.append(zy::ZyInvalidValue(QString("%1 has the same key as entity #%2").arg(sLabel).arg(hashEntities.value(pEnum->getKey()) + 1), sPath)); }
+      checkOptionalIdentifier(lstResult, sLabel, "enum name", pEnum->getEnumName(), sPath);
+
+      qsizetype iValue = 0;
+      for (const auto & keyValue : pEnum->getAllKeyValue())
+      {
+         const QString & sKey = keyValue.first;
+         const QString sValuePath = QString("%1.values[%2]").arg(sPath).arg(iValue);
+         if (sKey.isEmpty()) { lstResult.append(zy::ZyInvalidValue(QString("%1 : value #%2 has no key").arg(sLabel).arg(iValue + 1), sValuePath)); }
+         else if (! model_names::isCppIdentifier(sKey))
+         { lstResult.append(zy::ZyInvalidValue(QString("%1 : value key '%2' %3").arg(sLabel, sKey, model_names::identifierProblem(sKey)), sValuePath)); }
+         ++iValue;
+      }
+   }
+
+   return lstResult;
+}
+
+QStringList project::checkWarnings() const
+{
+   QStringList lstResult;
+   const list_of_entity & lstEntities = (* m_pEntities);
+
+   if ((! lstEntities.isEmpty() || ! m_pEnumerations->isEmpty()) && (m_sName != m_sName.toUpper()))
+   {
+      const QString sUpper = m_sName.toUpper();
+      lstResult.append(QString("Project '%1' : the generated CMakeLists.txt sets its file lists as %1_HEADERS and %1_SRCS "
+                               "but reads them as %2_HEADERS and %2_SRCS (the upper-cased project name), so the CMake build "
+                               "of the generated code finds no files; name the project in upper case ('%2') to build with CMake")
+                       .arg(m_sName, sUpper));
+   }
+
+   for (const entity_ptr & pEntity : lstEntities)
+   {
+      if (! pEntity) { continue; }
+      property_ptr pOwnId = pEntity->getPropertyId(false);
+      property_ptr pId = (pOwnId ? pOwnId : pEntity->getPropertyId(true));
+      if (! pId)
+      {
+         lstResult.append(QString("Entity '%1' has no primary key, neither its own nor inherited: the generated persistence "
+                                  "code (keyed lists, fetch by id, relation loading) needs one").arg(pEntity->getKey()));
+         continue;
+      }
+      if (pOwnId) { continue; }
+
+      QStringList lstRelations;
+      for (const property_ptr & pProperty : pEntity->getOwnProperties())
+      {
+         if (pProperty && pProperty->hasRelationship()) { lstRelations.append("'" + pProperty->getName() + "'"); }
+      }
+      if (lstRelations.isEmpty()) { continue; }
+      entity_ptr pOwner = pId->getEntity();
+      lstResult.append(QString("Entity '%1' : with the PIMPL idiom on, the generated relation code of %2 uses the primary key '%3' "
+                               "inherited from '%4', which is not a member of this class's private implementation; the "
+                               "generated code does not compile with PIMPL (it does without)")
+                       .arg(pEntity->getKey(), lstRelations.join(", "), pId->getName(), (pOwner ? pOwner->getKey() : QString("a base class"))));
+   }
+
+   return lstResult;
+}
+
+} // namespace model

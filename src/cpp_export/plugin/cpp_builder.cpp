@@ -1,0 +1,178 @@
+#include "plugin/cpp_builder.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QTextStream>
+
+#include "context/ctx_global.h"
+#include "model/entity.h"
+#include "model/enumeration.h"
+#include "model/global_params.h"
+#include "model/project.h"
+#include "plugin/cpp_export.h"
+#include "plugin/generators/generators.h"
+#include "tools/custom_javascript.h"
+#include "tools/message_box.h"
+#include "tools/string_helper.h"
+#include "tools/wait_cursor.h"
+
+namespace plugin {
+
+namespace {
+
+const int k_iDuration = 10000;
+const char * const k_sNoPlugin = "There is no plugin associated to the C++ builder class";
+
+QString removeUpTo(const QString & text, const QString & marker)
+{
+   qsizetype pos = text.indexOf(marker);
+   return ((pos > 0) ? text.mid(pos) : text);
+}
+
+} // namespace
+
+cpp_builder::cpp_builder(cpp_export * plugin) : QObject(nullptr), m_pCppExport(plugin) { ; }
+
+cpp_builder::~cpp_builder() { ; }
+
+QString cpp_builder::getFileText(const QString & path) const
+{
+   QFile file(path);
+   if (! file.exists() || ! file.open(QIODevice::ReadOnly | QIODevice::Text)) { return QString(); }
+   QTextStream stream(& file);
+   return stream.readAll();
+}
+
+bool cpp_builder::isSame(const QString & oldText, const QString & newText) const
+{
+   if (oldText == newText) { return true; }
+   const QString sCppMarker = QStringLiteral("****/\n\n");
+   const QString sProMarker = QStringLiteral("#####\n\n");
+   QString a = removeUpTo(removeUpTo(oldText, sCppMarker), sProMarker);
+   QString b = removeUpTo(removeUpTo(newText, sCppMarker), sProMarker);
+   return (a == b);
+}
+
+QString cpp_builder::getLumorPath(bool bForceCheck, bool bWithPwdPrefix) const
+{
+   model::global_params_ptr pParams = context::ctx_global::getGlobalParams();
+   if (! pParams) { return QString(); }
+   bool bRelative = (m_pCppExport && m_pCppExport->getRelativePathLumor());
+   bool bCheck = (bForceCheck || bRelative);
+   QString p = pParams->getLumorPath(bCheck);
+   p.replace("\\", "/");
+   if (! p.isEmpty() && ! p.endsWith("/")) { p += "/"; }
+   if (p.isEmpty() || (bCheck && ! QDir(p).exists())) { return QString(); }
+   if (! bRelative) { return p; }
+
+   QString d = m_pCppExport->getCppExportPath(true);
+   if (d.isEmpty() || ! QDir(d).exists()) { return p; }
+   QString r = QDir(d).relativeFilePath(p);
+   r.replace("\\", "/");
+   if (! r.endsWith("/")) { r += "/"; }
+   if (bWithPwdPrefix && (r.toUpper() != p.toUpper())) { r = "$$PWD/" + r; }
+   return r;
+}
+
+zy::ZyBool cpp_builder::build(model::project & project)
+{
+   tools::wait_cursor wait;
+   if (! m_pCppExport) { return zy::ZyBool(false, k_sNoPlugin); }
+   model::list_of_entity_ptr pEntities = project.getListOfAllEntities();
+   if (! pEntities) { return zy::ZyBool(false, "This project doesn't have a valid list of entities"); }
+
+   const QString D = m_pCppExport->getCppExportPath(true);
+   if (! QDir(D).exists()) { return zy::ZyBool(false, "Directory to export entities doesn't exist : " + D); }
+   model::global_params_ptr pParams = context::ctx_global::getGlobalParams();
+   if (! pParams) { return zy::ZyBool(false, "Cannot access to global parameters"); }
+   const QString L = pParams->getLumorPath(true);
+   if (L.isEmpty()) { return zy::ZyBool(false, "You must define a Lumor library path in Tavrel global settings (menu 'Tools >> Global settings') before exporting to C++ project"); }
+   if (! QDir(L).exists()) { return zy::ZyBool(false, "Lumor library path is not valid : " + L); }
+
+   const zy::ZyInvalidValueX lstInvalid = project.checkSchema();
+   if (! lstInvalid.isEmpty())
+   {
+      QString sText = "Some errors have been detected in current project :";
+      for (const auto & invalid : lstInvalid) { sText += "\n- " + invalid.getMessage(); }
+      sText += "\n\nDo you want to continue the export process anyway ?";
+      QMessageBox::StandardButton answer = tools::message_box::question(nullptr, "Tavrel - " + m_pCppExport->getName(), sText,
+                                                                          QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes);
+      if (answer != QMessageBox::Yes) { return zy::ZyBool(true, QString()); }
+   }
+
+   QDir dir(D);
+   if (! QDir().mkpath(dir.absoluteFilePath("include"))) { return zy::ZyBool(false, "Cannot create 'include' directory"); }
+   if (! QDir().mkpath(dir.absoluteFilePath("src"))) { return zy::ZyBool(false, "Cannot create 'src' directory"); }
+   if (! QDir().mkpath(dir.absoluteFilePath("bin"))) { return zy::ZyBool(false, "Cannot create 'bin' directory"); }
+   if (! QDir().mkpath(dir.absoluteFilePath("build"))) { return zy::ZyBool(false, "Cannot create 'build' directory"); }
+
+   executeScript(& project, nullptr, nullptr, nullptr, "PLUGIN_EXPORT_START", QString(), QString());
+
+   // One entity or enumeration: its two files, the script's notice, its custom files.
+   auto exportItem = [&](auto & item, model::entity * pEntity, model::enumeration * pEnumeration, const QString & sKind) -> zy::ZyBool
+   {
+      const QString sKey = item.getKey();
+      const QString sFlat = generators::flatKey(sKey);
+      m_sCurrentHeaderFile = dir.absoluteFilePath("include/" + sFlat + ".gen.h");
+      m_sCurrentSourceFile = dir.absoluteFilePath("src/" + sFlat + ".gen.cpp");
+      QString sOldHeader = getFileText(m_sCurrentHeaderFile);
+      QString sOldSource = getFileText(m_sCurrentSourceFile);
+      const QString sNewHeader = buildHelper(project, item, true);
+      const QString sNewSource = buildHelper(project, item, false);
+      sOldHeader.replace("\r\n", "\n");
+      sOldSource.replace("\r\n", "\n");
+      if (! isSame(sOldHeader, sNewHeader) && ! writeFile(m_sCurrentHeaderFile, sNewHeader))
+      { return zy::ZyBool(false, "An error occurred opening header file : " + m_sCurrentHeaderFile); }
+      if (! isSame(sOldSource, sNewSource) && ! writeFile(m_sCurrentSourceFile, sNewSource))
+      { return zy::ZyBool(false, "An error occurred opening source file : " + m_sCurrentSourceFile); }
+      executeScript(& project, pEntity, nullptr, pEnumeration, "AFTER_CLOSING_FILE", sNewHeader, m_sCurrentHeaderFile);
+      executeScript(& project, pEntity, nullptr, pEnumeration, "AFTER_CLOSING_FILE", sNewSource, m_sCurrentSourceFile);
+      zy::ZyBool ok = build_CustomFile(project, pEntity, pEnumeration);
+      if (! ok) { return ok; }
+      Q_EMIT onMessage(sKind + " '" + sKey + "' exported to C++ class : '" + D + "'", 1, k_iDuration);
+      return zy::ZyBool(true);
+   };
+
+   for (const model::entity_ptr & pEntity : * pEntities)
+   {
+      if (! pEntity || (pEntity->getId() == 0)) { continue; }
+      zy::ZyBool ok = exportItem(* pEntity, pEntity.get(), nullptr, "Entity");
+      if (! ok) { return ok; }
+   }
+
+   model::list_of_enumeration_ptr pEnums = project.getListOfAllEnums();
+   if (pEnums)
+   {
+      for (const model::enumeration_ptr & pEnum : * pEnums)
+      {
+         if (! pEnum || (pEnum->getId() == 0)) { continue; }
+         zy::ZyBool ok = exportItem(* pEnum, nullptr, pEnum.get(), "Enumeration");
+         if (! ok) { return ok; }
+      }
+   }
+
+   typedef zy::ZyBool (cpp_builder::*fct_build)(model::project &);
+   const QList<QPair<fct_build, QString> > lstSteps = {
+      { & cpp_builder::build_PriFile, "C++ project file *.pri created" },
+      { & cpp_builder::build_ProFile, "C++ project file *.pro created" },
+      { & cpp_builder::build_CMakeListsFile, "C++ project file CMakeLists.txt created" },
+      { & cpp_builder::build_AllCppFile, "C++ unity build 'all.cpp' file created" },
+      { & cpp_builder::build_PrecompiledHeader, "C++ precompiled header file created" },
+      { & cpp_builder::build_ExportFile, "C++ 'export.h' file created" },
+      { & cpp_builder::build_MainFile, "C++ 'main.cpp' file created" },
+      { & cpp_builder::build_AllIcludes, "C++ all includes project header file created" } };
+   for (const auto & step : lstSteps)
+   {
+      zy::ZyBool ok = (this->*(step.first))(project);
+      if (! ok) { return ok; }
+      Q_EMIT onMessage(step.second, 1, k_iDuration);
+   }
+
+   executeScript(& project, nullptr, nullptr, nullptr, "PLUGIN_EXPORT_END", QString(), QString());
+   Q_EMIT onMessage("All entities have been exported to a C++ project : '" + D + "'", 1, k_iDuration);
+   return zy::ZyBool(true);
+}
+
+} // namespace plugin

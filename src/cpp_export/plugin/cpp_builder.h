@@ -1,0 +1,112 @@
+#pragma once
+
+#include <QHash>
+#include <QObject>
+#include <QString>
+#include <QVariant>
+
+#include <memory>
+
+#include "model/model_fwd.h"
+#include "tools/template_parser.h"
+#include "zy/ZyBool.h"
+
+namespace plugin {
+
+class cpp_export;
+
+// Turns a project into a C++ source tree: one header and source per entity and enumeration,
+// the project-level files and the user-owned custom files. Files are rewritten only when their
+// body changed.
+class cpp_builder : public QObject
+{
+   Q_OBJECT
+
+public:
+   typedef std::shared_ptr<tools::template_parser> parser_ptr;
+
+private:
+   cpp_export * m_pCppExport = nullptr;
+   QString m_sCurrentHeaderFile;
+   QString m_sCurrentSourceFile;
+
+   // Class templates, indexed by built-in style (0 to 3).
+   parser_ptr m_pParserBuiltInHeader[4];
+   parser_ptr m_pParserBuiltInSource[4];
+   parser_ptr m_pParserCustomTemplateHeader;
+   parser_ptr m_pParserCustomTemplateSource;
+   QString m_sCustomTemplateHeaderText;
+   QString m_sCustomTemplateSourceText;
+   bool m_bPImplSeen = false;
+   bool m_bPImplWarningHeader = false;
+   bool m_bPImplWarningSource = false;
+
+   parser_ptr m_pParserEnumHeader;
+   parser_ptr m_pParserEnumSource;
+   parser_ptr m_pParserCustomHeader;
+   parser_ptr m_pParserCustomSource;
+
+   // Project-level templates, by resource name.
+   QHash<QString, parser_ptr> m_hashProjectParsers;
+
+public:
+   explicit cpp_builder(cpp_export * plugin);
+   virtual ~cpp_builder();
+
+   zy::ZyBool build(model::project & project);
+
+   QString buildHeader(model::project & project, model::entity & entity);
+   QString buildSource(model::project & project, model::entity & entity);
+   QString buildHeader(model::project & project, model::enumeration & enumeration);
+   QString buildSource(model::project & project, model::enumeration & enumeration);
+
+   QString getFileText(const QString & path) const;
+   bool isSame(const QString & oldText, const QString & newText) const;
+   QString getLumorPath(bool bForceCheck, bool bWithPwdPrefix) const;
+
+   cpp_export * getPlugin() const { return m_pCppExport; }
+   QString getCurrentHeaderFile() const { return m_sCurrentHeaderFile; }
+   QString getCurrentSourceFile() const { return m_sCurrentSourceFile; }
+
+Q_SIGNALS:
+   void onMessage(const QString & text, int kind, int duration);
+
+protected:
+   parser_ptr getParser(bool bHeader);
+   bool checkParserContent(parser_ptr parser, bool bHeader);
+
+   QString buildHelper(model::project & project, model::entity & entity, bool bHeader);
+   QString buildHelper(model::project & project, model::enumeration & enumeration, bool bHeader);
+   zy::ZyBool build_Generic(model::project & project, parser_ptr parser, const QString & fileName,
+                            model::entity * pEntity, model::enumeration * pEnumeration);
+   zy::ZyBool build_CustomFile(model::project & project, model::entity * pEntity, model::enumeration * pEnumeration);
+   zy::ZyBool executeScript(model::project * pProject, model::entity * pEntity, model::property * pProperty,
+                            model::enumeration * pEnumeration, const QString & action,
+                            const QString & defaultValue, const QString & currentFile) const;
+
+   zy::ZyBool build_PriFile(model::project & project);
+   zy::ZyBool build_ProFile(model::project & project);
+   zy::ZyBool build_CMakeListsFile(model::project & project);
+   zy::ZyBool build_AllCppFile(model::project & project);
+   zy::ZyBool build_PrecompiledHeader(model::project & project);
+   zy::ZyBool build_ExportFile(model::project & project);
+   zy::ZyBool build_MainFile(model::project & project);
+   zy::ZyBool build_AllIcludes(model::project & project);
+
+   // Writes a generated text in one piece: a failed write leaves the former file whole.
+   static bool writeFile(const QString & path, const QString & text);
+   // Parser of a built-in template; a resource that can't be read gives an empty template.
+   static parser_ptr parserFromResource(const QString & path);
+
+private:
+   template <typename Dispatch>
+   bool expand(const parser_ptr & parser, Dispatch dispatchPiece, model::project * pProject, model::entity * pEntity,
+               model::enumeration * pEnumeration, const QString & sCurrentFile, QString & out, QString & sError);
+   parser_ptr projectParser(const QString & resource);
+   zy::ZyBool buildProjectFile(model::project & project, const QString & resource, const QString & relativePath);
+
+   void dispatch(QString & out, model::project & project, model::entity & entity, const QString & piece, int code);
+   void dispatch(QString & out, model::project & project, model::enumeration & enumeration, const QString & piece, int code);
+};
+
+} // namespace plugin

@@ -1,0 +1,200 @@
+#include "view/cpp_export_preview.h"
+
+#include <QColor>
+#include <QGraphicsDropShadowEffect>
+#include <QHideEvent>
+#include <QLayout>
+#include <QMetaType>
+#include <QRadioButton>
+#include <QShowEvent>
+
+#include "context/ctx_global.h"
+#include "model/entity.h"
+#include "model/enumeration.h"
+#include "model/project.h"
+#include "plugin/cpp_builder.h"
+#include "plugin/cpp_export.h"
+#include "plugin/cpp_template.h"
+#include "tools/syntax_highlighter.h"
+#include "tools/wait_cursor.h"
+#include "view/main_wnd.h"
+
+namespace view {
+
+cpp_export_preview::cpp_export_preview(QWidget * parent, Qt::WindowFlags f) : QWidget(parent, f)
+{
+   setupUi(this);
+   init();
+}
+
+cpp_export_preview::~cpp_export_preview() { ; }
+
+void cpp_export_preview::init()
+{
+   QGraphicsDropShadowEffect * pShadow = new QGraphicsDropShadowEffect(m_lblNoEntity);
+   pShadow->setColor(QColor(63, 63, 63, 100));
+   pShadow->setBlurRadius(10);
+   pShadow->setOffset(5);
+   m_lblNoEntity->setGraphicsEffect(pShadow);
+
+   // Style 2 is reached only through stored settings or the command line (see setPlugin).
+   m_optZyPersistable->setVisible(false);
+
+   m_txtCppTemplateHeader->setReadOnly(true);
+   m_txtCppTemplateSource->setReadOnly(true);
+   m_pHighlighterHeader = new tools::syntax_highlighter(m_txtCppTemplateHeader->document());
+   m_pHighlighterSource = new tools::syntax_highlighter(m_txtCppTemplateSource->document());
+
+   const QList<QRadioButton *> lstOpt = { m_optNoInheritance, m_optIxPersistable, m_optIxPersistableAndQObject, m_optZyPersistable, m_optCustomCppTemplate };
+   for (QRadioButton * pOpt : lstOpt) { connect(pOpt, & QRadioButton::toggled, this, & cpp_export_preview::doOptCppTemplateChanged); }
+   connect(m_chkPImpl, & QCheckBox::stateChanged, this, & cpp_export_preview::doChkPImplChanged);
+
+   qRegisterMetaType<model::project_ptr>("model::project_ptr");
+   qRegisterMetaType<model::entity_ptr>("model::entity_ptr");
+   qRegisterMetaType<model::enumeration_ptr>("model::enumeration_ptr");
+
+   view::main_wnd * pMainWnd = context::ctx_global::getMainWnd();
+   if (pMainWnd)
+   {
+      connect(pMainWnd, & view::main_wnd::onLoadProject, this, & cpp_export_preview::doLoadProject);
+      connect(pMainWnd, & view::main_wnd::onSelectEntity, this, & cpp_export_preview::doSelectEntity);
+      connect(pMainWnd, & view::main_wnd::onUpdateEntity, this, & cpp_export_preview::doSelectEntity);
+      connect(pMainWnd, & view::main_wnd::onSelectEnumeration, this, & cpp_export_preview::doSelectEnumeration);
+      connect(pMainWnd, & view::main_wnd::onUpdateEnumeration, this, & cpp_export_preview::doSelectEnumeration);
+   }
+
+   doSelectEntity(m_pEntity);
+   doSelectEnumeration(m_pEnumeration);
+}
+
+void cpp_export_preview::setPlugin(plugin::cpp_export * plugin)
+{
+   tools::wait_cursor wait; Q_UNUSED(wait);
+   // The builder reads the settings of the plug-in it was made for.
+   if ((plugin != m_pPlugin) && m_pCppBuilder) { m_pCppBuilder.reset(); }
+   m_pPlugin = plugin;
+   if (m_pPlugin) { m_pPlugin->loadSettings(); }
+
+   if (! m_pPlugin) { m_optNoInheritance->setChecked(true); }
+   else
+   {
+      switch (static_cast<int>(m_pPlugin->getCppTemplate()))
+      {
+         case plugin::cpp_template::no_inheritance: m_optNoInheritance->setChecked(true); break;
+         case plugin::cpp_template::ix_persistable: m_optIxPersistable->setChecked(true); break;
+         // Hidden but checked, so that no visible button claims the style.
+         case plugin::cpp_template::zy_persistable: m_optZyPersistable->setChecked(true); break;
+         case plugin::cpp_template::ix_persistable_and_q_object: m_optIxPersistableAndQObject->setChecked(true); break;
+         case plugin::cpp_template::custom: m_optCustomCppTemplate->setChecked(true); break;
+         default: break;
+      }
+   }
+
+   m_chkPImpl->setChecked(m_pPlugin ? m_pPlugin->getPImpl() : false);
+   doOptCppTemplateChanged(true);
+}
+
+void cpp_export_preview::doOptCppTemplateChanged(bool bChecked)
+{
+   // Each switch fires twice; the button that goes off is ignored.
+   if (! bChecked) { return; }
+
+   plugin::cpp_template::enum_template eStyle = plugin::cpp_template::no_inheritance;
+   if (m_optNoInheritance->isChecked()) { eStyle = plugin::cpp_template::no_inheritance; }
+   else if (m_optIxPersistable->isChecked()) { eStyle = plugin::cpp_template::ix_persistable; }
+   else if (m_optZyPersistable->isChecked()) { eStyle = plugin::cpp_template::zy_persistable; }
+   else if (m_optIxPersistableAndQObject->isChecked()) { eStyle = plugin::cpp_template::ix_persistable_and_q_object; }
+   else if (m_optCustomCppTemplate->isChecked()) { eStyle = plugin::cpp_template::custom; }
+
+   if (m_pPlugin && (eStyle != m_pPlugin->getCppTemplate()))
+   {
+      m_pPlugin->setCppTemplate(eStyle);
+      m_pPlugin->saveSettings();
+   }
+
+   doSelectEntity(m_pEntity);
+}
+
+void cpp_export_preview::doChkPImplChanged(int iState)
+{
+   Q_UNUSED(iState);
+   if (! m_pPlugin) { return; }
+   bool bPImpl = m_chkPImpl->isChecked();
+   if (m_pPlugin->getPImpl() == bPImpl) { return; }
+   m_pPlugin->setPImpl(bPImpl);
+   m_pPlugin->saveSettings();
+   doSelectEntity(m_pEntity);
+}
+
+void cpp_export_preview::doLoadProject(model::project_ptr project)
+{
+   m_pProject = project;
+   m_pEntity.reset();
+   m_pEnumeration.reset();
+   setPlugin(m_pPlugin);
+}
+
+void cpp_export_preview::doSelectEntity(model::entity_ptr entity)
+{
+   // An export is running: its own model changes must not regenerate the preview.
+   view::main_wnd * pMainWnd = context::ctx_global::getMainWnd();
+   if (pMainWnd && pMainWnd->isExecutingPlugin()) { return; }
+
+   tools::wait_cursor wait; Q_UNUSED(wait);
+   m_pEntity = entity;
+   if (m_pEntity) { m_pEnumeration.reset(); }
+   if (m_pEntity && (m_pEntity->getId() == 0)) { m_pEntity.reset(); }
+   updateShowHidePreview();
+
+   if (! m_bVisible || ! m_pProject || ! m_pEntity || ! m_pPlugin) { return; }
+   plugin::cpp_builder * pBuilder = getOrCreateBuilder();
+   m_txtCppTemplateHeader->setPlainText(pBuilder->buildHeader(* m_pProject, * m_pEntity));
+   m_txtCppTemplateSource->setPlainText(pBuilder->buildSource(* m_pProject, * m_pEntity));
+}
+
+void cpp_export_preview::doSelectEnumeration(model::enumeration_ptr enumeration)
+{
+   // Unlike entities, enumeration selections are honoured during an export.
+   tools::wait_cursor wait; Q_UNUSED(wait);
+   m_pEnumeration = enumeration;
+   if (m_pEnumeration) { m_pEntity.reset(); }
+   if (m_pEnumeration && (m_pEnumeration->getId() == 0)) { m_pEnumeration.reset(); }
+   updateShowHidePreview();
+
+   if (! m_bVisible || ! m_pProject || ! m_pEnumeration || ! m_pPlugin) { return; }
+   plugin::cpp_builder * pBuilder = getOrCreateBuilder();
+   m_txtCppTemplateHeader->setPlainText(pBuilder->buildHeader(* m_pProject, * m_pEnumeration));
+   m_txtCppTemplateSource->setPlainText(pBuilder->buildSource(* m_pProject, * m_pEnumeration));
+}
+
+void cpp_export_preview::updateShowHidePreview()
+{
+   bool bItem = ((m_pEntity || m_pEnumeration) && m_pPlugin);
+   m_stackedWidget->setCurrentWidget(bItem ? m_widgetEntity : m_widgetNoEntity);
+   // Enumerations have no class style.
+   m_widgetOptCppTemplate->setVisible(! m_pEnumeration);
+   if (layout()) { layout()->update(); }
+}
+
+void cpp_export_preview::showEvent(QShowEvent * event)
+{
+   QWidget::showEvent(event);
+   m_bVisible = true;
+   // Catch up with selections made while hidden.
+   doSelectEntity(m_pEntity);
+   doSelectEnumeration(m_pEnumeration);
+}
+
+void cpp_export_preview::hideEvent(QHideEvent * event)
+{
+   QWidget::hideEvent(event);
+   m_bVisible = false;
+}
+
+plugin::cpp_builder * cpp_export_preview::getOrCreateBuilder()
+{
+   if (! m_pCppBuilder) { m_pCppBuilder = std::make_unique<plugin::cpp_builder>(m_pPlugin); }
+   return m_pCppBuilder.get();
+}
+
+} // namespace view

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QWidget>
+
+#include <memory>
+
+#include "model/model_fwd.h"
+#include "ui_wnd_cpp_export_preview.h"
+
+class QHideEvent;
+class QShowEvent;
+
+namespace plugin { class cpp_export; class cpp_builder; }
+namespace tools { class syntax_highlighter; }
+
+namespace view {
+
+// Shows, read-only, the header and source that an export would generate for the entity or
+// enumeration selected in the host; the class style and PIMPL flag can be switched on the spot.
+class cpp_export_preview : public QWidget, private Ui::wnd_cpp_export_preview
+{
+   Q_OBJECT
+
+   plugin::cpp_export * m_pPlugin = nullptr;
+   tools::syntax_highlighter * m_pHighlighterHeader = nullptr;   // owned by the editor's document
+   tools::syntax_highlighter * m_pHighlighterSource = nullptr;
+   std::unique_ptr<plugin::cpp_builder> m_pCppBuilder;           // created on the first preview
+   model::project_ptr m_pProject;
+   model::entity_ptr m_pEntity;
+   model::enumeration_ptr m_pEnumeration;
+   bool m_bVisible = false;
+
+public:
+   explicit cpp_export_preview(QWidget * parent = nullptr, Qt::WindowFlags f = {});
+   virtual ~cpp_export_preview();
+
+   void setPlugin(plugin::cpp_export * plugin);
+   plugin::cpp_export * getPlugin() const { return m_pPlugin; }
+   plugin::cpp_builder * getCppBuilder() const { return m_pCppBuilder.get(); }
+
+   model::project_ptr getProject() const { return m_pProject; }
+   model::entity_ptr getEntity() const { return m_pEntity; }
+   model::enumeration_ptr getEnumeration() const { return m_pEnumeration; }
+
+   void updateShowHidePreview();
+
+public Q_SLOTS:
+   void doLoadProject(model::project_ptr project);
+   void doSelectEntity(model::entity_ptr entity);
+   void doSelectEnumeration(model::enumeration_ptr enumeration);
+   void doOptCppTemplateChanged(bool bChecked);
+   void doChkPImplChanged(int iState);
+
+protected:
+   void showEvent(QShowEvent * event) override;
+   void hideEvent(QHideEvent * event) override;
+
+private:
+   void init();
+   plugin::cpp_builder * getOrCreateBuilder();
+};
+
+} // namespace view
