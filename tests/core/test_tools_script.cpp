@@ -111,12 +111,12 @@ TEST_F(ToolsScript, SyntaxErrorAtLoadGivesItsLine)
 {
    custom_javascript js;
    const QString file = writeScript("d.js", "function execute(params) {\n"
-                                            "   return 1;\n"
-                                            "}\n"
-                                            "function broken( {\n");
+                                            "   var x = 1;\n"
+                                            "   return x +* 2;\n"
+                                            "}\n");
    const zy::ZyBool r = js.initEngine(file, nullptr);
    EXPECT_FALSE(r.getValue());
-   const QString prefix = QString("Custom javascript error in '%1' at line 4 : SyntaxError").arg(file);
+   const QString prefix = QString("Custom javascript error in '%1' at line 3 : SyntaxError").arg(file);
    EXPECT_TRUE(r.getDesc().startsWith(prefix)) << r.getDesc().toStdString();
    EXPECT_FALSE(js.isLoaded());
 }
@@ -222,7 +222,7 @@ TEST_F(ToolsScript, ParamsAndReadOnlyViewsAreReachable)
 
    custom_javascript js;
    ASSERT_TRUE(js.initEngine(writeScript("h.js",
-      "function strictWrite(e) { 'use strict'; e.properties.push('x'); }\n"
+      "function strictWrite(e) { 'use strict'; e.name = 'Hacked'; }\n"
       "function execute(params) {\n"
       "   if (params.action === 'VIEWS') {\n"
       "      return [params.plugin_name, params.output_location, params.current_file, params.default_value,\n"
@@ -238,7 +238,10 @@ TEST_F(ToolsScript, ParamsAndReadOnlyViewsAreReachable)
       "   if (params.action === 'PROP') { return params.property.name + ':' + params.property.primitive_type + ':' + params.property.primary_key; }\n"
       "   if (params.action === 'STRICT') { strictWrite(params.entity); return 'written'; }\n"
       "   params.entity.name = 'Hacked';\n"
-      "   return params.entity.name + ':' + params.entity.properties.length;\n"
+      "   params.project.name = 'Hacked';\n"
+      "   params.project.entities.push('x');\n"
+      "   params.entity.meta.color = 'red';\n"
+      "   return params.entity.name + ':' + params.project.name + ':' + params.entity.meta.color;\n"
       "}\n"), nullptr).getValue());
 
    zy::ZyBool r = js.executeScript(project.get(), order.get(), nullptr, nullptr, params("VIEWS", "dv"));
@@ -257,11 +260,15 @@ TEST_F(ToolsScript, ParamsAndReadOnlyViewsAreReachable)
    // Writes are ignored outside strict code...
    r = js.executeScript(project.get(), order.get(), nullptr, nullptr, params("SLOPPY", ""));
    ASSERT_TRUE(r.getValue()) << r.getDesc().toStdString();
-   EXPECT_EQ(r.getDesc(), QString("Order:2"));
+   EXPECT_EQ(r.getDesc(), QString("Order:Shop:blue"));
    // ...and fail in strict code...
    r = js.executeScript(project.get(), order.get(), nullptr, nullptr, params("STRICT", ""));
    EXPECT_FALSE(r.getValue());
    EXPECT_TRUE(r.getDesc().startsWith("TypeError")) << r.getDesc().toStdString();
+   // ...the next call sees the project as it is...
+   r = js.executeScript(project.get(), order.get(), nullptr, nullptr, params("VIEWS", "dv"));
+   ASSERT_TRUE(r.getValue()) << r.getDesc().toStdString();
+   EXPECT_TRUE(r.getDesc().contains("|Shop|shop::Order|shop::Status|")) << r.getDesc().toStdString();
    // ...and the model itself never changes.
    EXPECT_EQ(order->getName(), QString("Order"));
    EXPECT_EQ(order->getOwnProperties().size(), 2);

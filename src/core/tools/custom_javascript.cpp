@@ -129,6 +129,14 @@ const char * const k_deepFreeze =
    "   return o;\n"
    "})";
 
+// The project view is kept between calls, and the engine lets push() through on a frozen
+// array: its lists are handed out as fresh copies, so that no call sees another's changes.
+const char * const k_listProperty =
+   "(function (o, name, list) {\n"
+   "   Object.freeze(list);\n"
+   "   Object.defineProperty(o, name, { enumerable: true, get: function () { return list.slice(); } });\n"
+   "})";
+
 const char * const k_hostApiWrapper =
    "(function (api) {\n"
    "   return Object.freeze({\n"
@@ -296,6 +304,7 @@ void custom_javascript::releaseEngine()
    m_fctExecute = QJSValue();
    m_fctRun = QJSValue();
    m_fctFreeze = QJSValue();
+   m_fctListProperty = QJSValue();
    m_objHostApi = QJSValue();
    m_objProjectView = QJSValue();
    m_pProjectViewOwner = nullptr;
@@ -323,9 +332,10 @@ zy::ZyBool custom_javascript::initEngine(const QString & file, plugin::base_inte
    m_pEngine->installExtensions(QJSEngine::ConsoleExtension);
    m_fctRun = m_pEngine->evaluate(QString::fromLatin1(k_runWrapper));
    m_fctFreeze = m_pEngine->evaluate(QString::fromLatin1(k_deepFreeze));
+   m_fctListProperty = m_pEngine->evaluate(QString::fromLatin1(k_listProperty));
    const QJSValue hostApiWrapper = m_pEngine->evaluate(QString::fromLatin1(k_hostApiWrapper));
    m_objHostApi = hostApiWrapper.call(QJSValueList() << m_pEngine->newQObject(m_pHostApi));
-   if (! m_fctRun.isCallable() || ! m_fctFreeze.isCallable() || ! m_objHostApi.isObject())
+   if (! m_fctRun.isCallable() || ! m_fctFreeze.isCallable() || ! m_fctListProperty.isCallable() || ! m_objHostApi.isObject())
    {
       releaseEngine();
       return zy::ZyBool(false, tr("Cannot initialise the custom javascript engine"));
@@ -463,8 +473,8 @@ QJSValue custom_javascript::projectView(model::project * pProject)
    v.setProperty("name", pProject->getName());
    v.setProperty("location", pProject->getLocation());
    v.setProperty("file_path", pProject->getFilePath());
-   v.setProperty("entities", stringArray(engine, entityKeys));
-   v.setProperty("enumerations", stringArray(engine, enumKeys));
+   m_fctListProperty.call(QJSValueList() << v << QJSValue("entities") << stringArray(engine, entityKeys));
+   m_fctListProperty.call(QJSValueList() << v << QJSValue("enumerations") << stringArray(engine, enumKeys));
    v.setProperty("meta", metaView(engine, * pProject));
    m_objProjectView = m_fctFreeze.call(QJSValueList() << v);
    m_pProjectViewOwner = pProject;

@@ -47,6 +47,7 @@ private:
 
    QJSValue m_fctRun;
    QJSValue m_fctFreeze;
+   QJSValue m_fctListProperty;
    QJSValue m_objHostApi;
    std::unique_ptr<script_watchdog> m_pWatchdog;
    script_host_api * m_pHostApi = nullptr;
