@@ -107,6 +107,23 @@ TEST_F(ToolsScript, ThrownPlainValueIsAFailureToo)
    EXPECT_EQ(r.getDesc(), QString("plain text"));
 }
 
+TEST_F(ToolsScript, EndlessRecursionFailsCleanly)
+{
+   custom_javascript js;
+   ASSERT_TRUE(js.initEngine(writeScript("c4.js", "function deeper(n) { return deeper(n + 1) + 1; }\n"
+                                                  "function execute(params) {\n"
+                                                  "   if (params.action === 'B') { return 'fine'; }\n"
+                                                  "   return deeper(0);\n"
+                                                  "}\n"), nullptr).getValue());
+   const zy::ZyBool r = js.executeScript(nullptr, nullptr, nullptr, nullptr, params("A", "x"));
+   EXPECT_FALSE(r.getValue());
+   EXPECT_TRUE(r.getDesc().startsWith("RangeError: ")) << r.getDesc().toStdString();
+   // The engine is still fine afterwards.
+   const zy::ZyBool next = js.executeScript(nullptr, nullptr, nullptr, nullptr, params("B", "x"));
+   EXPECT_TRUE(next.getValue());
+   EXPECT_EQ(next.getDesc(), QString("fine"));
+}
+
 TEST_F(ToolsScript, SyntaxErrorAtLoadGivesItsLine)
 {
    custom_javascript js;

@@ -24,7 +24,9 @@ class script_host_api;
 
 // The user's export script, run in a QJSEngine. The script defines "function execute(params)";
 // its return value, as text, replaces params.default_value ("undefined" keeps it).
-// A call running longer than the time limit is interrupted. The script also sees a global
+// params.project, .entity, .property and .enumeration are read-only views (null without the
+// item) whose fields are read from the model when the script uses them; JSON.stringify gives
+// all their fields. A call running longer than the time limit is interrupted. The script also sees a global
 // "tavrel" object: tavrel.log(...) reports a line (onScriptLog, and the plug-in's onMessage),
 // tavrel.breakpoint(text) pauses the call while debugging (onScriptBreakpoint; the time limit
 // doesn't run while the slot holds the call).
@@ -46,8 +48,7 @@ private:
    bool m_bDebugging = false;
 
    QJSValue m_fctRun;
-   QJSValue m_fctFreeze;
-   QJSValue m_fctListProperty;
+   QJSValue m_fctMakeParams;
    QJSValue m_objHostApi;
    std::unique_ptr<script_watchdog> m_pWatchdog;
    script_host_api * m_pHostApi = nullptr;
@@ -55,9 +56,13 @@ private:
    QString m_sCurrentAction;
    bool m_bRunning = false;
    QList<call_record> m_lstCalls;
-   QStringList m_lstProjectViewKeys;
-   const void * m_pProjectViewOwner = nullptr;
-   QJSValue m_objProjectView;
+   // The items of the running call, read by the script's views; a view of an earlier call
+   // (kept by the script in a global) reads nothing.
+   int m_iCallSerial = 0;
+   model::project * m_pCurProject = nullptr;
+   model::entity * m_pCurEntity = nullptr;
+   model::property * m_pCurProperty = nullptr;
+   model::enumeration * m_pCurEnumeration = nullptr;
 
 public:
    explicit custom_javascript(QObject * parent = nullptr);
@@ -97,7 +102,7 @@ private:
    void releaseEngine();
    zy::ZyBool runExecute(model::project * pProject, model::entity * pEntity, model::property * pProperty,
                          model::enumeration * pEnumeration, const QHash<QString, QVariant> & params);
-   QJSValue projectView(model::project * pProject);
+   QVariant viewField(int serial, const QString & kind, const QString & name) const;
    void scriptLog(const QString & text);
    void scriptBreakpoint(const QString & text);
 };

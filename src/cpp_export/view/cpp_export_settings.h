@@ -5,16 +5,18 @@
 #include <QUrl>
 
 #include <functional>
+#include <memory>
 
-#include "ui_wnd_cpp_export_settings.h"
-
+namespace Ui { class wnd_cpp_export_settings; }
 namespace plugin { class cpp_export; }
 namespace tools { class syntax_highlighter; }
 
 namespace view {
 
 // Modal dialog that edits the export settings of the plug-in; OK validates, stores and saves.
-class cpp_export_settings : public QDialog, private Ui::wnd_cpp_export_settings
+// The form is held, not inherited: its generated header stays private to the plug-in's build,
+// so that code using this class (the tests) needn't see it.
+class cpp_export_settings : public QDialog
 {
    Q_OBJECT
 
@@ -25,6 +27,7 @@ public:
    typedef std::function<QString (QWidget * parent, const QString & startDir)> type_fct_choose_path;
 
 private:
+   std::unique_ptr<Ui::wnd_cpp_export_settings> m_pUi;
    plugin::cpp_export * m_pPlugin = nullptr;
    QString m_sCustomTemplateHeader;   // what the user typed in custom mode, kept across style switches
    QString m_sCustomTemplateSource;

@@ -1,0 +1,134 @@
+#include <QDir>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include "test_support.h"
+
+namespace {
+
+struct export_run
+{
+   int code = -1;
+   QString out;
+   QString err;
+};
+
+export_run runExport(const QStringList & args, const QString & lumorEnv = QString())
+{
+   QProcess proc;
+   proc.setProgram(test_support::binaryDir() + "/bin/tavrel");
+   proc.setArguments(QStringList() << "export" << args);
+   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+   env.remove("LUMOR_DIR");
+   if (! lumorEnv.isEmpty()) { env.insert("LUMOR_DIR", lumorEnv); }
+   env.insert("QT_QPA_PLATFORM", "offscreen");
+   env.insert("XDG_CONFIG_HOME", QDir::tempPath() + "/tavrel-test-config");
+   proc.setProcessEnvironment(env);
+   proc.start();
+   export_run r;
+   if (! proc.waitForFinished(180000)) { proc.kill(); proc.waitForFinished(); return r; }
+   r.code = ((proc.exitStatus() == QProcess::NormalExit) ? proc.exitCode() : -2);
+   r.out = QString::fromUtf8(proc.readAllStandardOutput());
+   r.err = QString::fromUtf8(proc.readAllStandardError());
+   return r;
+}
+
+// A copy of the example model in a fresh directory, so that its project file lands there.
+QString copyShop(const QTemporaryDir & tmp)
+{
+   const QString model = tmp.filePath("shop.json");
+   test_support::writeAll(model, test_support::readAll(test_support::examplePath("shop.json")));
+   return model;
+}
+
+} // namespace
+
+TEST(CliExport, EveryParameterIntoANewDirectoryAnsweredYes)
+{
+   QTemporaryDir tmp;
+   const QString model = copyShop(tmp);
+   QDir().mkpath(tmp.filePath("lumor"));
+   export_run r = runExport({ model, "--lumor-path", tmp.filePath("lumor"), "--yes",
+                              "--TavrelCppExport_path=out/gen", "--TavrelCppExport_template_type=1",
+                              "--TavrelCppExport_lumor_relative_path=1", "--TavrelCppExport_generate_custom_files=1",
+                              "--TavrelCppExport_generate_pimpl=0" });
+   ASSERT_EQ(r.code, 0) << r.err.toStdString();
+   const QString out = tmp.filePath("out/gen");
+   EXPECT_TRUE(r.err.contains("Export directory '" + out + "' doesn't exist.")) << r.err.toStdString();
+   EXPECT_TRUE(r.err.contains("All entities have been exported to a C++ project : '" + out + "'")) << r.err.toStdString();
+   EXPECT_TRUE(QFileInfo::exists(out + "/include/shop_sales_Order.gen.h"));
+   EXPECT_TRUE(QFileInfo::exists(out + "/src/shop_sales_Order.gen.cpp"));
+   EXPECT_TRUE(QFileInfo::exists(out + "/CMakeLists.txt"));
+   EXPECT_TRUE(QFileInfo::exists(out + "/custom/Shop.pri"));
+   // Relative library path in the qmake project file.
+   EXPECT_TRUE(test_support::readAll(out + "/Shop.gen.pro").contains("$$PWD/../../lumor/")) << test_support::readAll(out + "/Shop.gen.pro").constData();
+   // Style 1 derives the root class from the persistable interface.
+   EXPECT_TRUE(test_support::readAll(out + "/include/shop_Base.gen.h").contains("public zy::IxPersistable"));
+}
+
+TEST(CliExport, AnsweredNoEndsWithAClearMessage)
+{
+   QTemporaryDir tmp;
+   const QString model = copyShop(tmp);
+   QDir().mkpath(tmp.filePath("lumor"));
+   export_run r = runExport({ model, "--lumor-path", tmp.filePath("lumor"), "--no", "--TavrelCppExport_path=missing" });
+   EXPECT_EQ(r.code, 1);
+   EXPECT_FALSE(QFileInfo::exists(tmp.filePath("missing")));
+   EXPECT_TRUE(r.err.contains("export cancelled")) << r.err.toStdString();
+   EXPECT_TRUE(r.err.contains("dismissed")) << r.err.toStdString();
+}
+
+TEST(CliExport, MissingLumorPathFails)
+{
+   QTemporaryDir tmp;
+   const QString model = copyShop(tmp);
+   QDir().mkpath(tmp.filePath("out"));
+   export_run r = runExport({ model, "--TavrelCppExport_path=" + tmp.filePath("out") });
+   EXPECT_EQ(r.code, 1);
+   EXPECT_TRUE(r.err.contains("You must define a Lumor library path in Tavrel global settings (menu 'Tools >> Global settings') before exporting to C++ project")) << r.err.toStdString();
+
+   r = runExport({ model, "--lumor-path", tmp.filePath("nowhere"), "--TavrelCppExport_path=" + tmp.filePath("out") });
+   EXPECT_EQ(r.code, 1);
+   EXPECT_TRUE(r.err.contains("Lumor library path is not valid : ")) << r.err.toStdString();
+
+   // The environment variable is the fallback of the option.
+   QDir().mkpath(tmp.filePath("lumor"));
+   r = runExport({ model, "--TavrelCppExport_path=" + tmp.filePath("out") }, tmp.filePath("lumor"));
+   EXPECT_EQ(r.code, 0) << r.err.toStdString();
+}
+
+TEST(CliExport, CustomTemplatePairAndScriptFromFiles)
+{
+   QTemporaryDir tmp;
+   const QString model = copyShop(tmp);
+   QDir().mkpath(tmp.filePath("lumor"));
+   QDir().mkpath(tmp.filePath("out"));
+   test_support::writeAll(tmp.filePath("t.h"), "// header of @@FULL_CLASS_NAME@@ @@CUSTOM_TAG@@\r\n");
+   test_support::writeAll(tmp.filePath("t.cpp"), "// source of @@CLASS_NAME@@\r\n");
+   test_support::writeAll(tmp.filePath("s.js"),
+      "function execute(params) {\n"
+      "  if (params.action === 'CUSTOM_TAG') { return 'tagged'; }\n"
+      "  return undefined;\n"
+      "}\n");
+   export_run r = runExport({ model, "--lumor-path", tmp.filePath("lumor"), "--TavrelCppExport_path=out",
+                              "--TavrelCppExport_template_type=4", "--TavrelCppExport_template_header=" + tmp.filePath("t.h"),
+                              "--TavrelCppExport_template_source=" + tmp.filePath("t.cpp"),
+                              "--TavrelCppExport_custom_javacript=" + tmp.filePath("s.js") });
+   ASSERT_EQ(r.code, 0) << r.err.toStdString();
+   EXPECT_EQ(test_support::readAll(tmp.filePath("out/include/shop_sales_Order.gen.h")), QByteArray("// header of shop::sales::Order tagged\n"));
+   EXPECT_EQ(test_support::readAll(tmp.filePath("out/src/shop_sales_Order.gen.cpp")), QByteArray("// source of Order\n"));
+}
+
+TEST(CliExport, UnknownPluginAndMissingProject)
+{
+   QTemporaryDir tmp;
+   export_run r = runExport({ tmp.filePath("none.tavrel") });
+   EXPECT_EQ(r.code, 1);
+   EXPECT_TRUE(r.err.contains("none.tavrel")) << r.err.toStdString();
+   r = runExport({ copyShop(tmp), "--plugin", "NoSuchPlugin" });
+   EXPECT_EQ(r.code, 1);
+   EXPECT_TRUE(r.err.contains("no export plug-in named 'NoSuchPlugin'")) << r.err.toStdString();
+}
