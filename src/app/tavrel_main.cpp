@@ -4,6 +4,8 @@
 
 #include <unistd.h>
 
+#include <vector>
+
 #include "cli_host.h"
 
 int main(int argc, char ** argv)
@@ -19,10 +21,24 @@ int main(int argc, char ** argv)
       QFile::setPermissions(dir, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
       qputenv("XDG_RUNTIME_DIR", dir.toLocal8Bit());
    }
-   QApplication app(argc, argv);
+   // Qt's own option "-plugin" would swallow the host's "--plugin NAME": the application object
+   // gets the command line without it, the host the whole of it.
+   QStringList args;
+   std::vector<char *> qtArgv;
+   for (int i = 0; i < argc; ++i)
+   {
+      args.append(QString::fromLocal8Bit(argv[i]));
+      const QByteArray a(argv[i]);
+      if ((i > 0) && ((a == "--plugin") || (a == "-plugin"))) { if ((i + 1) < argc) { args.append(QString::fromLocal8Bit(argv[++i])); } continue; }
+      if ((i > 0) && (a.startsWith("--plugin=") || a.startsWith("-plugin="))) { continue; }
+      qtArgv.push_back(argv[i]);
+   }
+   int qtArgc = static_cast<int>(qtArgv.size());
+   qtArgv.push_back(nullptr);
+   QApplication app(qtArgc, qtArgv.data());
    QApplication::setApplicationName("tavrel");
    QApplication::setApplicationVersion(QString::fromUtf8(TAVREL_VERSION_STR));
 
    app::cli_host host;
-   return host.run(QApplication::arguments());
+   return host.run(args);
 }

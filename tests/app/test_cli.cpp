@@ -134,7 +134,7 @@ TEST(Cli, ImportErrorNamesFileAndPlaceAndKeepsProject)
    run_result r = runTavrel({ "import", tmp.filePath("broken.json"), project });
    EXPECT_EQ(r.code, 1);
    EXPECT_TRUE(r.err.contains("broken.json")) << r.err.toStdString();
-   EXPECT_TRUE(r.err.contains("line 3")) << r.err.toStdString();
+   EXPECT_TRUE(r.err.contains("broken.json:3:17: JSON syntax error")) << r.err.toStdString();
    EXPECT_EQ(test_support::readAll(project), before);
 }
 

@@ -135,11 +135,14 @@ TEST_F(ContextGlobal, LumorPathFromEnvironmentThenSettings)
    EXPECT_EQ(ctx_global::getGlobalParams()->getLumorPath(false), QString("$$(HOME)/lumor"));
 }
 
-TEST_F(ContextGlobal, GlobalParamsAreNeverNull)
+TEST_F(ContextGlobal, GlobalParamsMayBeUnsetByAHost)
 {
-   ctx_global::setGlobalParams(nullptr);
+   ctx_global::initGlobalParams(QString());
    ASSERT_NE(ctx_global::getGlobalParams(), nullptr);
-   EXPECT_EQ(ctx_global::getGlobalParams()->getLumorPath(true), QString());
+   ctx_global::setGlobalParams(nullptr);
+   EXPECT_EQ(ctx_global::getGlobalParams(), nullptr);
+   ctx_global::initGlobalParams(QString());
+   EXPECT_NE(ctx_global::getGlobalParams(), nullptr);
 }
 
 TEST_F(ContextGlobal, MainWindowIsForgottenWhenDestroyed)

@@ -84,6 +84,9 @@ inline QString parseError(const QByteArray & json, const QString & sFile = QStri
    return ok.getDesc();
 }
 
+// One line per item, so that a failed comparison prints readable text.
+inline std::string lines(const QStringList & lst) { return lst.join("\n").toStdString(); }
+
 inline QStringList messages(const zy::ZyInvalidValueX & lst)
 {
    QStringList lstResult;

@@ -239,6 +239,7 @@ TEST_F(ToolsScript, ParamsAndReadOnlyViewsAreReachable)
 
    custom_javascript js;
    ASSERT_TRUE(js.initEngine(writeScript("h.js",
+      "var kept = null;\n"
       "function strictWrite(e) { 'use strict'; e.name = 'Hacked'; }\n"
       "function execute(params) {\n"
       "   if (params.action === 'VIEWS') {\n"
@@ -253,6 +254,9 @@ TEST_F(ToolsScript, ParamsAndReadOnlyViewsAreReachable)
       "             + ':' + (params.entity === null) + ':' + (params.project === null);\n"
       "   }\n"
       "   if (params.action === 'PROP') { return params.property.name + ':' + params.property.primitive_type + ':' + params.property.primary_key; }\n"
+      "   if (params.action === 'KEEP') { kept = params.entity; return 'kept'; }\n"
+      "   if (params.action === 'KEPT') { return kept.name + ':' + params.entity.name; }\n"
+      "   if (params.action === 'JSON') { return JSON.stringify(params.enumeration); }\n"
       "   if (params.action === 'STRICT') { strictWrite(params.entity); return 'written'; }\n"
       "   params.entity.name = 'Hacked';\n"
       "   params.project.name = 'Hacked';\n"
@@ -270,6 +274,12 @@ TEST_F(ToolsScript, ParamsAndReadOnlyViewsAreReachable)
    ASSERT_TRUE(r.getValue()) << r.getDesc().toStdString();
    EXPECT_EQ(r.getDesc(), QString("shop::Status:New=0,Paid=1:true:true"));
 
+   r = js.executeScript(nullptr, nullptr, nullptr, status.get(), params("JSON", ""));
+   ASSERT_TRUE(r.getValue()) << r.getDesc().toStdString();
+   EXPECT_EQ(r.getDesc(), QString(R"({"id":0,"name":"Status","namespace":"shop","key":"shop::Status","enum_name":"enum_Status",)"
+                                  R"("use_qt_enum":false,"description":"","version":0,"values":[{"key":"New","value":"0"},)"
+                                  R"({"key":"Paid","value":"1"}],"meta":{}})"));
+
    r = js.executeScript(project.get(), order.get(), id.get(), nullptr, params("PROP", ""));
    ASSERT_TRUE(r.getValue()) << r.getDesc().toStdString();
    EXPECT_EQ(r.getDesc(), QString("id:long:true"));
@@ -282,6 +292,12 @@ TEST_F(ToolsScript, ParamsAndReadOnlyViewsAreReachable)
    r = js.executeScript(project.get(), order.get(), nullptr, nullptr, params("STRICT", ""));
    EXPECT_FALSE(r.getValue());
    EXPECT_TRUE(r.getDesc().startsWith("TypeError")) << r.getDesc().toStdString();
+   // ...a view kept from an earlier call reads nothing...
+   r = js.executeScript(project.get(), order.get(), nullptr, nullptr, params("KEEP", ""));
+   ASSERT_TRUE(r.getValue()) << r.getDesc().toStdString();
+   r = js.executeScript(project.get(), order.get(), nullptr, nullptr, params("KEPT", ""));
+   ASSERT_TRUE(r.getValue()) << r.getDesc().toStdString();
+   EXPECT_EQ(r.getDesc(), QString("undefined:Order"));
    // ...the next call sees the project as it is...
    r = js.executeScript(project.get(), order.get(), nullptr, nullptr, params("VIEWS", "dv"));
    ASSERT_TRUE(r.getValue()) << r.getDesc().toStdString();

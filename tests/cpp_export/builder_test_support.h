@@ -33,6 +33,11 @@
 #include "tools/message_box.h"
 #include "tools/template_parser.h"
 
+#include <ostream>
+
+// Readable texts in the failure reports of these tests (internal to each test file).
+static inline void PrintTo(const QString & text, std::ostream * os) { * os << '"' << text.toStdString() << '"'; }
+
 namespace builder_test {
 
 // Reaches the builder's protected steps.

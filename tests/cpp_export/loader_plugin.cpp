@@ -30,8 +30,9 @@ TEST(PluginLoader, MetadataDeclaresTheInterfaceClassAndKeys)
    const QJsonArray keys = meta.value("MetaData").toObject().value("Keys").toArray();
    ASSERT_EQ(keys.size(), 1);
    EXPECT_EQ(keys.at(0).toString(), QString("TavrelCppExport"));
-   // The Qt version the plug-in was built against, as the plug-in macro records it.
-   EXPECT_EQ(meta.value("version").toInt(), QT_VERSION);
+   // The Qt version the plug-in was built against, as the plug-in macro records it (major and
+   // minor, the patch level left out).
+   EXPECT_EQ(meta.value("version").toInt(), (QT_VERSION_MAJOR << 16) | (QT_VERSION_MINOR << 8));
    EXPECT_FALSE(meta.value("debug").toBool());
 }
 

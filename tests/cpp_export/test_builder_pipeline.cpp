@@ -184,6 +184,7 @@ TEST_F(Builder, MissingGlobalParametersFail)
    zy::ZyBool ok = exportProject(* p);
    EXPECT_FALSE(static_cast<bool>(ok));
    EXPECT_EQ(ok.getDesc(), QString("Cannot access to global parameters"));
+   EXPECT_TRUE(QDir(m_sExportDir).isEmpty());
 }
 
 TEST_F(Builder, SchemaQuestionAnsweredNoWritesNothing)
@@ -465,4 +466,86 @@ TEST_F(Builder, RelativeLumorPathReachesTheQmakeAndCMakeFiles)
    const QString cmake = readText(work + "/CMakeLists.txt");
    EXPECT_TRUE(cmake.contains("   add_subdirectory(\"../../libs/lumor/\" ./Lumor)\n")) << cmake.toStdString();
    EXPECT_TRUE(cmake.contains("include(\"../../libs/lumor/Lumor.cmake\")\n"));
+}
+
+TEST_F(Builder, EmptyExportPathIsNoDirectory)
+{
+   model::project_ptr p = parseModel(k_personJson);
+   ASSERT_TRUE(p);
+   // Whatever happens, nothing may land in the directory the tests run from.
+   const QString previous = QDir::currentPath();
+   ASSERT_TRUE(QDir().mkpath(m_tmp.path() + "/cwd"));
+   ASSERT_TRUE(QDir::setCurrent(m_tmp.path() + "/cwd"));
+   m_plugin.setCppExportPath(QString());
+   zy::ZyBool ok = exportProject(* p);
+   QDir::setCurrent(previous);
+   EXPECT_FALSE(static_cast<bool>(ok));
+   EXPECT_EQ(ok.getDesc(), QString("Directory to export entities doesn't exist : "));
+   EXPECT_TRUE(QDir(m_tmp.path() + "/cwd").isEmpty());
+}
+
+TEST_F(Builder, DirectoryThatCannotBeMadeStopsTheExport)
+{
+   model::project_ptr p = parseModel(k_personJson);
+   ASSERT_TRUE(p);
+   const struct { const char * blocker; const char * message; } cases[] = {
+      { "include", "Cannot create 'include' directory" },
+      { "src", "Cannot create 'src' directory" },
+      { "bin", "Cannot create 'bin' directory" },
+      { "build", "Cannot create 'build' directory" },
+      { "custom", "Cannot create 'custom' directory" },
+      { "custom/include", "Cannot create 'custom/include' directory" },
+      { "custom/src", "Cannot create 'custom/src' directory" } };
+   for (const auto & c : cases)
+   {
+      ASSERT_TRUE(QDir(m_sExportDir).removeRecursively());
+      ASSERT_TRUE(QDir().mkpath(m_sExportDir));
+      // A plain file where the directory should be.
+      ASSERT_TRUE(test_support::writeAll(out(c.blocker), "x"));
+      zy::ZyBool ok = exportProject(* p);
+      EXPECT_FALSE(static_cast<bool>(ok)) << c.blocker;
+      EXPECT_EQ(ok.getDesc(), QString(c.message));
+   }
+}
+
+TEST_F(Builder, ProjectCompanionDirectoriesThatCannotBeMade)
+{
+   model::project_ptr p = parseModel(k_personJson);
+   ASSERT_TRUE(p);
+   m_plugin.setGenerateCustomFiles(false);
+   ASSERT_TRUE(test_support::writeAll(out("custom"), "x"));
+   zy::ZyBool ok = exportProject(* p);
+   EXPECT_FALSE(static_cast<bool>(ok));
+   EXPECT_EQ(ok.getDesc(), QString("Cannot create 'custom' directory"));
+   // The generated qmake file was written before its companion failed.
+   EXPECT_TRUE(QFileInfo::exists(out("shop.gen.pri")));
+   EXPECT_FALSE(QFileInfo::exists(out("shop.gen.pro")));
+
+   ASSERT_TRUE(QFile::remove(out("custom")));
+   ASSERT_TRUE(test_support::writeAll(out("custom/include"), "x"));
+   ok = exportProject(* p);
+   EXPECT_FALSE(static_cast<bool>(ok));
+   EXPECT_EQ(ok.getDesc(), QString("Cannot create 'custom/include' directory"));
+   EXPECT_TRUE(QFileInfo::exists(out("include/shop_precompiled_header.gen.h")));
+   EXPECT_FALSE(QFileInfo::exists(out("include/shop_export.gen.h")));
+}
+
+TEST_F(Builder, ClassFileThatCannotBeOpenedStopsTheExport)
+{
+   model::project_ptr p = parseModel(k_personJson);
+   ASSERT_TRUE(p);
+   ASSERT_TRUE(QDir().mkpath(out("include/ns_Person.gen.h")));
+   zy::ZyBool ok = exportProject(* p);
+   EXPECT_FALSE(static_cast<bool>(ok));
+   EXPECT_EQ(ok.getDesc(), "An error occurred opening header file : " + out("include/ns_Person.gen.h"));
+   EXPECT_FALSE(QFileInfo::exists(out("src/ns_Person.gen.cpp")));
+
+   ASSERT_TRUE(QDir(out("include/ns_Person.gen.h")).removeRecursively());
+   ASSERT_TRUE(QDir().mkpath(out("src/ns_Person.gen.cpp")));
+   ok = exportProject(* p);
+   EXPECT_FALSE(static_cast<bool>(ok));
+   EXPECT_EQ(ok.getDesc(), "An error occurred opening source file : " + out("src/ns_Person.gen.cpp"));
+   // The header written before stays.
+   EXPECT_TRUE(QFileInfo(out("include/ns_Person.gen.h")).isFile());
+   EXPECT_TRUE(m_lstMessages.isEmpty());
 }

@@ -234,7 +234,7 @@ TEST_F(GenKeysTriggers, ForwardDeclarationWithoutNamespace)
 
 TEST_F(GenKeysTriggers, DerivedEntityForwardsUnhandledEventsToItsBase)
 {
-   auto base = m.addEntity("Base", "ns");
+   m.addEntity("Base", "ns");
    auto child = m.addEntity("Child", "ns");
    child->setParentKey("ns::Base");
    child->setTriggerBeforeInsert(true);
@@ -252,7 +252,6 @@ TEST_F(GenKeysTriggers, DerivedEntityForwardsUnhandledEventsToItsBase)
          "\n   static inline void onAfterDelete(ns::Child" + forward + "AfterDelete(static_cast<ns::Base *>(t), dao); }" +
          "\n\n};\n\n} // namespace detail\n} // namespace dao\n} // namespace zy";
    EXPECT_EQ(run(gen::LIST_TRIGGERS_SPECIALIZATIONS, child), expected);
-   Q_UNUSED(base);
 }
 
 TEST_F(GenKeysTriggers, BaseEntityIgnoresUnhandledEvents)

@@ -192,22 +192,22 @@ TEST_F(GenRelations, PrimaryKeyOfTheBaseClassIsUsedToFetch)
 {
    auto base = m.addEntity("Base");
    m.addProperty(base, "uid", "QString")->setPrimaryKey(true);
-   m.addEntity("Part");
+   m.addEntity("Piece");
    auto child = m.addEntity("Child", "ns");
    child->setParentKey("Base");
-   m.addRelation(child, "part", 2, "Part");
+   m.addRelation(child, "piece", 2, "Piece");
    EXPECT_EQ(run(gen::IMPLEMENT_LIST_RELATIONS_GETTER_WITH_FETCH, child),
-             std::string("Child::type_part Child::getpart") + kImplParams +
+             std::string("Child::type_piece Child::getpiece") + kImplParams +
              "{\n"
              "   if (pDaoError) { (* pDaoError) = QSqlError(); }\n"
-             "   if (! bLoadFromDatabase) { return getpart(); }\n"
-             "   QString sRelation = \"{uid} | part\";\n" + kAppendLines +
+             "   if (! bLoadFromDatabase) { return getpiece(); }\n"
+             "   QString sRelation = \"{uid} | piece\";\n" + kAppendLines +
              "   ns::Child tmp;\n"
              "   tmp.m_uid = this->m_uid;\n"
              "   QSqlError daoError = zy::dao::fetch_by_id_with_relation(sRelation, tmp, pDatabase);\n"
-             "   if (! daoError.isValid()) { this->m_part = tmp.m_part; }\n"
+             "   if (! daoError.isValid()) { this->m_piece = tmp.m_piece; }\n"
              "   if (pDaoError) { (* pDaoError) = daoError; }\n"
-             "   return m_part;\n"
+             "   return m_piece;\n"
              "}\n\n");
 }
 

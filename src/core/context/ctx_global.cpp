@@ -28,7 +28,8 @@ struct global_state
 {
    QMutex mutex;
    QPointer<view::main_wnd> mainWnd;
-   model::global_params_ptr globalParams;
+   // Empty parameters until a host initialises them; a host may also set none.
+   model::global_params_ptr globalParams = std::make_shared<model::global_params>();
    QString settingsFile;
 };
 
@@ -82,8 +83,6 @@ void ctx_global::setMainWnd(view::main_wnd * pMainWnd) { QMutexLocker lock(& sta
 model::global_params_ptr ctx_global::getGlobalParams()
 {
    QMutexLocker lock(& state().mutex);
-   // Never null: a host that didn't initialise them gets empty parameters.
-   if (! state().globalParams) { state().globalParams = std::make_shared<model::global_params>(); }
    return state().globalParams;
 }
 

@@ -332,7 +332,7 @@ zy::ZyInvalidValueX project::checkSchema() const
       const qsizetype iFirst = hashEnums.value(pEnum->getKey(), i);
       if (iFirst != i)
       { lstResult.append(zy::ZyInvalidValue(QString("%1 is defined more than once (first as enumeration #%2)").arg(sLabel).arg(iFirst + 1), sPath)); }
-      if (hashEntities.contains(pEnum->getKey()))
+      if (! pEnum->getName().isEmpty() && hashEntities.contains(pEnum->getKey()))
       { lstResult.append(zy::ZyInvalidValue(QString("%1 has the same key as entity #%2").arg(sLabel).arg(hashEntities.value(pEnum->getKey()) + 1), sPath)); }
       checkOptionalIdentifier(lstResult, sLabel, "enum name", pEnum->getEnumName(), sPath);
 

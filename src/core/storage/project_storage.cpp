@@ -8,8 +8,9 @@
 #include <QJsonDocument>
 #include <QSqlError>
 #include <QSqlQuery>
-#include <QSqlRecord>
 #include <QStringList>
+
+#include <cmath>
 
 #include "model/entity.h"
 #include "model/enumeration.h"
@@ -522,7 +523,10 @@ zy::ZyBool project_storage::openDatabase(const QString & projectFile, QSqlDataba
       closeDatabase(database);
       return zy::ZyBool(false, QString("'%1' is not a Tavrel project file (an SQLite database without the project tables)").arg(sFile));
    }
+   // One transaction: a single sync instead of one per table.
+   const bool bTransaction = database.transaction();
    zy::ZyBool ok = createSchema(database);
+   if (bTransaction) { if (ok) { database.commit(); } else { database.rollback(); } }
    if (! ok)
    {
       closeDatabase(database);

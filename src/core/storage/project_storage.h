@@ -12,6 +12,21 @@ namespace storage {
 
 // The project file: an SQLite database with the model tables and "t_plugin_params", plus the
 // JSON model document that imports into it and dumps out of it.
+//
+// Tables (column "seq" is the document order, "id" the model's persistable id, 0 = not stored):
+//   t_project (seq, id, name, format_version)
+//   t_entity (seq, id, name, namespace, version, description, table_name, parent_key, is_abstract,
+//             read_only, soft_delete_column, validator_method, trigger_before_fetch ... trigger_after_delete)
+//   t_property (seq, entity_seq, id, name, has_type, type_text (NULL: from the enumeration), decoration,
+//               collection, default_value, enumeration_key, primary_key, column_name, ... , format)
+//   t_relationship (seq, property_seq, id, kind, target_key, foreign_key, foreign_key_owner, extra_table)
+//   t_enumeration (seq, id, name, namespace, enum_name, use_qt_enum, description, version)
+//   t_enumeration_value (seq, enumeration_seq, value_key, value_text)
+//   t_meta_data (seq, owner_kind ('project', 'entity', 'property', 'enumeration'), owner_seq, meta_key, meta_value)
+//   t_plugin_params (id AUTOINCREMENT, plugin_guid, param_key, param_value, param_type (QMetaType id))
+//
+// JSON errors read "FILE: PATH: reason" (PATH like "entities[2].properties[0].name"), one per line;
+// syntax errors read "FILE:LINE:COLUMN: JSON syntax error: reason".
 class TAVRELCORE_EXPORT project_storage
 {
 public:

@@ -10,6 +10,7 @@
 #include <QStringList>
 
 #include <cmath>
+#include <limits>
 
 #include "model/entity.h"
 #include "model/enumeration.h"
@@ -902,9 +903,12 @@ zy::ZyBool project_storage::parseJson(const QByteArray & json, const QString & f
    const QJsonDocument doc = QJsonDocument::fromJson(data, & parseError);
    if (parseError.error != QJsonParseError::NoError)
    {
-      // The parser reports the offset just past the character it stopped at.
+      // The parser reports the offset just past the character it stopped at, sometimes after
+      // the blanks that follow it: step back onto that character.
+      qsizetype iPos = qBound(qsizetype(0), qsizetype(parseError.offset) - 1, qMax(qsizetype(0), data.size() - 1));
+      while ((iPos > 0) && (iPos < data.size()) && QChar(data.at(iPos)).isSpace()) { --iPos; }
       int iLine = 0, iColumn = 0;
-      lineAndColumn(data, qMax(0, parseError.offset - 1), iLine, iColumn);
+      lineAndColumn(data, iPos, iLine, iColumn);
       reader.errorAt(iLine, iColumn, "JSON syntax error: " + parseError.errorString());
       return zy::ZyBool(false, reader.text());
    }

@@ -93,8 +93,8 @@ private:
    }
 };
 
-// What the script reaches through the global "tavrel" object (wrapped in a frozen plain
-// object, so that the script can't reach QObject's own slots).
+// The engine's way back into the host. The script never gets this object itself (it would
+// reach QObject's own slots), only plain functions that call it.
 class script_host_api : public QObject
 {
    Q_OBJECT
@@ -104,6 +104,8 @@ class script_host_api : public QObject
 public:
    explicit script_host_api(custom_javascript * pOwner) : QObject(pOwner), m_pOwner(pOwner) { ; }
 
+   Q_INVOKABLE QVariant field(int serial, const QString & kind, const QString & name) const
+   { return m_pOwner->viewField(serial, kind, name); }
    Q_INVOKABLE void log(const QString & text) { m_pOwner->scriptLog(text); }
    Q_INVOKABLE void breakpoint(const QString & text) { m_pOwner->scriptBreakpoint(text); }
 };
@@ -112,38 +114,63 @@ namespace {
 
 const int k_maxCallHistory = 10000;
 
-// Calls execute(params) and reports how it ended, so that a thrown value (even a plain string)
-// is told apart from a returned one.
-const char * const k_runWrapper =
-   "(function (fct, params) {\n"
-   "   try { return { ok: true, value: fct(params) }; }\n"
-   "   catch (e) { return { ok: false, error: e }; }\n"
-   "})";
-
-const char * const k_deepFreeze =
-   "(function deepFreeze(o) {\n"
-   "   if ((o !== null) && (typeof o === 'object') && ! Object.isFrozen(o)) {\n"
-   "      Object.freeze(o);\n"
-   "      Object.getOwnPropertyNames(o).forEach(function (k) { deepFreeze(o[k]); });\n"
-   "   }\n"
-   "   return o;\n"
-   "})";
-
-// The project view is kept between calls, and the engine lets push() through on a frozen
-// array: its lists are handed out as fresh copies, so that no call sees another's changes.
-const char * const k_listProperty =
-   "(function (o, name, list) {\n"
-   "   Object.freeze(list);\n"
-   "   Object.defineProperty(o, name, { enumerable: true, get: function () { return list.slice(); } });\n"
-   "})";
-
-const char * const k_hostApiWrapper =
-   "(function (api) {\n"
-   "   return Object.freeze({\n"
-   "      log: function () { api.log(Array.prototype.map.call(arguments, String).join(' ')); },\n"
-   "      breakpoint: function (text) { api.breakpoint((text === undefined) ? '' : String(text)); }\n"
+// Sets up the engine side once per engine: the call wrapper, the read-only views and the
+// "tavrel" object. A view holds no data: each field is read from the model when used, so that
+// a call costs the same whatever the size of the project.
+const char * const k_setup =
+   "(function (api, fields) {\n"
+   "   var protos = {};\n"
+   "   Object.keys(fields).forEach(function (kind) {\n"
+   "      var proto = {};\n"
+   "      fields[kind].forEach(function (name) {\n"
+   "         Object.defineProperty(proto, name, { enumerable: true,\n"
+   "            get: function () { return api.field(this.__call__, kind, name); } });\n"
+   "      });\n"
+   "      Object.defineProperty(proto, 'toJSON', { value: function () {\n"
+   "         var o = {}, self = this;\n"
+   "         fields[kind].forEach(function (name) { o[name] = self[name]; });\n"
+   "         return o;\n"
+   "      } });\n"
+   "      protos[kind] = Object.freeze(proto);\n"
    "   });\n"
+   "   function view(kind, serial) {\n"
+   "      return Object.freeze(Object.create(protos[kind], { __call__: { value: serial } }));\n"
+   "   }\n"
+   "   return {\n"
+   "      host: Object.freeze({\n"
+   "         log: function () { api.log(Array.prototype.map.call(arguments, String).join(' ')); },\n"
+   "         breakpoint: function (text) { api.breakpoint((text === undefined) ? '' : String(text)); }\n"
+   "      }),\n"
+   "      makeParams: function (serial, values, flags) {\n"
+   "         values.project = (flags & 1) ? view('project', serial) : null;\n"
+   "         values.entity = (flags & 2) ? view('entity', serial) : null;\n"
+   "         values.property = (flags & 4) ? view('property', serial) : null;\n"
+   "         values.enumeration = (flags & 8) ? view('enumeration', serial) : null;\n"
+   "         return values;\n"
+   "      },\n"
+   // A thrown value, even a plain string, must be told apart from a returned one.
+   "      run: function (fct, params) {\n"
+   "         try { return { ok: true, value: fct(params) }; }\n"
+   "         catch (e) { return { ok: false, error: e }; }\n"
+   "      }\n"
+   "   };\n"
    "})";
+
+QVariantMap viewFields()
+{
+   QVariantMap fields;
+   fields.insert("project", QStringList{"id", "name", "location", "file_path", "entities", "enumerations", "meta"});
+   fields.insert("entity", QStringList{"id", "name", "namespace", "key", "version", "description", "table_name", "parent_key",
+                                       "abstract", "read_only", "soft_delete_column", "validator_method", "triggers",
+                                       "properties", "relations", "primary_key", "meta"});
+   fields.insert("property", QStringList{"id", "name", "entity", "type", "primitive_type", "decoration", "collection",
+                                         "default_value", "enumeration", "primary_key", "column_name", "description",
+                                         "version", "accessibility", "read_only", "obsolete", "transient", "serializable",
+                                         "index", "unique", "allow_null", "relation", "meta"});
+   fields.insert("enumeration", QStringList{"id", "name", "namespace", "key", "enum_name", "use_qt_enum", "description",
+                                            "version", "values", "meta"});
+   return fields;
+}
 
 QString describeError(const QJSValue & error)
 {
@@ -156,131 +183,147 @@ QString describeError(const QJSValue & error)
    return text;
 }
 
-QJSValue stringArray(QJSEngine & engine, const QStringList & lst)
+QVariant metaField(const model::persistable & item)
 {
-   QJSValue array = engine.newArray(static_cast<uint>(lst.size()));
-   for (qsizetype i = 0; i < lst.size(); ++i) { array.setProperty(static_cast<quint32>(i), lst.at(i)); }
-   return array;
-}
-
-QJSValue metaView(QJSEngine & engine, const model::persistable & item)
-{
-   QJSValue meta = engine.newObject();
+   QVariantMap meta;
    const QMap<QString, QString> & map = item.getAllMetaData();
-   for (auto itr = map.cbegin(); itr != map.cend(); ++itr) { meta.setProperty(itr.key(), itr.value()); }
+   for (auto itr = map.cbegin(); itr != map.cend(); ++itr) { meta.insert(itr.key(), itr.value()); }
    return meta;
 }
 
-QJSValue entityView(QJSEngine & engine, model::entity * pEntity)
+QVariant projectField(const model::project & p, const QString & name)
 {
-   if (! pEntity) { return QJSValue(QJSValue::NullValue); }
-   QJSValue v = engine.newObject();
-   v.setProperty("id", static_cast<double>(pEntity->getId()));
-   v.setProperty("name", pEntity->getName());
-   v.setProperty("namespace", pEntity->getNamespace());
-   v.setProperty("key", pEntity->getKey());
-   v.setProperty("version", static_cast<double>(pEntity->getVersion()));
-   v.setProperty("description", pEntity->getDescription());
-   v.setProperty("table_name", pEntity->getTableName());
-   v.setProperty("parent_key", pEntity->getParentKey());
-   v.setProperty("abstract", pEntity->isAbstract());
-   v.setProperty("read_only", pEntity->isReadOnly());
-   v.setProperty("soft_delete_column", pEntity->getSoftDeleteColumn());
-   v.setProperty("validator_method", pEntity->getValidatorMethod());
-
-   QStringList triggers;
-   if (pEntity->isTriggerBeforeFetch()) { triggers << "before_fetch"; }
-   if (pEntity->isTriggerAfterFetch()) { triggers << "after_fetch"; }
-   if (pEntity->isTriggerBeforeInsert()) { triggers << "before_insert"; }
-   if (pEntity->isTriggerAfterInsert()) { triggers << "after_insert"; }
-   if (pEntity->isTriggerBeforeUpdate()) { triggers << "before_update"; }
-   if (pEntity->isTriggerAfterUpdate()) { triggers << "after_update"; }
-   if (pEntity->isTriggerBeforeDelete()) { triggers << "before_delete"; }
-   if (pEntity->isTriggerAfterDelete()) { triggers << "after_delete"; }
-   v.setProperty("triggers", stringArray(engine, triggers));
-
-   QStringList properties, relations;
-   for (const model::property_ptr & p : pEntity->getOwnProperties())
+   if (name == QLatin1String("id")) { return QVariant(static_cast<qlonglong>(p.getId())); }
+   if (name == QLatin1String("name")) { return p.getName(); }
+   if (name == QLatin1String("location")) { return p.getLocation(); }
+   if (name == QLatin1String("file_path")) { return p.getFilePath(); }
+   if (name == QLatin1String("entities"))
    {
-      if (! p) { continue; }
-      properties << p->getName();
-      if (p->hasRelationship()) { relations << p->getName(); }
+      QStringList keys;
+      for (const model::entity_ptr & e : * p.getListOfAllEntities()) { if (e) { keys << e->getKey(); } }
+      return keys;
    }
-   v.setProperty("properties", stringArray(engine, properties));
-   v.setProperty("relations", stringArray(engine, relations));
-   const model::property_ptr pk = pEntity->getPropertyId(true);
-   v.setProperty("primary_key", (pk ? pk->getName() : QString()));
-   v.setProperty("meta", metaView(engine, * pEntity));
-   return v;
+   if (name == QLatin1String("enumerations"))
+   {
+      QStringList keys;
+      for (const model::enumeration_ptr & e : * p.getListOfAllEnums()) { if (e) { keys << e->getKey(); } }
+      return keys;
+   }
+   if (name == QLatin1String("meta")) { return metaField(p); }
+   return QVariant();
 }
 
-QJSValue propertyView(QJSEngine & engine, model::property * pProperty)
+QVariant entityField(const model::entity & e, const QString & name)
 {
-   if (! pProperty) { return QJSValue(QJSValue::NullValue); }
-   QJSValue v = engine.newObject();
-   v.setProperty("id", static_cast<double>(pProperty->getId()));
-   v.setProperty("name", pProperty->getName());
-   const model::entity_ptr owner = pProperty->getEntity();
-   v.setProperty("entity", (owner ? owner->getKey() : QString()));
-   const model::property_type_ptr type = pProperty->getType();
-   v.setProperty("type", pProperty->getTypeDesc(false, false));
-   v.setProperty("primitive_type", (type ? type->getPrimitiveType() : QString()));
-   v.setProperty("decoration", (type ? type->getDecoration() : 0));
-   v.setProperty("collection", (type ? type->getCollection() : 0));
-   v.setProperty("default_value", (type ? type->getDefaultValue() : QString()));
-   v.setProperty("enumeration", pProperty->getEnumerationKey());
-   v.setProperty("primary_key", pProperty->isPrimaryKey());
-   v.setProperty("column_name", pProperty->getColumnName());
-   v.setProperty("description", pProperty->getDescription());
-   v.setProperty("version", static_cast<double>(pProperty->getVersion()));
-   v.setProperty("accessibility", pProperty->getAccessibility());
-   v.setProperty("read_only", pProperty->isReadOnly());
-   v.setProperty("obsolete", pProperty->isObsolete());
-   v.setProperty("transient", pProperty->isTransient());
-   v.setProperty("serializable", pProperty->isSerializable());
-   v.setProperty("index", pProperty->isIndex());
-   v.setProperty("unique", pProperty->getUnique());
-   v.setProperty("allow_null", pProperty->getAllowNull());
-   const model::relationship_ptr rel = pProperty->getRelation();
-   if (! rel) { v.setProperty("relation", QJSValue(QJSValue::NullValue)); }
-   else
+   if (name == QLatin1String("id")) { return QVariant(static_cast<qlonglong>(e.getId())); }
+   if (name == QLatin1String("name")) { return e.getName(); }
+   if (name == QLatin1String("namespace")) { return e.getNamespace(); }
+   if (name == QLatin1String("key")) { return e.getKey(); }
+   if (name == QLatin1String("version")) { return QVariant(static_cast<qlonglong>(e.getVersion())); }
+   if (name == QLatin1String("description")) { return e.getDescription(); }
+   if (name == QLatin1String("table_name")) { return e.getTableName(); }
+   if (name == QLatin1String("parent_key")) { return e.getParentKey(); }
+   if (name == QLatin1String("abstract")) { return e.isAbstract(); }
+   if (name == QLatin1String("read_only")) { return e.isReadOnly(); }
+   if (name == QLatin1String("soft_delete_column")) { return e.getSoftDeleteColumn(); }
+   if (name == QLatin1String("validator_method")) { return e.getValidatorMethod(); }
+   if (name == QLatin1String("triggers"))
    {
-      QJSValue r = engine.newObject();
-      r.setProperty("kind", rel->getType());
-      r.setProperty("target", rel->getTargetKey());
-      r.setProperty("foreign_key", rel->getForeignKey());
-      r.setProperty("foreign_key_owner", rel->getForeignKeyOwner());
-      r.setProperty("extra_table", rel->getExtraTable());
-      v.setProperty("relation", r);
+      QStringList triggers;
+      if (e.isTriggerBeforeFetch()) { triggers << "before_fetch"; }
+      if (e.isTriggerAfterFetch()) { triggers << "after_fetch"; }
+      if (e.isTriggerBeforeInsert()) { triggers << "before_insert"; }
+      if (e.isTriggerAfterInsert()) { triggers << "after_insert"; }
+      if (e.isTriggerBeforeUpdate()) { triggers << "before_update"; }
+      if (e.isTriggerAfterUpdate()) { triggers << "after_update"; }
+      if (e.isTriggerBeforeDelete()) { triggers << "before_delete"; }
+      if (e.isTriggerAfterDelete()) { triggers << "after_delete"; }
+      return triggers;
    }
-   v.setProperty("meta", metaView(engine, * pProperty));
-   return v;
+   if ((name == QLatin1String("properties")) || (name == QLatin1String("relations")))
+   {
+      const bool onlyRelations = (name == QLatin1String("relations"));
+      QStringList names;
+      for (const model::property_ptr & p : e.getOwnProperties())
+      {
+         if (p && (! onlyRelations || p->hasRelationship())) { names << p->getName(); }
+      }
+      return names;
+   }
+   if (name == QLatin1String("primary_key"))
+   {
+      const model::property_ptr pk = e.getPropertyId(true);
+      return (pk ? pk->getName() : QString());
+   }
+   if (name == QLatin1String("meta")) { return metaField(e); }
+   return QVariant();
 }
 
-QJSValue enumerationView(QJSEngine & engine, model::enumeration * pEnum)
+QVariant propertyField(const model::property & p, const QString & name)
 {
-   if (! pEnum) { return QJSValue(QJSValue::NullValue); }
-   QJSValue v = engine.newObject();
-   v.setProperty("id", static_cast<double>(pEnum->getId()));
-   v.setProperty("name", pEnum->getName());
-   v.setProperty("namespace", pEnum->getNamespace());
-   v.setProperty("key", pEnum->getKey());
-   v.setProperty("enum_name", pEnum->getEnumName());
-   v.setProperty("use_qt_enum", pEnum->getUseQtEnum());
-   v.setProperty("description", pEnum->getDescription());
-   v.setProperty("version", static_cast<double>(pEnum->getVersion()));
-   const auto & values = pEnum->getAllKeyValue();
-   QJSValue array = engine.newArray(static_cast<uint>(values.size()));
-   for (qsizetype i = 0; i < values.size(); ++i)
+   const model::property_type_ptr type = p.getType();
+   if (name == QLatin1String("id")) { return QVariant(static_cast<qlonglong>(p.getId())); }
+   if (name == QLatin1String("name")) { return p.getName(); }
+   if (name == QLatin1String("entity")) { const model::entity_ptr owner = p.getEntity(); return (owner ? owner->getKey() : QString()); }
+   if (name == QLatin1String("type")) { return p.getTypeDesc(false, false); }
+   if (name == QLatin1String("primitive_type")) { return (type ? type->getPrimitiveType() : QString()); }
+   if (name == QLatin1String("decoration")) { return (type ? type->getDecoration() : 0); }
+   if (name == QLatin1String("collection")) { return (type ? type->getCollection() : 0); }
+   if (name == QLatin1String("default_value")) { return (type ? type->getDefaultValue() : QString()); }
+   if (name == QLatin1String("enumeration")) { return p.getEnumerationKey(); }
+   if (name == QLatin1String("primary_key")) { return p.isPrimaryKey(); }
+   if (name == QLatin1String("column_name")) { return p.getColumnName(); }
+   if (name == QLatin1String("description")) { return p.getDescription(); }
+   if (name == QLatin1String("version")) { return QVariant(static_cast<qlonglong>(p.getVersion())); }
+   if (name == QLatin1String("accessibility")) { return p.getAccessibility(); }
+   if (name == QLatin1String("read_only")) { return p.isReadOnly(); }
+   if (name == QLatin1String("obsolete")) { return p.isObsolete(); }
+   if (name == QLatin1String("transient")) { return p.isTransient(); }
+   if (name == QLatin1String("serializable")) { return p.isSerializable(); }
+   if (name == QLatin1String("index")) { return p.isIndex(); }
+   if (name == QLatin1String("unique")) { return p.getUnique(); }
+   if (name == QLatin1String("allow_null")) { return p.getAllowNull(); }
+   if (name == QLatin1String("relation"))
    {
-      QJSValue kv = engine.newObject();
-      kv.setProperty("key", values.getKeyByIndex(i));
-      kv.setProperty("value", values.getByIndex(i));
-      array.setProperty(static_cast<quint32>(i), kv);
+      const model::relationship_ptr rel = p.getRelation();
+      if (! rel) { return QVariant::fromValue(nullptr); }
+      QVariantMap r;
+      r.insert("kind", rel->getType());
+      r.insert("target", rel->getTargetKey());
+      r.insert("foreign_key", rel->getForeignKey());
+      r.insert("foreign_key_owner", rel->getForeignKeyOwner());
+      r.insert("extra_table", rel->getExtraTable());
+      return r;
    }
-   v.setProperty("values", array);
-   v.setProperty("meta", metaView(engine, * pEnum));
-   return v;
+   if (name == QLatin1String("meta")) { return metaField(p); }
+   return QVariant();
+}
+
+QVariant enumerationField(const model::enumeration & e, const QString & name)
+{
+   if (name == QLatin1String("id")) { return QVariant(static_cast<qlonglong>(e.getId())); }
+   if (name == QLatin1String("name")) { return e.getName(); }
+   if (name == QLatin1String("namespace")) { return e.getNamespace(); }
+   if (name == QLatin1String("key")) { return e.getKey(); }
+   if (name == QLatin1String("enum_name")) { return e.getEnumName(); }
+   if (name == QLatin1String("use_qt_enum")) { return e.getUseQtEnum(); }
+   if (name == QLatin1String("description")) { return e.getDescription(); }
+   if (name == QLatin1String("version")) { return QVariant(static_cast<qlonglong>(e.getVersion())); }
+   if (name == QLatin1String("values"))
+   {
+      QVariantList values;
+      const auto & kv = e.getAllKeyValue();
+      for (qsizetype i = 0; i < kv.size(); ++i)
+      {
+         QVariantMap item;
+         item.insert("key", kv.getKeyByIndex(i));
+         item.insert("value", kv.getByIndex(i));
+         values.append(item);
+      }
+      return values;
+   }
+   if (name == QLatin1String("meta")) { return metaField(e); }
+   return QVariant();
 }
 
 } // namespace
@@ -303,12 +346,8 @@ void custom_javascript::releaseEngine()
    m_pWatchdog.reset();
    m_fctExecute = QJSValue();
    m_fctRun = QJSValue();
-   m_fctFreeze = QJSValue();
-   m_fctListProperty = QJSValue();
+   m_fctMakeParams = QJSValue();
    m_objHostApi = QJSValue();
-   m_objProjectView = QJSValue();
-   m_pProjectViewOwner = nullptr;
-   m_lstProjectViewKeys.clear();
    m_pEngine.reset();
 }
 
@@ -330,12 +369,12 @@ zy::ZyBool custom_javascript::initEngine(const QString & file, plugin::base_inte
 
    m_pEngine = std::make_unique<QJSEngine>();
    m_pEngine->installExtensions(QJSEngine::ConsoleExtension);
-   m_fctRun = m_pEngine->evaluate(QString::fromLatin1(k_runWrapper));
-   m_fctFreeze = m_pEngine->evaluate(QString::fromLatin1(k_deepFreeze));
-   m_fctListProperty = m_pEngine->evaluate(QString::fromLatin1(k_listProperty));
-   const QJSValue hostApiWrapper = m_pEngine->evaluate(QString::fromLatin1(k_hostApiWrapper));
-   m_objHostApi = hostApiWrapper.call(QJSValueList() << m_pEngine->newQObject(m_pHostApi));
-   if (! m_fctRun.isCallable() || ! m_fctFreeze.isCallable() || ! m_fctListProperty.isCallable() || ! m_objHostApi.isObject())
+   const QJSValue setup = m_pEngine->evaluate(QString::fromLatin1(k_setup));
+   const QJSValue tools = setup.call(QJSValueList() << m_pEngine->newQObject(m_pHostApi) << m_pEngine->toScriptValue(viewFields()));
+   m_fctRun = tools.property("run");
+   m_fctMakeParams = tools.property("makeParams");
+   m_objHostApi = tools.property("host");
+   if (! m_fctRun.isCallable() || ! m_fctMakeParams.isCallable() || ! m_objHostApi.isObject())
    {
       releaseEngine();
       return zy::ZyBool(false, tr("Cannot initialise the custom javascript engine"));
@@ -417,14 +456,17 @@ zy::ZyBool custom_javascript::runExecute(model::project * pProject, model::entit
    bool interrupted = false;
    m_bRunning = true;
    m_sCurrentAction = action;
+   m_iCallSerial = ((m_iCallSerial >= 0x3fffffff) ? 1 : (m_iCallSerial + 1));
+   m_pCurProject = pProject;
+   m_pCurEntity = pEntity;
+   m_pCurProperty = pProperty;
+   m_pCurEnumeration = pEnumeration;
    try
    {
-      QJSValue jsParams = engine.newObject();
-      for (auto itr = params.cbegin(); itr != params.cend(); ++itr) { jsParams.setProperty(itr.key(), engine.toScriptValue(itr.value())); }
-      jsParams.setProperty("project", projectView(pProject));
-      jsParams.setProperty("entity", m_fctFreeze.call(QJSValueList() << entityView(engine, pEntity)));
-      jsParams.setProperty("property", m_fctFreeze.call(QJSValueList() << propertyView(engine, pProperty)));
-      jsParams.setProperty("enumeration", m_fctFreeze.call(QJSValueList() << enumerationView(engine, pEnumeration)));
+      QVariantMap values;
+      for (auto itr = params.cbegin(); itr != params.cend(); ++itr) { values.insert(itr.key(), itr.value()); }
+      const int flags = (pProject ? 1 : 0) | (pEntity ? 2 : 0) | (pProperty ? 4 : 0) | (pEnumeration ? 8 : 0);
+      const QJSValue jsParams = m_fctMakeParams.call(QJSValueList() << m_iCallSerial << engine.toScriptValue(values) << flags);
 
       m_pWatchdog->arm(m_pEngine.get(), m_iTimeLimitMs);
       result = m_fctRun.call(QJSValueList() << m_fctExecute << jsParams);
@@ -437,6 +479,10 @@ zy::ZyBool custom_javascript::runExecute(model::project * pProject, model::entit
    }
    m_bRunning = false;
    m_sCurrentAction.clear();
+   m_pCurProject = nullptr;
+   m_pCurEntity = nullptr;
+   m_pCurProperty = nullptr;
+   m_pCurEnumeration = nullptr;
 
    if (interrupted || engine.isInterrupted())
    {
@@ -453,33 +499,14 @@ zy::ZyBool custom_javascript::runExecute(model::project * pProject, model::entit
    return zy::ZyBool(true, value.toString());
 }
 
-QJSValue custom_javascript::projectView(model::project * pProject)
+QVariant custom_javascript::viewField(int serial, const QString & kind, const QString & name) const
 {
-   if (! pProject) { return QJSValue(QJSValue::NullValue); }
-
-   // Built once per project state: a project may have hundreds of entities and the script runs
-   // for every generated fragment.
-   QStringList entityKeys, enumKeys;
-   for (const model::entity_ptr & p : * pProject->getListOfAllEntities()) { if (p) { entityKeys << p->getKey(); } }
-   for (const model::enumeration_ptr & p : * pProject->getListOfAllEnums()) { if (p) { enumKeys << p->getKey(); } }
-   QStringList keys;
-   keys << QString::number(pProject->getId()) << pProject->getName() << pProject->getLocation() << pProject->getFilePath()
-        << QString::number(entityKeys.size()) << entityKeys << enumKeys;
-   if ((m_pProjectViewOwner == pProject) && (m_lstProjectViewKeys == keys) && m_objProjectView.isObject()) { return m_objProjectView; }
-
-   QJSEngine & engine = (* m_pEngine);
-   QJSValue v = engine.newObject();
-   v.setProperty("id", static_cast<double>(pProject->getId()));
-   v.setProperty("name", pProject->getName());
-   v.setProperty("location", pProject->getLocation());
-   v.setProperty("file_path", pProject->getFilePath());
-   m_fctListProperty.call(QJSValueList() << v << QJSValue("entities") << stringArray(engine, entityKeys));
-   m_fctListProperty.call(QJSValueList() << v << QJSValue("enumerations") << stringArray(engine, enumKeys));
-   v.setProperty("meta", metaView(engine, * pProject));
-   m_objProjectView = m_fctFreeze.call(QJSValueList() << v);
-   m_pProjectViewOwner = pProject;
-   m_lstProjectViewKeys = keys;
-   return m_objProjectView;
+   if (! m_bRunning || (serial != m_iCallSerial)) { return QVariant(); }
+   if ((kind == QLatin1String("project")) && m_pCurProject) { return projectField(* m_pCurProject, name); }
+   if ((kind == QLatin1String("entity")) && m_pCurEntity) { return entityField(* m_pCurEntity, name); }
+   if ((kind == QLatin1String("property")) && m_pCurProperty) { return propertyField(* m_pCurProperty, name); }
+   if ((kind == QLatin1String("enumeration")) && m_pCurEnumeration) { return enumerationField(* m_pCurEnumeration, name); }
+   return QVariant();
 }
 
 zy::ZyBool custom_javascript::runDebugger()

@@ -84,7 +84,8 @@ zy::ZyBool cpp_builder::build(model::project & project)
    if (! pEntities) { return zy::ZyBool(false, "This project doesn't have a valid list of entities"); }
 
    const QString D = m_pCppExport->getCppExportPath(true);
-   if (! QDir(D).exists()) { return zy::ZyBool(false, "Directory to export entities doesn't exist : " + D); }
+   // An empty path names no directory (QDir would take it for the current one).
+   if (D.isEmpty() || ! QDir(D).exists()) { return zy::ZyBool(false, "Directory to export entities doesn't exist : " + D); }
    model::global_params_ptr pParams = context::ctx_global::getGlobalParams();
    if (! pParams) { return zy::ZyBool(false, "Cannot access to global parameters"); }
    const QString L = pParams->getLumorPath(true);

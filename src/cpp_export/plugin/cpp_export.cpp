@@ -124,8 +124,10 @@ void cpp_export::resetPreviewWidget()
 {
    if (! m_pPreviewWidget) { return; }
    view::cpp_export_preview * pWidget = m_pPreviewWidget;
+   // Every connection in both directions: the widget's own signals and the host's signals into it.
    pWidget->disconnect();
-   QObject::disconnect(nullptr, nullptr, pWidget, nullptr);
+   if (view::main_wnd * pMainWnd = context::ctx_global::getMainWnd()) { QObject::disconnect(pMainWnd, nullptr, pWidget, nullptr); }
+   QObject::disconnect(this, nullptr, pWidget, nullptr);
    pWidget->setParent(nullptr);
    pWidget->setPlugin(nullptr);
    pWidget->close();

@@ -111,7 +111,7 @@ void PIMPL_MOVABLE_IMPLEMENTATION(const cpp_builder & b, QString & out, model::p
    out += QLatin1String("\n#ifdef Q_COMPILER_RVALUE_REFS\n");
    out += name % QLatin1String("::") % name % QLatin1Char('(') % name
           % QLatin1String(" && other) Q_DECL_NOEXCEPT : m_pImpl(std::move(other.m_pImpl)) { ; }\n");
-   // The ";" after the inner block is part of the expected text.
+   // The ";" after the inner block stays: generated files have always carried it.
    out += name % QLatin1String(" & ") % name % QLatin1String("::operator=(") % name
           % QLatin1String(" && other) Q_DECL_NOEXCEPT { if (this != (& other)) { m_pImpl = std::move(other.m_pImpl); }; return (* this); }\n");
    out += QLatin1String("#endif // Q_COMPILER_RVALUE_REFS");
