@@ -1,13 +1,11 @@
 #include "cli_host.h"
+#include "plugin_finder.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDialog>
 #include <QDir>
 #include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonObject>
-#include <QPluginLoader>
 #include <QTimer>
 
 #include <cstdio>
@@ -77,40 +75,6 @@ bool cli_host::eventFilter(QObject * watched, QEvent * event)
       }
    }
    return QObject::eventFilter(watched, event);
-}
-
-QString cli_host::pluginDirectory()
-{
-   QString dir = qEnvironmentVariable("TAVREL_PLUGIN_DIR");
-   if (! dir.isEmpty()) { return QDir(dir).absolutePath(); }
-   return QDir(QCoreApplication::applicationDirPath()).absoluteFilePath("plugins");
-}
-
-QList<plugin_info> cli_host::findPlugins(const QString & dir)
-{
-   QList<plugin_info> lst;
-   QDir d(dir);
-   const QStringList files = d.entryList(QDir::Files, QDir::Name);
-   for (const QString & file : files)
-   {
-      QString path = d.absoluteFilePath(file);
-      if (! QLibrary::isLibrary(path)) { continue; }
-      QPluginLoader loader(path);
-      plugin_info info;
-      info.file = path;
-      QJsonObject meta = loader.metaData();
-      if (meta.isEmpty()) { continue; }
-      info.iid = meta.value("IID").toString();
-      info.className = meta.value("className").toString();
-      const QJsonArray keys = meta.value("MetaData").toObject().value("Keys").toArray();
-      for (const auto & k : keys) { info.keys.append(k.toString()); }
-      info.instance = loader.instance();
-      if (! info.instance) { info.error = loader.errorString(); }
-      else { info.exportPlugin = qobject_cast<plugin::export_interface *>(info.instance.data()); }
-      if (info.instance && ! info.exportPlugin) { info.error = "not a Tavrel export plug-in"; }
-      lst.append(info);
-   }
-   return lst;
 }
 
 int cli_host::usageError(const QString & text)
@@ -228,8 +192,8 @@ int cli_host::cmdCheck(const QStringList & args)
 
 int cli_host::cmdPlugins()
 {
-   QString dir = pluginDirectory();
-   QList<plugin_info> lst = findPlugins(dir);
+   QString dir = plugin_finder::pluginDirectory();
+   QList<plugin_info> lst = plugin_finder::findPlugins(dir);
    if (lst.isEmpty()) { return failure("no plug-in found in '" + QDir::toNativeSeparators(dir) + "'"); }
    for (const plugin_info & info : lst)
    {
@@ -255,7 +219,7 @@ int cli_host::cmdExport(const QStringList & positional, const QStringList & allA
 {
    if (positional.size() != 1) { return usageError("export needs exactly one PROJECT"); }
 
-   QList<plugin_info> lst = findPlugins(pluginDirectory());
+   QList<plugin_info> lst = plugin_finder::findPlugins(plugin_finder::pluginDirectory());
    plugin::export_interface * pPlugin = nullptr;
    QStringList names;
    for (const plugin_info & info : lst)
@@ -266,7 +230,7 @@ int cli_host::cmdExport(const QStringList & positional, const QStringList & allA
    }
    if (! pPlugin)
    {
-      if (names.isEmpty()) { return failure("no export plug-in found in '" + QDir::toNativeSeparators(pluginDirectory()) + "'"); }
+      if (names.isEmpty()) { return failure("no export plug-in found in '" + QDir::toNativeSeparators(plugin_finder::pluginDirectory()) + "'"); }
       return failure("no export plug-in named '" + pluginName + "' (available : " + names.join(", ") + ")");
    }
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QObject>
-#include <QPointer>
 #include <QStringList>
 #include <QTextStream>
 
@@ -16,18 +15,6 @@ namespace app {
 
 // Exit codes of the command-line host.
 enum enum_exit { exit_ok = 0, exit_failure = 1, exit_usage = 2 };
-
-// One plug-in library found in the host's plug-in directory.
-struct plugin_info
-{
-   QString file;
-   QString iid;
-   QString className;
-   QStringList keys;
-   QPointer<QObject> instance;
-   plugin::export_interface * exportPlugin = nullptr;
-   QString error;
-};
 
 // The command-line host: import, dump, check, plugins and unattended export.
 class cli_host : public QObject
@@ -44,10 +31,6 @@ public:
    virtual ~cli_host();
 
    int run(const QStringList & args);
-
-   // Directory scanned for plug-ins: $TAVREL_PLUGIN_DIR, else "plugins" beside the program.
-   static QString pluginDirectory();
-   static QList<plugin_info> findPlugins(const QString & dir);
 
 protected:
    bool eventFilter(QObject * watched, QEvent * event) override;

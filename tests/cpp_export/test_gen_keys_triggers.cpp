@@ -12,55 +12,14 @@
 #include "plugin/cpp_export.h"
 #include "plugin/generators/generators.h"
 
+#include "gen_test_model.h"
+
 namespace {
 
 namespace gen = plugin::generators;
 
-// A model held in memory; ids are given in creation order.
-struct test_model
-{
-   model::project_ptr project = std::make_shared<model::project>();
-   long lastEntityId = 0;
-   long lastPropertyId = 0;
-
-   model::entity_ptr addEntity(const QString & name, const QString & ns = QString())
-   {
-      auto p = std::make_shared<model::entity>();
-      p->setId(++lastEntityId);
-      p->setName(name);
-      p->setNamespace(ns);
-      project->addEntity(p);
-      return p;
-   }
-
-   model::property_ptr addProperty(const model::entity_ptr & e, const QString & name, const QString & type)
-   {
-      auto p = std::make_shared<model::property>();
-      p->setId(++lastPropertyId);
-      p->setName(name);
-      if (! type.isEmpty())
-      {
-         auto t = std::make_shared<model::property_type>();
-         t->setPrimitiveType(type);
-         p->setType(t);
-      }
-      e->addProperty(p);
-      return p;
-   }
-
-   model::property_ptr addRelation(const model::entity_ptr & e, const QString & name, int kind, const QString & target)
-   {
-      model::property_ptr p = addProperty(e, name, QString());
-      auto r = std::make_shared<model::relationship>();
-      r->setId(p->getId());
-      r->setType(kind);
-      r->setTargetKey(target);
-      p->setRelation(r);
-      return p;
-   }
-};
-
-typedef void (* generator)(const plugin::cpp_builder &, QString &, model::project &, model::entity &);
+typedef gen_test_model test_model;
+typedef entity_generator generator;
 
 class GenKeysTriggers : public ::testing::Test
 {

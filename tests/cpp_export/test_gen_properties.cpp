@@ -12,57 +12,14 @@
 #include "plugin/cpp_export.h"
 #include "plugin/generators/generators.h"
 
+#include "gen_test_model.h"
+
 namespace {
 
 namespace gen = plugin::generators;
 
-// A model held in memory; ids are given in creation order.
-struct test_model
-{
-   model::project_ptr project = std::make_shared<model::project>();
-   long lastEntityId = 0;
-   long lastPropertyId = 0;
-
-   model::entity_ptr addEntity(const QString & name, const QString & ns = QString())
-   {
-      auto p = std::make_shared<model::entity>();
-      p->setId(++lastEntityId);
-      p->setName(name);
-      p->setNamespace(ns);
-      project->addEntity(p);
-      return p;
-   }
-
-   model::property_ptr addProperty(const model::entity_ptr & e, const QString & name, const QString & type, int decoration = 0, int collection = 0)
-   {
-      auto p = std::make_shared<model::property>();
-      p->setId(++lastPropertyId);
-      p->setName(name);
-      if (! type.isEmpty())
-      {
-         auto t = std::make_shared<model::property_type>();
-         t->setPrimitiveType(type);
-         t->setDecoration(decoration);
-         t->setCollection(collection);
-         p->setType(t);
-      }
-      e->addProperty(p);
-      return p;
-   }
-
-   model::property_ptr addRelation(const model::entity_ptr & e, const QString & name, int kind, const QString & target)
-   {
-      model::property_ptr p = addProperty(e, name, QString());
-      auto r = std::make_shared<model::relationship>();
-      r->setId(p->getId());
-      r->setType(kind);
-      r->setTargetKey(target);
-      p->setRelation(r);
-      return p;
-   }
-};
-
-typedef void (* generator)(const plugin::cpp_builder &, QString &, model::project &, model::entity &);
+typedef gen_test_model test_model;
+typedef entity_generator generator;
 
 class GenProperties : public ::testing::Test
 {
@@ -84,7 +41,7 @@ protected:
 TEST_F(GenProperties, NullableIntegerGetterReturnsValueOrZero)
 {
    auto person = m.addEntity("Person");
-   m.addProperty(person, "age", "int", 3);
+   m.addProperty(person, "age", "int", QString(), 3);
    EXPECT_EQ(run(gen::IMPLEMENT_LIST_PROPERTIES_GETTER, person),
              "int Person::getage() const { return (m_age ? (* m_age) : int(0)); }\n\n"
              "std::optional<int> Person::getage_() const { return m_age; }\n\n");
@@ -96,9 +53,9 @@ TEST_F(GenProperties, NullableIntegerGetterReturnsValueOrZero)
 TEST_F(GenProperties, NullableFallbackFollowsTheKindOfValue)
 {
    auto e = m.addEntity("Item");
-   m.addProperty(e, "done", "bool", 3);
-   m.addProperty(e, "price", "double", 3);
-   m.addProperty(e, "label", "QString", 3);
+   m.addProperty(e, "done", "bool", QString(), 3);
+   m.addProperty(e, "price", "double", QString(), 3);
+   m.addProperty(e, "label", "QString", QString(), 3);
    EXPECT_EQ(run(gen::IMPLEMENT_LIST_PROPERTIES_GETTER, e),
              "bool Item::getdone() const { return (m_done ? (* m_done) : bool(false)); }\n\n"
              "std::optional<bool> Item::getdone_() const { return m_done; }\n\n"
@@ -111,7 +68,7 @@ TEST_F(GenProperties, NullableFallbackFollowsTheKindOfValue)
 TEST_F(GenProperties, CollectionOfOptionalsIsAnOrdinaryProperty)
 {
    auto e = m.addEntity("Item");
-   m.addProperty(e, "marks", "int", 3, 1);
+   m.addProperty(e, "marks", "int", QString(), 3, 1);
    EXPECT_EQ(run(gen::LIST_PROPERTIES_GETTER, e), "   QList<std::optional<int> > getmarks() const;\n");
    EXPECT_EQ(run(gen::IMPLEMENT_LIST_PROPERTIES_GETTER, e),
              "QList<std::optional<int> > Item::getmarks() const { return m_marks; }\n\n");
@@ -203,7 +160,7 @@ TEST_F(GenProperties, PImplWritesTheNoticeAndReachesMembersThroughTheStructure)
    m_plugin.setPImpl(true);
    auto e = m.addEntity("Order");
    m.addProperty(e, "paid", "bool");
-   m.addProperty(e, "note", "QString", 3);
+   m.addProperty(e, "note", "QString", QString(), 3);
    EXPECT_EQ(run(gen::LIST_PROPERTIES_DEFINITION, e),
              "/* 'PIMPL idiom' setting is enabled : properties will be defined in the private implementation structure */");
    EXPECT_EQ(run(gen::LIST_PROPERTIES_GETTER, e),
@@ -274,7 +231,7 @@ TEST_F(GenProperties, UserBodiesReplaceOnlyTheMainAccessors)
    auto e = m.addEntity("Box");
    auto items = m.addRelation(e, "items", 1, "Item");
    items->setGetMethod("return filtered();");
-   auto age = m.addProperty(e, "age", "int", 3);
+   auto age = m.addProperty(e, "age", "int", QString(), 3);
    age->setGetMethod("return 42;");
    auto name = m.addProperty(e, "name", "QString");
    name->setGetMethod("return m_name.trimmed();");

@@ -12,56 +12,14 @@
 #include "plugin/cpp_export.h"
 #include "plugin/generators/generators.h"
 
+#include "gen_test_model.h"
+
 namespace {
 
 namespace gen = plugin::generators;
 
-// A model held in memory; ids are given in creation order.
-struct test_model
-{
-   model::project_ptr project = std::make_shared<model::project>();
-   long lastEntityId = 0;
-   long lastPropertyId = 0;
-
-   model::entity_ptr addEntity(const QString & name, const QString & ns = QString())
-   {
-      auto p = std::make_shared<model::entity>();
-      p->setId(++lastEntityId);
-      p->setName(name);
-      p->setNamespace(ns);
-      project->addEntity(p);
-      return p;
-   }
-
-   model::property_ptr addProperty(const model::entity_ptr & e, const QString & name, const QString & type, const QString & def = QString())
-   {
-      auto p = std::make_shared<model::property>();
-      p->setId(++lastPropertyId);
-      p->setName(name);
-      if (! type.isEmpty())
-      {
-         auto t = std::make_shared<model::property_type>();
-         t->setPrimitiveType(type);
-         t->setDefaultValue(def);
-         p->setType(t);
-      }
-      e->addProperty(p);
-      return p;
-   }
-
-   model::relationship_ptr addRelation(const model::entity_ptr & e, const QString & name, int kind, const QString & target)
-   {
-      model::property_ptr p = addProperty(e, name, QString());
-      auto r = std::make_shared<model::relationship>();
-      r->setId(p->getId());
-      r->setType(kind);
-      r->setTargetKey(target);
-      p->setRelation(r);
-      return r;
-   }
-};
-
-typedef void (* generator)(const plugin::cpp_builder &, QString &, model::project &, model::entity &);
+typedef gen_test_model test_model;
+typedef entity_generator generator;
 
 const char * const kDeclarations =
       "   zy::IxDataMember * pData = NULL; Q_UNUSED(pData);\n"
@@ -142,7 +100,7 @@ TEST_F(GenRegistration, FullEntity)
    amount->setMaxValue(QVariant(QString("99.5")));
 
    m.addEntity("Item", "shop");
-   m.addRelation(e, "items", 1, "shop::Item")->setForeignKey("order_id");
+   m.addRelation(e, "items", 1, "shop::Item")->getRelation()->setForeignKey("order_id");
 
    EXPECT_EQ(run(gen::IMPLEMENT_ZY_REGISTER_CLASS, e),
              std::string(kDeclarations) +
@@ -249,7 +207,7 @@ TEST_F(GenRegistration, RelationKindsAndFollowUpLines)
    pManager->setMetaData("k", "v");
    pManager->setSerializable(false);
    pManager->setIndex(true);
-   auto tags = m.addRelation(e, "tags", 3, "Tag");
+   auto tags = m.addRelation(e, "tags", 3, "Tag")->getRelation();
    tags->setExtraTable("t_shop_tag");
    tags->setForeignKey("tag_id");
    tags->setForeignKeyOwner("shop_id");

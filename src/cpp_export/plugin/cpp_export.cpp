@@ -24,6 +24,18 @@ namespace {
 
 bool s_bFirstExport = true;
 
+cpp_export::type_fct_keyboard_modifiers & keyboardModifiersProvider()
+{
+   static cpp_export::type_fct_keyboard_modifiers s_fct;
+   return s_fct;
+}
+
+Qt::KeyboardModifiers currentKeyboardModifiers()
+{
+   const cpp_export::type_fct_keyboard_modifiers & fct = keyboardModifiersProvider();
+   return (fct ? fct() : QGuiApplication::keyboardModifiers());
+}
+
 // Settings record keys, in the order they are written.
 const char * const k_sKeyPath = "CPP_EXPORT_PATH";
 const char * const k_sKeyTemplate = "CPP_TEMPLATE";
@@ -50,6 +62,7 @@ cpp_export::~cpp_export()
 
 bool cpp_export::isFirstExport() { return s_bFirstExport; }
 void cpp_export::setFirstExport(bool b) { s_bFirstExport = b; }
+void cpp_export::setKeyboardModifiersProvider(type_fct_keyboard_modifiers fct) { keyboardModifiersProvider() = std::move(fct); }
 
 QString cpp_export::getGuid() const { return QStringLiteral("7C3E9A52-4B1D-4F86-9E27-5D0A8C61B3F4"); }
 QString cpp_export::getName() const { return QStringLiteral("TavrelCppExport"); }
@@ -83,7 +96,8 @@ QString cpp_export::getCppExportPath(bool bResolved) const
 void cpp_export::readFile(const QString & path, QString & target) const
 {
    QFile file(path);
-   if (! file.open(QIODevice::ReadOnly | QIODevice::Text)) { return; }
+   // No text mode: the template keeps its line ends as written (the parser handles CR LF).
+   if (! file.open(QIODevice::ReadOnly)) { return; }
    QTextStream stream(& file);
    QString text = stream.readAll();
    file.close();
@@ -262,7 +276,7 @@ zy::ZyBool cpp_export::exportProject(model::project & project)
       zy::ZyBool ok = m_pCustomScript->initEngine(m_sCustomScriptFile, this);
       if (! ok) { return ok; }
    }
-   if (m_pCustomScript && ! m_pCustomScript->isDebugging() && (QGuiApplication::keyboardModifiers() == Qt::ShiftModifier))
+   if (m_pCustomScript && ! m_pCustomScript->isDebugging() && (currentKeyboardModifiers() == Qt::ShiftModifier))
    {
       zy::ZyBool ok = m_pCustomScript->runDebugger();
       if (! ok) { return ok; }

@@ -3,6 +3,8 @@
 #include <QPointer>
 #include <QString>
 
+#include <functional>
+
 #include "plugin/export_interface.h"
 #include "plugin/cpp_template.h"
 
@@ -57,6 +59,11 @@ public:
    // Command-line overrides are applied by the first export of the process only.
    static bool isFirstExport();
    static void setFirstExport(bool b);
+
+   // Source of the keyboard modifiers that the export reads (Shift alone starts the script
+   // debugger); tests replace it, an empty function restores the application's own.
+   typedef std::function<Qt::KeyboardModifiers()> type_fct_keyboard_modifiers;
+   static void setKeyboardModifiersProvider(type_fct_keyboard_modifiers fct);
 
 public Q_SLOTS:
    QString getGuid() const override;

@@ -1,5 +1,4 @@
 #include "view/cpp_export_preview.h"
-#include "ui_wnd_cpp_export_preview.h"
 
 #include <QColor>
 #include <QGraphicsDropShadowEffect>
@@ -22,9 +21,9 @@
 
 namespace view {
 
-cpp_export_preview::cpp_export_preview(QWidget * parent, Qt::WindowFlags f) : QWidget(parent, f), m_pUi(std::make_unique<Ui::wnd_cpp_export_preview>())
+cpp_export_preview::cpp_export_preview(QWidget * parent, Qt::WindowFlags f) : QWidget(parent, f)
 {
-   m_pUi->setupUi(this);
+   setupUi(this);
    init();
 }
 
@@ -32,23 +31,23 @@ cpp_export_preview::~cpp_export_preview() { ; }
 
 void cpp_export_preview::init()
 {
-   QGraphicsDropShadowEffect * pShadow = new QGraphicsDropShadowEffect(m_pUi->m_lblNoEntity);
+   QGraphicsDropShadowEffect * pShadow = new QGraphicsDropShadowEffect(m_lblNoEntity);
    pShadow->setColor(QColor(63, 63, 63, 100));
    pShadow->setBlurRadius(10);
    pShadow->setOffset(5);
-   m_pUi->m_lblNoEntity->setGraphicsEffect(pShadow);
+   m_lblNoEntity->setGraphicsEffect(pShadow);
 
    // Style 2 is reached only through stored settings or the command line (see setPlugin).
-   m_pUi->m_optZyPersistable->setVisible(false);
+   m_optZyPersistable->setVisible(false);
 
-   m_pUi->m_txtCppTemplateHeader->setReadOnly(true);
-   m_pUi->m_txtCppTemplateSource->setReadOnly(true);
-   m_pHighlighterHeader = new tools::syntax_highlighter(m_pUi->m_txtCppTemplateHeader->document());
-   m_pHighlighterSource = new tools::syntax_highlighter(m_pUi->m_txtCppTemplateSource->document());
+   m_txtCppTemplateHeader->setReadOnly(true);
+   m_txtCppTemplateSource->setReadOnly(true);
+   m_pHighlighterHeader = new tools::syntax_highlighter(m_txtCppTemplateHeader->document());
+   m_pHighlighterSource = new tools::syntax_highlighter(m_txtCppTemplateSource->document());
 
-   const QList<QRadioButton *> lstOpt = { m_pUi->m_optNoInheritance, m_pUi->m_optIxPersistable, m_pUi->m_optIxPersistableAndQObject, m_pUi->m_optZyPersistable, m_pUi->m_optCustomCppTemplate };
+   const QList<QRadioButton *> lstOpt = { m_optNoInheritance, m_optIxPersistable, m_optIxPersistableAndQObject, m_optZyPersistable, m_optCustomCppTemplate };
    for (QRadioButton * pOpt : lstOpt) { connect(pOpt, & QRadioButton::toggled, this, & cpp_export_preview::doOptCppTemplateChanged); }
-   connect(m_pUi->m_chkPImpl, & QCheckBox::stateChanged, this, & cpp_export_preview::doChkPImplChanged);
+   connect(m_chkPImpl, & QCheckBox::stateChanged, this, & cpp_export_preview::doChkPImplChanged);
 
    qRegisterMetaType<model::project_ptr>("model::project_ptr");
    qRegisterMetaType<model::entity_ptr>("model::entity_ptr");
@@ -76,22 +75,22 @@ void cpp_export_preview::setPlugin(plugin::cpp_export * plugin)
    m_pPlugin = plugin;
    if (m_pPlugin) { m_pPlugin->loadSettings(); }
 
-   if (! m_pPlugin) { m_pUi->m_optNoInheritance->setChecked(true); }
+   if (! m_pPlugin) { m_optNoInheritance->setChecked(true); }
    else
    {
       switch (static_cast<int>(m_pPlugin->getCppTemplate()))
       {
-         case plugin::cpp_template::no_inheritance: m_pUi->m_optNoInheritance->setChecked(true); break;
-         case plugin::cpp_template::ix_persistable: m_pUi->m_optIxPersistable->setChecked(true); break;
+         case plugin::cpp_template::no_inheritance: m_optNoInheritance->setChecked(true); break;
+         case plugin::cpp_template::ix_persistable: m_optIxPersistable->setChecked(true); break;
          // Hidden but checked, so that no visible button claims the style.
-         case plugin::cpp_template::zy_persistable: m_pUi->m_optZyPersistable->setChecked(true); break;
-         case plugin::cpp_template::ix_persistable_and_q_object: m_pUi->m_optIxPersistableAndQObject->setChecked(true); break;
-         case plugin::cpp_template::custom: m_pUi->m_optCustomCppTemplate->setChecked(true); break;
+         case plugin::cpp_template::zy_persistable: m_optZyPersistable->setChecked(true); break;
+         case plugin::cpp_template::ix_persistable_and_q_object: m_optIxPersistableAndQObject->setChecked(true); break;
+         case plugin::cpp_template::custom: m_optCustomCppTemplate->setChecked(true); break;
          default: break;
       }
    }
 
-   m_pUi->m_chkPImpl->setChecked(m_pPlugin ? m_pPlugin->getPImpl() : false);
+   m_chkPImpl->setChecked(m_pPlugin ? m_pPlugin->getPImpl() : false);
    doOptCppTemplateChanged(true);
 }
 
@@ -101,11 +100,11 @@ void cpp_export_preview::doOptCppTemplateChanged(bool bChecked)
    if (! bChecked) { return; }
 
    plugin::cpp_template::enum_template eStyle = plugin::cpp_template::no_inheritance;
-   if (m_pUi->m_optNoInheritance->isChecked()) { eStyle = plugin::cpp_template::no_inheritance; }
-   else if (m_pUi->m_optIxPersistable->isChecked()) { eStyle = plugin::cpp_template::ix_persistable; }
-   else if (m_pUi->m_optZyPersistable->isChecked()) { eStyle = plugin::cpp_template::zy_persistable; }
-   else if (m_pUi->m_optIxPersistableAndQObject->isChecked()) { eStyle = plugin::cpp_template::ix_persistable_and_q_object; }
-   else if (m_pUi->m_optCustomCppTemplate->isChecked()) { eStyle = plugin::cpp_template::custom; }
+   if (m_optNoInheritance->isChecked()) { eStyle = plugin::cpp_template::no_inheritance; }
+   else if (m_optIxPersistable->isChecked()) { eStyle = plugin::cpp_template::ix_persistable; }
+   else if (m_optZyPersistable->isChecked()) { eStyle = plugin::cpp_template::zy_persistable; }
+   else if (m_optIxPersistableAndQObject->isChecked()) { eStyle = plugin::cpp_template::ix_persistable_and_q_object; }
+   else if (m_optCustomCppTemplate->isChecked()) { eStyle = plugin::cpp_template::custom; }
 
    if (m_pPlugin && (eStyle != m_pPlugin->getCppTemplate()))
    {
@@ -120,7 +119,7 @@ void cpp_export_preview::doChkPImplChanged(int iState)
 {
    Q_UNUSED(iState);
    if (! m_pPlugin) { return; }
-   bool bPImpl = m_pUi->m_chkPImpl->isChecked();
+   bool bPImpl = m_chkPImpl->isChecked();
    if (m_pPlugin->getPImpl() == bPImpl) { return; }
    m_pPlugin->setPImpl(bPImpl);
    m_pPlugin->saveSettings();
@@ -149,8 +148,8 @@ void cpp_export_preview::doSelectEntity(model::entity_ptr entity)
 
    if (! m_bVisible || ! m_pProject || ! m_pEntity || ! m_pPlugin) { return; }
    plugin::cpp_builder * pBuilder = getOrCreateBuilder();
-   m_pUi->m_txtCppTemplateHeader->setPlainText(pBuilder->buildHeader(* m_pProject, * m_pEntity));
-   m_pUi->m_txtCppTemplateSource->setPlainText(pBuilder->buildSource(* m_pProject, * m_pEntity));
+   m_txtCppTemplateHeader->setPlainText(pBuilder->buildHeader(* m_pProject, * m_pEntity));
+   m_txtCppTemplateSource->setPlainText(pBuilder->buildSource(* m_pProject, * m_pEntity));
 }
 
 void cpp_export_preview::doSelectEnumeration(model::enumeration_ptr enumeration)
@@ -164,16 +163,16 @@ void cpp_export_preview::doSelectEnumeration(model::enumeration_ptr enumeration)
 
    if (! m_bVisible || ! m_pProject || ! m_pEnumeration || ! m_pPlugin) { return; }
    plugin::cpp_builder * pBuilder = getOrCreateBuilder();
-   m_pUi->m_txtCppTemplateHeader->setPlainText(pBuilder->buildHeader(* m_pProject, * m_pEnumeration));
-   m_pUi->m_txtCppTemplateSource->setPlainText(pBuilder->buildSource(* m_pProject, * m_pEnumeration));
+   m_txtCppTemplateHeader->setPlainText(pBuilder->buildHeader(* m_pProject, * m_pEnumeration));
+   m_txtCppTemplateSource->setPlainText(pBuilder->buildSource(* m_pProject, * m_pEnumeration));
 }
 
 void cpp_export_preview::updateShowHidePreview()
 {
    bool bItem = ((m_pEntity || m_pEnumeration) && m_pPlugin);
-   m_pUi->m_stackedWidget->setCurrentWidget(bItem ? m_pUi->m_widgetEntity : m_pUi->m_widgetNoEntity);
+   m_stackedWidget->setCurrentWidget(bItem ? m_widgetEntity : m_widgetNoEntity);
    // Enumerations have no class style.
-   m_pUi->m_widgetOptCppTemplate->setVisible(! m_pEnumeration);
+   m_widgetOptCppTemplate->setVisible(! m_pEnumeration);
    if (layout()) { layout()->update(); }
 }
 

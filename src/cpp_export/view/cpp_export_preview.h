@@ -5,11 +5,11 @@
 #include <memory>
 
 #include "model/model_fwd.h"
+#include "ui_wnd_cpp_export_preview.h"
 
 class QHideEvent;
 class QShowEvent;
 
-namespace Ui { class wnd_cpp_export_preview; }
 namespace plugin { class cpp_export; class cpp_builder; }
 namespace tools { class syntax_highlighter; }
 
@@ -17,12 +17,11 @@ namespace view {
 
 // Shows, read-only, the header and source that an export would generate for the entity or
 // enumeration selected in the host; the class style and PIMPL flag can be switched on the spot.
-// The form is held, not inherited: its generated header stays private to the plug-in's build.
-class cpp_export_preview : public QWidget
+// The form is a private base: its widgets are members of the widget, hidden from its users.
+class cpp_export_preview : public QWidget, private Ui::wnd_cpp_export_preview
 {
    Q_OBJECT
 
-   std::unique_ptr<Ui::wnd_cpp_export_preview> m_pUi;
    plugin::cpp_export * m_pPlugin = nullptr;
    tools::syntax_highlighter * m_pHighlighterHeader = nullptr;   // owned by the editor's document
    tools::syntax_highlighter * m_pHighlighterSource = nullptr;

@@ -1,5 +1,4 @@
 #include "view/cpp_export_settings.h"
-#include "ui_wnd_cpp_export_settings.h"
 
 #include <QDesktopServices>
 #include <QDir>
@@ -47,29 +46,29 @@ cpp_export_settings::type_fct_choose_path & fileChooser()
 
 } // namespace
 
-cpp_export_settings::cpp_export_settings(QWidget * parent, Qt::WindowFlags f) : QDialog(parent, f), m_pUi(std::make_unique<Ui::wnd_cpp_export_settings>())
+cpp_export_settings::cpp_export_settings(QWidget * parent, Qt::WindowFlags f) : QDialog(parent, f)
 {
-   m_pUi->setupUi(this);
+   setupUi(this);
 
-   connect(m_pUi->m_btnOk, & QPushButton::clicked, this, & cpp_export_settings::doBtnOk);
-   connect(m_pUi->m_btnCancel, & QPushButton::clicked, this, & cpp_export_settings::close);
-   connect(m_pUi->m_btnFileLocation, & QPushButton::clicked, this, & cpp_export_settings::doBtnFileLocation);
-   connect(m_pUi->m_btnCustomScriptLocation, & QPushButton::clicked, this, & cpp_export_settings::doBtnCustomScriptLocation);
-   connect(m_pUi->m_btnDebugCustomScript, & QPushButton::clicked, this, & cpp_export_settings::doBtnDebugCustomScript);
-   const QList<QRadioButton *> lstOpt = { m_pUi->m_optNoInheritance, m_pUi->m_optIxPersistable, m_pUi->m_optIxPersistableAndQObject, m_pUi->m_optZyPersistable, m_pUi->m_optCustomCppTemplate };
+   connect(m_btnOk, & QPushButton::clicked, this, & cpp_export_settings::doBtnOk);
+   connect(m_btnCancel, & QPushButton::clicked, this, & cpp_export_settings::close);
+   connect(m_btnFileLocation, & QPushButton::clicked, this, & cpp_export_settings::doBtnFileLocation);
+   connect(m_btnCustomScriptLocation, & QPushButton::clicked, this, & cpp_export_settings::doBtnCustomScriptLocation);
+   connect(m_btnDebugCustomScript, & QPushButton::clicked, this, & cpp_export_settings::doBtnDebugCustomScript);
+   const QList<QRadioButton *> lstOpt = { m_optNoInheritance, m_optIxPersistable, m_optIxPersistableAndQObject, m_optZyPersistable, m_optCustomCppTemplate };
    for (QRadioButton * pOpt : lstOpt) { connect(pOpt, & QRadioButton::toggled, this, & cpp_export_settings::doOptCppTemplateChanged); }
-   connect(m_pUi->m_chkPImpl, & QCheckBox::stateChanged, this, & cpp_export_settings::doChkPImplChanged);
-   connect(m_pUi->m_txtCppTemplateHeader, & QTextEdit::textChanged, this, & cpp_export_settings::doHppTemplateTextChanged);
-   connect(m_pUi->m_txtCppTemplateSource, & QTextEdit::textChanged, this, & cpp_export_settings::doCppTemplateTextChanged);
-   connect(m_pUi->m_btnHelpManual, & QPushButton::clicked, this, & cpp_export_settings::doClickBtnHelpManual);
+   connect(m_chkPImpl, & QCheckBox::stateChanged, this, & cpp_export_settings::doChkPImplChanged);
+   connect(m_txtCppTemplateHeader, & QTextEdit::textChanged, this, & cpp_export_settings::doHppTemplateTextChanged);
+   connect(m_txtCppTemplateSource, & QTextEdit::textChanged, this, & cpp_export_settings::doCppTemplateTextChanged);
+   connect(m_btnHelpManual, & QPushButton::clicked, this, & cpp_export_settings::doClickBtnHelpManual);
    QShortcut * pShortcutHelp = new QShortcut(QKeySequence(Qt::Key_F1), this);
    connect(pShortcutHelp, & QShortcut::activated, this, & cpp_export_settings::doClickBtnHelpManual);
 
    // Style 2 stays reachable through stored settings and the command line only.
-   m_pUi->m_optZyPersistable->setVisible(false);
+   m_optZyPersistable->setVisible(false);
 
-   m_pHighlighterHeader = new tools::syntax_highlighter(m_pUi->m_txtCppTemplateHeader->document());
-   m_pHighlighterSource = new tools::syntax_highlighter(m_pUi->m_txtCppTemplateSource->document());
+   m_pHighlighterHeader = new tools::syntax_highlighter(m_txtCppTemplateHeader->document());
+   m_pHighlighterSource = new tools::syntax_highlighter(m_txtCppTemplateSource->document());
 }
 
 cpp_export_settings::~cpp_export_settings() { ; }
@@ -86,22 +85,22 @@ void cpp_export_settings::setPlugin(plugin::cpp_export * plugin)
    m_pPlugin = plugin;
    if (m_pPlugin) { m_pPlugin->loadSettings(); }
 
-   m_pUi->m_txtFileLocation->setText(m_pPlugin ? QDir::toNativeSeparators(m_pPlugin->getCppExportPath(false)) : QString());
+   m_txtFileLocation->setText(m_pPlugin ? QDir::toNativeSeparators(m_pPlugin->getCppExportPath(false)) : QString());
    m_sCustomTemplateHeader = (m_pPlugin ? m_pPlugin->getCustomCppTemplate_HPP() : QString());
    m_sCustomTemplateSource = (m_pPlugin ? m_pPlugin->getCustomCppTemplate_CPP() : QString());
 
    int iStyle = (m_pPlugin ? static_cast<int>(m_pPlugin->getCppTemplate()) : static_cast<int>(plugin::cpp_template::no_inheritance));
    switch (iStyle)
    {
-      case plugin::cpp_template::no_inheritance: m_pUi->m_optNoInheritance->setChecked(true); break;
-      case plugin::cpp_template::ix_persistable: m_pUi->m_optIxPersistable->setChecked(true); break;
-      case plugin::cpp_template::zy_persistable: m_pUi->m_optZyPersistable->setChecked(true); break;
-      case plugin::cpp_template::ix_persistable_and_q_object: m_pUi->m_optIxPersistableAndQObject->setChecked(true); break;
-      case plugin::cpp_template::custom: m_pUi->m_optCustomCppTemplate->setChecked(true); break;
+      case plugin::cpp_template::no_inheritance: m_optNoInheritance->setChecked(true); break;
+      case plugin::cpp_template::ix_persistable: m_optIxPersistable->setChecked(true); break;
+      case plugin::cpp_template::zy_persistable: m_optZyPersistable->setChecked(true); break;
+      case plugin::cpp_template::ix_persistable_and_q_object: m_optIxPersistableAndQObject->setChecked(true); break;
+      case plugin::cpp_template::custom: m_optCustomCppTemplate->setChecked(true); break;
       default:
       {
          // An exclusive button refuses to be unchecked directly.
-         const QList<QRadioButton *> lstOpt = { m_pUi->m_optNoInheritance, m_pUi->m_optIxPersistable, m_pUi->m_optIxPersistableAndQObject, m_pUi->m_optZyPersistable, m_pUi->m_optCustomCppTemplate };
+         const QList<QRadioButton *> lstOpt = { m_optNoInheritance, m_optIxPersistable, m_optIxPersistableAndQObject, m_optZyPersistable, m_optCustomCppTemplate };
          for (QRadioButton * pOpt : lstOpt)
          {
             if (! pOpt->isChecked()) { continue; }
@@ -113,10 +112,10 @@ void cpp_export_settings::setPlugin(plugin::cpp_export * plugin)
       }
    }
 
-   m_pUi->m_chkRelativePathLumor->setChecked(m_pPlugin ? m_pPlugin->getRelativePathLumor() : false);
-   m_pUi->m_chkGenerateCustomFiles->setChecked(m_pPlugin ? m_pPlugin->getGenerateCustomFiles() : false);
-   m_pUi->m_chkPImpl->setChecked(m_pPlugin ? m_pPlugin->getPImpl() : false);
-   m_pUi->m_txtCustomScript->setText(m_pPlugin ? QDir::toNativeSeparators(m_pPlugin->getCustomScriptFile()) : QString());
+   m_chkRelativePathLumor->setChecked(m_pPlugin ? m_pPlugin->getRelativePathLumor() : false);
+   m_chkGenerateCustomFiles->setChecked(m_pPlugin ? m_pPlugin->getGenerateCustomFiles() : false);
+   m_chkPImpl->setChecked(m_pPlugin ? m_pPlugin->getPImpl() : false);
+   m_txtCustomScript->setText(m_pPlugin ? QDir::toNativeSeparators(m_pPlugin->getCustomScriptFile()) : QString());
 
    if (m_pPlugin) { setWindowTitle(context::ctx_global::getAppName() + " - " + m_pPlugin->getName()); }
    doOptCppTemplateChanged(true);
@@ -126,33 +125,33 @@ void cpp_export_settings::doOptCppTemplateChanged(bool bChecked)
 {
    // Runs for both buttons of a switch: the state is read from the buttons, not from the argument.
    Q_UNUSED(bChecked);
-   m_pUi->m_txtCppTemplateHeader->setReadOnly(true);
-   m_pUi->m_txtCppTemplateSource->setReadOnly(true);
+   m_txtCppTemplateHeader->setReadOnly(true);
+   m_txtCppTemplateSource->setReadOnly(true);
 
    QString sStyle;
-   if (m_pUi->m_optNoInheritance->isChecked()) { sStyle = "no_inheritance"; }
-   else if (m_pUi->m_optIxPersistable->isChecked()) { sStyle = "ix_persistable"; }
-   else if (m_pUi->m_optZyPersistable->isChecked()) { sStyle = "zy_persistable"; }
-   else if (m_pUi->m_optIxPersistableAndQObject->isChecked()) { sStyle = "ix_persistable_and_q_object"; }
+   if (m_optNoInheritance->isChecked()) { sStyle = "no_inheritance"; }
+   else if (m_optIxPersistable->isChecked()) { sStyle = "ix_persistable"; }
+   else if (m_optZyPersistable->isChecked()) { sStyle = "zy_persistable"; }
+   else if (m_optIxPersistableAndQObject->isChecked()) { sStyle = "ix_persistable_and_q_object"; }
 
    if (! sStyle.isEmpty())
    {
-      QString sBase = ":/cpp_export/documents/template_" + sStyle + (m_pUi->m_chkPImpl->isChecked() ? QString("_pimpl") : QString());
-      m_pUi->m_txtCppTemplateHeader->setPlainText(readResourceText(sBase + ".h"));
-      m_pUi->m_txtCppTemplateSource->setPlainText(readResourceText(sBase + ".cpp"));
+      QString sBase = ":/cpp_export/documents/template_" + sStyle + (m_chkPImpl->isChecked() ? QString("_pimpl") : QString());
+      m_txtCppTemplateHeader->setPlainText(readResourceText(sBase + ".h"));
+      m_txtCppTemplateSource->setPlainText(readResourceText(sBase + ".cpp"));
    }
 
-   if (m_pUi->m_optCustomCppTemplate->isChecked())
+   if (m_optCustomCppTemplate->isChecked())
    {
       if (m_sCustomTemplateHeader.isEmpty()) { m_sCustomTemplateHeader = tr("<Please put your custom code here (header file : .h)>"); }
       if (m_sCustomTemplateSource.isEmpty()) { m_sCustomTemplateSource = tr("<Please put your custom code here (source file : .cpp)>"); }
       // Copies: filling an editor re-caches its text through textChanged().
       const QString sHeader = m_sCustomTemplateHeader;
       const QString sSource = m_sCustomTemplateSource;
-      m_pUi->m_txtCppTemplateHeader->setPlainText(sHeader);
-      m_pUi->m_txtCppTemplateSource->setPlainText(sSource);
-      m_pUi->m_txtCppTemplateHeader->setReadOnly(false);
-      m_pUi->m_txtCppTemplateSource->setReadOnly(false);
+      m_txtCppTemplateHeader->setPlainText(sHeader);
+      m_txtCppTemplateSource->setPlainText(sSource);
+      m_txtCppTemplateHeader->setReadOnly(false);
+      m_txtCppTemplateSource->setReadOnly(false);
    }
 }
 
@@ -164,25 +163,25 @@ void cpp_export_settings::doChkPImplChanged(int iState)
 
 void cpp_export_settings::doHppTemplateTextChanged()
 {
-   if (m_pUi->m_optCustomCppTemplate->isChecked()) { m_sCustomTemplateHeader = m_pUi->m_txtCppTemplateHeader->toPlainText(); }
+   if (m_optCustomCppTemplate->isChecked()) { m_sCustomTemplateHeader = m_txtCppTemplateHeader->toPlainText(); }
 }
 
 void cpp_export_settings::doCppTemplateTextChanged()
 {
-   if (m_pUi->m_optCustomCppTemplate->isChecked()) { m_sCustomTemplateSource = m_pUi->m_txtCppTemplateSource->toPlainText(); }
+   if (m_optCustomCppTemplate->isChecked()) { m_sCustomTemplateSource = m_txtCppTemplateSource->toPlainText(); }
 }
 
 void cpp_export_settings::doBtnFileLocation()
 {
    // The typed text is tested as it is: a path relative to the project file does not count here.
-   QString sTyped = m_pUi->m_txtFileLocation->text();
+   QString sTyped = m_txtFileLocation->text();
    QString sStartDir = ((! sTyped.isEmpty() && QFileInfo(sTyped).isDir()) ? sTyped : QString());
 
    QString sChosen;
    if (directoryChooser()) { sChosen = directoryChooser()(this, sStartDir); }
    else { sChosen = QFileDialog::getExistingDirectory(this, tr("Select C++ project location"), sStartDir, QFileDialog::ShowDirsOnly); }
    if (sChosen.isEmpty()) { return; }
-   m_pUi->m_txtFileLocation->setText(QDir::toNativeSeparators(QDir(sChosen).absolutePath()));
+   m_txtFileLocation->setText(QDir::toNativeSeparators(QDir(sChosen).absolutePath()));
 }
 
 void cpp_export_settings::doBtnCustomScriptLocation()
@@ -191,7 +190,7 @@ void cpp_export_settings::doBtnCustomScriptLocation()
    if (fileChooser()) { sChosen = fileChooser()(this, QString()); }
    else { sChosen = QFileDialog::getOpenFileName(this, tr("Select custom script file"), QString(), tr("Javascript files (*.js);;All files (*)")); }
    if (sChosen.isEmpty()) { return; }
-   m_pUi->m_txtCustomScript->setText(QDir::toNativeSeparators(sChosen));
+   m_txtCustomScript->setText(QDir::toNativeSeparators(sChosen));
 }
 
 void cpp_export_settings::doBtnOk()
@@ -200,7 +199,7 @@ void cpp_export_settings::doBtnOk()
    tools::wait_cursor wait; Q_UNUSED(wait);
    const QString sTitle = getMessageTitle();
 
-   QString sPath = m_pUi->m_txtFileLocation->text();
+   QString sPath = m_txtFileLocation->text();
    if (! QFileInfo(context::ctx_project::getPathFromProjectFile(sPath)).isDir())
    {
       tools::message_box::warning(this, sTitle, tr("Directory doesn't exist : '") + sPath + "'", QMessageBox::Ok);
@@ -208,7 +207,7 @@ void cpp_export_settings::doBtnOk()
    }
    m_pPlugin->setCppExportPath(QDir::fromNativeSeparators(sPath));
 
-   QString sScript = m_pUi->m_txtCustomScript->text();
+   QString sScript = m_txtCustomScript->text();
    if (! sScript.isEmpty() && ! QFileInfo(context::ctx_project::getPathFromProjectFile(sScript)).isFile())
    {
       tools::message_box::warning(this, sTitle, tr("Custom script file doesn't exist : '") + sScript + "'", QMessageBox::Ok);
@@ -217,22 +216,22 @@ void cpp_export_settings::doBtnOk()
    m_pPlugin->setCustomScriptFile(QDir::fromNativeSeparators(sScript));
 
    plugin::cpp_template::enum_template eStyle = plugin::cpp_template::no_inheritance;
-   if (m_pUi->m_optNoInheritance->isChecked()) { eStyle = plugin::cpp_template::no_inheritance; }
-   else if (m_pUi->m_optIxPersistable->isChecked()) { eStyle = plugin::cpp_template::ix_persistable; }
-   else if (m_pUi->m_optZyPersistable->isChecked()) { eStyle = plugin::cpp_template::zy_persistable; }
-   else if (m_pUi->m_optIxPersistableAndQObject->isChecked()) { eStyle = plugin::cpp_template::ix_persistable_and_q_object; }
-   else if (m_pUi->m_optCustomCppTemplate->isChecked()) { eStyle = plugin::cpp_template::custom; }
+   if (m_optNoInheritance->isChecked()) { eStyle = plugin::cpp_template::no_inheritance; }
+   else if (m_optIxPersistable->isChecked()) { eStyle = plugin::cpp_template::ix_persistable; }
+   else if (m_optZyPersistable->isChecked()) { eStyle = plugin::cpp_template::zy_persistable; }
+   else if (m_optIxPersistableAndQObject->isChecked()) { eStyle = plugin::cpp_template::ix_persistable_and_q_object; }
+   else if (m_optCustomCppTemplate->isChecked()) { eStyle = plugin::cpp_template::custom; }
 
    // Built-in texts are shown read-only and never become the custom templates.
-   if (m_pUi->m_optCustomCppTemplate->isChecked())
+   if (m_optCustomCppTemplate->isChecked())
    {
-      m_pPlugin->setCustomCppTemplate_HPP(m_pUi->m_txtCppTemplateHeader->toPlainText());
-      m_pPlugin->setCustomCppTemplate_CPP(m_pUi->m_txtCppTemplateSource->toPlainText());
+      m_pPlugin->setCustomCppTemplate_HPP(m_txtCppTemplateHeader->toPlainText());
+      m_pPlugin->setCustomCppTemplate_CPP(m_txtCppTemplateSource->toPlainText());
    }
 
-   m_pPlugin->setRelativePathLumor(m_pUi->m_chkRelativePathLumor->isChecked());
-   m_pPlugin->setGenerateCustomFiles(m_pUi->m_chkGenerateCustomFiles->isChecked());
-   m_pPlugin->setPImpl(m_pUi->m_chkPImpl->isChecked());
+   m_pPlugin->setRelativePathLumor(m_chkRelativePathLumor->isChecked());
+   m_pPlugin->setGenerateCustomFiles(m_chkGenerateCustomFiles->isChecked());
+   m_pPlugin->setPImpl(m_chkPImpl->isChecked());
    m_pPlugin->setCppTemplate(eStyle);
 
    QSqlError err = m_pPlugin->saveSettings();
@@ -247,7 +246,7 @@ void cpp_export_settings::doBtnOk()
 void cpp_export_settings::doBtnDebugCustomScript()
 {
    const QString sTitle = getMessageTitle();
-   QString sScript = m_pUi->m_txtCustomScript->text();
+   QString sScript = m_txtCustomScript->text();
    if (sScript.isEmpty())
    {
       tools::message_box::warning(this, sTitle, "Cannot debug custom script : custom script file location is empty", QMessageBox::Ok);

@@ -5,18 +5,17 @@
 #include <QUrl>
 
 #include <functional>
-#include <memory>
 
-namespace Ui { class wnd_cpp_export_settings; }
+#include "ui_wnd_cpp_export_settings.h"
+
 namespace plugin { class cpp_export; }
 namespace tools { class syntax_highlighter; }
 
 namespace view {
 
 // Modal dialog that edits the export settings of the plug-in; OK validates, stores and saves.
-// The form is held, not inherited: its generated header stays private to the plug-in's build,
-// so that code using this class (the tests) needn't see it.
-class cpp_export_settings : public QDialog
+// The form is a private base: its widgets are members of the dialog, hidden from its users.
+class cpp_export_settings : public QDialog, private Ui::wnd_cpp_export_settings
 {
    Q_OBJECT
 
@@ -27,7 +26,6 @@ public:
    typedef std::function<QString (QWidget * parent, const QString & startDir)> type_fct_choose_path;
 
 private:
-   std::unique_ptr<Ui::wnd_cpp_export_settings> m_pUi;
    plugin::cpp_export * m_pPlugin = nullptr;
    QString m_sCustomTemplateHeader;   // what the user typed in custom mode, kept across style switches
    QString m_sCustomTemplateSource;

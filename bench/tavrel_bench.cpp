@@ -1,0 +1,370 @@
+// Export benchmark: cold export, unchanged re-export, one-entity-changed re-export and preview
+// of synthetic models, each figure beside the time "cp -r" takes to copy the same tree.
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDir>
+#include <QDirIterator>
+#include <QElapsedTimer>
+#include <QHash>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "context/ctx_global.h"
+#include "model/entity.h"
+#include "model/global_params.h"
+#include "model/project.h"
+#include "model/property.h"
+#include "model/relationship.h"
+#include "model_generator.h"
+#include "plugin/cpp_builder.h"
+#include "plugin/cpp_export.h"
+#include "tools/message_box.h"
+
+// Callgrind starts collecting inside this function only (--toggle-collect=tavrel_bench_profiled),
+// so model generation and set-up stay out of the profile.
+extern "C" __attribute__((noinline)) void tavrel_bench_profiled(const std::function<void()> * pWork)
+{
+   (* pWork)();
+   __asm__ volatile("" ::: "memory");
+}
+
+namespace {
+
+struct file_state
+{
+   quint64 inode = 0;
+   qint64 mtimeNs = 0;
+   qint64 size = 0;
+};
+
+typedef QHash<QString, file_state> tree_state;
+
+tree_state snapshot(const QString & dir)
+{
+   tree_state result;
+   QDirIterator it(dir, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+   while (it.hasNext())
+   {
+      const QString path = it.next();
+      struct stat st;
+      if (::stat(QFile::encodeName(path).constData(), & st) != 0) { continue; }
+      file_state s;
+      s.inode = st.st_ino;
+      s.mtimeNs = (static_cast<qint64>(st.st_mtim.tv_sec) * 1000000000LL) + st.st_mtim.tv_nsec;
+      s.size = st.st_size;
+      result.insert(path, s);
+   }
+   return result;
+}
+
+qint64 totalBytes(const tree_state & s)
+{
+   qint64 n = 0;
+   for (const file_state & f : s) { n += f.size; }
+   return n;
+}
+
+// Files created or rewritten between two snapshots (a new inode or a new time stamp), and their bytes.
+void diffTrees(const tree_state & before, const tree_state & after, int & files, qint64 & bytes, QStringList * pNames = nullptr)
+{
+   files = 0;
+   bytes = 0;
+   for (auto it = after.constBegin(); it != after.constEnd(); ++it)
+   {
+      auto old = before.constFind(it.key());
+      if ((old != before.constEnd()) && (old->inode == it->inode) && (old->mtimeNs == it->mtimeNs) && (old->size == it->size)) { continue; }
+      ++files;
+      bytes += it->size;
+      if (pNames) { pNames->append(it.key()); }
+   }
+}
+
+double median(std::vector<double> v)
+{
+   if (v.empty()) { return 0.0; }
+   std::sort(v.begin(), v.end());
+   const size_t n = v.size();
+   return ((n % 2) ? v[n / 2] : ((v[n / 2 - 1] + v[n / 2]) / 2.0));
+}
+
+double copyTreeMs(const QString & from, const QString & to)
+{
+   QDir(to).removeRecursively();
+   QElapsedTimer t;
+   t.start();
+   QProcess cp;
+   cp.start("cp", { "-r", from, to });
+   if (! cp.waitForFinished(-1) || (cp.exitCode() != 0)) { qFatal("cp -r failed"); }
+   return (t.nsecsElapsed() / 1e6);
+}
+
+struct settings
+{
+   QList<int> sizes = { 100, 1000, 5000 };
+   int repeat = 5;
+   int previewIterations = 500;
+   QString workDir;
+   bool customFiles = true;
+   bool pimpl = false;
+   int style = 0;
+   QString profile;        // empty, "cold", "unchanged", "changed" or "preview"
+   bool keep = false;
+};
+
+struct figures
+{
+   int n = 0;
+   int files = 0;
+   qint64 bytes = 0;
+   double coldMs = 0, copyMs = 0;
+   double unchangedMs = 0; int unchangedWritten = -1;
+   double changedMs = 0; int changedWritten = -1; qint64 changedBytes = 0;
+   double previewUs = 0; qint64 previewBytes = 0;
+};
+
+class bench_runner
+{
+   settings m_settings;
+   plugin::cpp_export m_plugin;
+   std::shared_ptr<model::global_params> m_pParams;
+   QString m_sLumorDir;
+
+public:
+   explicit bench_runner(const settings & s) : m_settings(s)
+   {
+      m_sLumorDir = s.workDir + "/lumor";
+      QDir().mkpath(m_sLumorDir);
+      m_pParams = std::make_shared<model::global_params>();
+      m_pParams->setLumorPath(m_sLumorDir);
+      context::ctx_global::setGlobalParams(m_pParams);
+      m_plugin.setGenerateCustomFiles(s.customFiles);
+      m_plugin.setPImpl(s.pimpl);
+      m_plugin.setCppTemplate(static_cast<plugin::cpp_template::enum_template>(s.style));
+   }
+
+   // An exported entity whose files only it generates: no descendant and no relation points to it,
+   // so a change of one of its property descriptions touches exactly its header and source.
+   static model::entity_ptr leafEntity(const model::project & project)
+   {
+      QSet<const model::entity *> referenced;
+      for (const model::entity_ptr & e : * project.getListOfAllEntities())
+      {
+         if (e->getParent()) { referenced.insert(e->getParent().get()); }
+         for (const model::property_ptr & p : e->getOwnProperties())
+         { if (p->hasRelationship() && p->getRelation()->getEntityTarget()) { referenced.insert(p->getRelation()->getEntityTarget().get()); } }
+      }
+      const model::list_of_entity & lst = * project.getListOfAllEntities();
+      for (qsizetype i = lst.size() / 2; i < lst.size() + (lst.size() / 2); ++i)
+      {
+         const model::entity_ptr & e = lst.at(i % lst.size());
+         if (referenced.contains(e.get()) || (e->getId() == 0) || e->isAbstract()) { continue; }
+         for (const model::property_ptr & p : e->getOwnProperties())
+         { if (! p->hasRelationship() && ! p->isPrimaryKey()) { return e; } }
+      }
+      return model::entity_ptr();
+   }
+
+   static model::property_ptr plainProperty(const model::entity & e)
+   {
+      for (const model::property_ptr & p : e.getOwnProperties()) { if (! p->hasRelationship() && ! p->isPrimaryKey()) { return p; } }
+      return model::property_ptr();
+   }
+
+   double timedBuild(plugin::cpp_builder & builder, model::project & project, bool bProfiled)
+   {
+      zy::ZyBool ok(true);
+      QElapsedTimer t;
+      std::function<void()> work = [&] { ok = builder.build(project); };
+      t.start();
+      if (bProfiled) { tavrel_bench_profiled(& work); } else { work(); }
+      const double ms = t.nsecsElapsed() / 1e6;
+      if (! ok) { qFatal("export failed: %s", qPrintable(ok.getDesc())); }
+      return ms;
+   }
+
+   figures run(int n)
+   {
+      figures f;
+      f.n = n;
+      bench::model_options opt;
+      opt.entities = n;
+      model::project_ptr pProject = bench::generateModel(opt);
+      const QString base = m_settings.workDir + QString("/n%1").arg(n);
+      QDir(base).removeRecursively();
+      QDir().mkpath(base);
+      const QString out = base + "/out";
+      const bool bProfileOnly = ! m_settings.profile.isEmpty();
+      const int repeat = (bProfileOnly ? 1 : m_settings.repeat);
+
+      // Cold: a new builder (templates parsed again) into an empty directory.
+      std::vector<double> vCold, vCopy;
+      for (int r = 0; r < repeat; ++r)
+      {
+         QDir(out).removeRecursively();
+         QDir().mkpath(out);
+         m_plugin.setCppExportPath(out);
+         plugin::cpp_builder builder(& m_plugin);
+         vCold.push_back(timedBuild(builder, * pProject, m_settings.profile == "cold"));
+         if (! bProfileOnly) { vCopy.push_back(copyTreeMs(out, base + "/copy")); }
+      }
+      const tree_state cold = snapshot(out);
+      f.files = cold.size();
+      f.bytes = totalBytes(cold);
+      f.coldMs = median(vCold);
+      f.copyMs = median(vCopy);
+      QDir(base + "/copy").removeRecursively();
+
+      // The rest reuse one builder, as the host does between exports.
+      m_plugin.setCppExportPath(out);
+      plugin::cpp_builder builder(& m_plugin);
+      timedBuild(builder, * pProject, false);
+
+      if (! bProfileOnly || (m_settings.profile == "unchanged"))
+      {
+         std::vector<double> v;
+         f.unchangedWritten = 0;
+         for (int r = 0; r < repeat; ++r)
+         {
+            const tree_state before = snapshot(out);
+            v.push_back(timedBuild(builder, * pProject, m_settings.profile == "unchanged"));
+            int files = 0; qint64 bytes = 0;
+            diffTrees(before, snapshot(out), files, bytes);
+            f.unchangedWritten = std::max(f.unchangedWritten, files);
+         }
+         f.unchangedMs = median(v);
+      }
+
+      model::entity_ptr pLeaf = leafEntity(* pProject);
+      if (pLeaf && (! bProfileOnly || (m_settings.profile == "changed")))
+      {
+         model::property_ptr pProp = plainProperty(* pLeaf);
+         const QString sOriginal = pProp->getDescription();
+         std::vector<double> v;
+         f.changedWritten = 0;
+         for (int r = 0; r < repeat; ++r)
+         {
+            pProp->setDescription(sOriginal + QString(" (edit %1)").arg(r));
+            const tree_state before = snapshot(out);
+            v.push_back(timedBuild(builder, * pProject, m_settings.profile == "changed"));
+            int files = 0; qint64 bytes = 0; QStringList names;
+            diffTrees(before, snapshot(out), files, bytes, & names);
+            f.changedWritten = std::max(f.changedWritten, files);
+            f.changedBytes = bytes;
+            if (files != 2) { std::fprintf(stderr, "one-entity change wrote %d files: %s\n", files, qPrintable(names.join(", "))); }
+         }
+         pProp->setDescription(sOriginal);
+         f.changedMs = median(v);
+      }
+
+      // Preview of the entity with the most properties: header and source, nothing written.
+      if (! bProfileOnly || (m_settings.profile == "preview"))
+      {
+         model::entity_ptr pBig;
+         for (const model::entity_ptr & e : * pProject->getListOfAllEntities())
+         { if (! pBig || (e->getOwnProperties().size() > pBig->getOwnProperties().size())) { pBig = e; } }
+         std::vector<double> v;
+         const int iterations = m_settings.previewIterations;
+         for (int r = 0; r < repeat; ++r)
+         {
+            qint64 bytes = 0;
+            QElapsedTimer t;
+            std::function<void()> work = [&]
+            {
+               for (int i = 0; i < iterations; ++i)
+               {
+                  bytes += builder.buildHeader(* pProject, * pBig).size();
+                  bytes += builder.buildSource(* pProject, * pBig).size();
+               }
+            };
+            t.start();
+            if (m_settings.profile == "preview") { tavrel_bench_profiled(& work); } else { work(); }
+            v.push_back(t.nsecsElapsed() / 1e3 / iterations);
+            f.previewBytes = bytes / iterations;
+         }
+         f.previewUs = median(v);
+      }
+
+      if (! m_settings.keep) { QDir(base).removeRecursively(); }
+      return f;
+   }
+};
+
+void printTable(const QList<figures> & all, const settings & s)
+{
+   std::printf("\nstyle %d, PIMPL %s, custom files %s, median of %d runs (preview: %d iterations per run)\n\n",
+               s.style, s.pimpl ? "on" : "off", s.customFiles ? "on" : "off", s.repeat, s.previewIterations);
+   std::printf("| N | files | bytes written | cold export ms | cp -r ms | cold / cp -r | unchanged re-export ms (files written) "
+               "| one entity changed ms (files written, bytes) | preview header+source us (chars) |\n");
+   std::printf("|---:|---:|---:|---:|---:|---:|---:|---:|---:|\n");
+   for (const figures & f : all)
+   {
+      std::printf("| %d | %d | %lld | %.1f | %.1f | %.2f | %.1f (%d) | %.1f (%d, %lld) | %.1f (%lld) |\n", f.n, f.files,
+                  static_cast<long long>(f.bytes), f.coldMs, f.copyMs, (f.copyMs > 0 ? f.coldMs / f.copyMs : 0.0),
+                  f.unchangedMs, f.unchangedWritten, f.changedMs, f.changedWritten, static_cast<long long>(f.changedBytes),
+                  f.previewUs, static_cast<long long>(f.previewBytes));
+   }
+   std::fflush(stdout);
+}
+
+} // namespace
+
+int main(int argc, char ** argv)
+{
+   QCoreApplication app(argc, argv);
+   QCoreApplication::setApplicationName("tavrel_bench");
+   tools::message_box::setUnattended(true);
+   tools::message_box::setPrintUnattended(false);
+
+   QCommandLineParser parser;
+   parser.setApplicationDescription("Speed of the C++ export on synthetic models.");
+   parser.addHelpOption();
+   QCommandLineOption optSizes("sizes", "Entity counts, comma separated (default 100,1000,5000).", "list");
+   QCommandLineOption optRepeat("repeat", "Runs per figure; the median is reported (default 5).", "n");
+   QCommandLineOption optPreview("preview-iterations", "Header+source previews per run (default 500).", "n");
+   QCommandLineOption optWork("work-dir", "Directory for the exported trees (default: a temporary directory).", "dir");
+   QCommandLineOption optCustom("no-custom-files", "Do not generate the custom companion files (on by default, as in the plug-in).");
+   QCommandLineOption optPImpl("pimpl", "Use the PIMPL templates.");
+   QCommandLineOption optStyle("style", "Class style 0 to 3 (default 0, the plug-in's default).", "n");
+   QCommandLineOption optProfile("profile", "Run one export of this kind only, for callgrind: cold, unchanged, changed or preview.", "kind");
+   QCommandLineOption optKeep("keep", "Keep the exported trees.");
+   parser.addOptions({ optSizes, optRepeat, optPreview, optWork, optCustom, optPImpl, optStyle, optProfile, optKeep });
+   parser.process(app);
+
+   settings s;
+   if (parser.isSet(optSizes))
+   {
+      s.sizes.clear();
+      for (const QString & v : parser.value(optSizes).split(',', Qt::SkipEmptyParts)) { s.sizes.append(v.toInt()); }
+   }
+   if (parser.isSet(optRepeat)) { s.repeat = std::max(1, parser.value(optRepeat).toInt()); }
+   if (parser.isSet(optPreview)) { s.previewIterations = std::max(1, parser.value(optPreview).toInt()); }
+   s.customFiles = ! parser.isSet(optCustom);
+   s.pimpl = parser.isSet(optPImpl);
+   if (parser.isSet(optStyle)) { s.style = qBound(0, parser.value(optStyle).toInt(), 3); }
+   s.profile = parser.value(optProfile);
+   s.keep = parser.isSet(optKeep);
+
+   QTemporaryDir tmp;
+   s.workDir = (parser.isSet(optWork) ? QDir(parser.value(optWork)).absolutePath() : tmp.path());
+   QDir().mkpath(s.workDir);
+
+   bench_runner runner(s);
+   QList<figures> all;
+   for (int n : s.sizes)
+   {
+      figures f = runner.run(n);
+      std::fprintf(stderr, "N=%d done\n", n);
+      all.append(f);
+   }
+   if (s.profile.isEmpty()) { printTable(all, s); }
+   return 0;
+}

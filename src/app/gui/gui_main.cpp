@@ -1,0 +1,143 @@
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDialog>
+#include <QDir>
+#include <QFile>
+#include <QTimer>
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <functional>
+
+#include "context/ctx_global.h"
+#include "gui/main_window.h"
+#include "plugin/export_interface.h"
+#include "tools/message_box.h"
+
+namespace {
+
+// Plug-in parameters are "--<plug-in>_<name>[=value]": the plug-in reads them itself at its
+// first export, the option parser must not see them.
+bool isPluginParameter(const QString & arg)
+{
+   if (! arg.startsWith("--")) { return false; }
+   return arg.mid(2).section('=', 0, 0).contains('_');
+}
+
+bool saveGrab(QWidget * pWidget, const QString & file)
+{
+   const bool ok = pWidget->grab().save(file, "PNG");
+   std::fprintf(stderr, "tavrel-gui: %s '%s'\n", (ok ? "saved" : "cannot save"), qPrintable(QDir::toNativeSeparators(file)));
+   return ok;
+}
+
+// Documentation pictures: the main window after an export with the selection shown, then the
+// plug-in's settings dialog. Runs unattended: every question gets its default answer.
+int takeScreenshots(gui::main_window & w, const QString & dir, const QString & key)
+{
+   QDir().mkpath(dir);
+   if (w.getPlugin() && w.getProject()) { w.doActExport(); }
+   if (! key.isEmpty()) { w.selectItem(key); }
+   for (int i = 0; i < 5; ++i) { QCoreApplication::processEvents(); }
+   bool ok = saveGrab(& w, QDir(dir).absoluteFilePath("main_window.png"));
+
+   if (w.getPlugin() && w.getProject())
+   {
+      // The dialog is modal: it is caught once its own event loop runs, grabbed and dismissed.
+      bool bGrabbed = false;
+      std::function<void (int)> catchDialog = [&](int attempts)
+      {
+         QDialog * pDialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+         if (! pDialog)
+         {
+            if (attempts > 0) { QTimer::singleShot(100, [&, attempts]() { catchDialog(attempts - 1); }); }
+            return;
+         }
+         bGrabbed = saveGrab(pDialog, QDir(dir).absoluteFilePath("settings_dialog.png"));
+         pDialog->reject();
+      };
+      QTimer::singleShot(300, [&]() { catchDialog(50); });
+      w.doActPluginSettings();
+      ok = (ok && bGrabbed);
+   }
+   return (ok ? 0 : 1);
+}
+
+} // namespace
+
+int main(int argc, char ** argv)
+{
+   // Without a desktop session Qt warns about a missing runtime directory on every start.
+   if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
+   {
+      QString dir = QDir::tempPath() + "/tavrel-runtime-" + QString::number(getuid());
+      QDir().mkpath(dir);
+      QFile::setPermissions(dir, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+      qputenv("XDG_RUNTIME_DIR", dir.toLocal8Bit());
+   }
+   QApplication app(argc, argv);
+   QApplication::setApplicationName("tavrel-gui");
+   QApplication::setApplicationVersion(QString::fromUtf8(TAVREL_VERSION_STR));
+
+   QStringList parserArgs;
+   for (const QString & a : QCoreApplication::arguments()) { if (! isPluginParameter(a)) { parserArgs.append(a); } }
+   QCommandLineParser parser;
+   parser.setApplicationDescription("Tavrel desktop host: browse an entity model, preview and export it with the plug-ins.\n\n"
+                                    "PROJECT is a .tavrel project file, or a .json model that is first imported into the\n"
+                                    ".tavrel file of the same base name beside it. Plug-in parameters\n"
+                                    "(--PluginName_parameter=value, see 'tavrel plugins') apply to the first export.");
+   parser.addHelpOption();
+   parser.addVersionOption();
+   QCommandLineOption optLumor("lumor-path", "Lumor library directory (else $LUMOR_DIR, else the saved global settings).", "DIR");
+   QCommandLineOption optSelect("select", "Select the entity or enumeration KEY (e.g. shop::sales::Order) once the project is open.", "KEY");
+   QCommandLineOption optShots("screenshots", "Save the documentation screenshots into DIR, then quit.", "DIR");
+   optShots.setFlags(QCommandLineOption::HiddenFromHelp);
+   parser.addOptions({ optLumor, optSelect, optShots });
+   parser.addPositionalArgument("PROJECT", "Project to open.", "[PROJECT]");
+   parser.process(parserArgs);
+   if (parser.positionalArguments().size() > 1)
+   {
+      std::fprintf(stderr, "tavrel-gui: only one PROJECT may be given\n");
+      return 2;
+   }
+
+   const QString sLumorPath = parser.value(optLumor);
+   const bool bScreenshots = parser.isSet(optShots);
+   context::ctx_global::initGlobalParams(sLumorPath);
+   if (bScreenshots)
+   {
+      tools::message_box::setUnattended(true);
+      tools::message_box::setFixedAnswer(QMessageBox::Yes);
+   }
+
+   int rc = 0;
+   {
+      gui::main_window w;
+      w.setLumorPathOption(sLumorPath);
+      w.show();
+      if (! parser.positionalArguments().isEmpty())
+      {
+         zy::ZyBool ok = w.openProject(parser.positionalArguments().first());
+         if (! ok)
+         {
+            w.addMessage(ok.getDesc(), 3);
+            if (bScreenshots) { std::fprintf(stderr, "tavrel-gui: %s\n", qPrintable(ok.getDesc())); return 1; }
+            tools::message_box::critical(& w, context::ctx_global::getAppName(), ok.getDesc());
+         }
+      }
+      const QString sKey = parser.value(optSelect);
+      if (! sKey.isEmpty() && ! w.selectItem(sKey)) { w.addMessage(QObject::tr("No entity or enumeration '%1' in the project").arg(sKey), 2); }
+
+      if (bScreenshots)
+      {
+         const QString sDir = parser.value(optShots);
+         QTimer::singleShot(0, & w, [&]() { QCoreApplication::exit(takeScreenshots(w, sDir, sKey)); });
+      }
+      rc = app.exec();
+      w.terminatePlugins();
+      // The plug-ins hand their widgets back for deferred deletion, which must happen while Qt runs.
+      QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+   }
+   return rc;
+}

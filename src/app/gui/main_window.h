@@ -1,0 +1,139 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QList>
+#include <QPointer>
+#include <QString>
+
+#include "plugin_finder.h"
+#include "model/model_fwd.h"
+#include "plugin/export_interface.h"
+#include "view/main_wnd.h"
+#include "zy/ZyBool.h"
+
+class QAction;
+class QDockWidget;
+class QLabel;
+class QLineEdit;
+class QListWidget;
+class QPushButton;
+class QTreeWidget;
+class QTreeWidgetItem;
+
+namespace tools { class custom_javascript; }
+
+namespace gui {
+
+class script_debugger;
+
+// The desktop host's main window: the model tree with a small editor for the selected item,
+// the plug-in's preview docked beside it, the message area, and the commands of the plug-in.
+// It is the host's view::main_wnd: the plug-ins follow its selection signals.
+class main_window : public view::main_wnd
+{
+   Q_OBJECT
+
+public:
+   // Kind of a model tree item (role k_roleKind); k_roleIndex is its place in the project's list.
+   enum enum_item_kind { item_group = 0, item_entity = 1, item_enumeration = 2 };
+   static const int k_roleKind = Qt::UserRole;
+   static const int k_roleIndex = Qt::UserRole + 1;
+   static const int k_roleKey = Qt::UserRole + 2;
+
+private:
+   QList<app::plugin_info> m_lstPlugins;
+   QPointer<plugin::export_interface> m_pPlugin;
+   QString m_sPluginDir;
+   QString m_sLumorPathOption;
+
+   model::project_ptr m_pProject;
+   model::entity_ptr m_pEntity;
+   model::enumeration_ptr m_pEnumeration;
+   QString m_sProjectPath;   // as the user opened it (.tavrel or .json), for File > Reload
+
+   QTreeWidget * m_treeModel = nullptr;
+   QLabel * m_lblItemKey = nullptr;
+   QLineEdit * m_txtTable = nullptr;
+   QLineEdit * m_txtDescription = nullptr;
+   QPushButton * m_btnApply = nullptr;
+   QTreeWidget * m_treeItemDetails = nullptr;
+   QDockWidget * m_dockPreview = nullptr;
+   QPointer<QWidget> m_pPreviewWidget;
+   QDockWidget * m_dockMessages = nullptr;
+   QListWidget * m_lstMessages = nullptr;
+   QLabel * m_lblProject = nullptr;
+   QPointer<script_debugger> m_pDebugger;
+   QElapsedTimer m_tmRefresh;
+
+   QAction * m_actOpenProject = nullptr;
+   QAction * m_actReloadProject = nullptr;
+   QAction * m_actQuit = nullptr;
+   QAction * m_actGlobalSettings = nullptr;
+   QAction * m_actPluginSettings = nullptr;
+   QAction * m_actExport = nullptr;
+   QAction * m_actShowDebugger = nullptr;
+   QAction * m_actUserGuide = nullptr;
+   QAction * m_actAbout = nullptr;
+
+public:
+   // Makes itself the host's main window and loads the plug-ins of plugin_finder::pluginDirectory().
+   explicit main_window(QWidget * parent = nullptr);
+   virtual ~main_window();
+
+   // --lumor-path of the program: it outranks the saved setting when the settings change.
+   void setLumorPathOption(const QString & s) { m_sLumorPathOption = s; }
+
+   // Opens a .tavrel project or imports a .json model beside it; announces it to the plug-ins.
+   zy::ZyBool openProject(const QString & path);
+   // Selects the entity or enumeration of that key in the tree (as a click does).
+   bool selectItem(const QString & key);
+
+   model::project_ptr getProject() const { return m_pProject; }
+   model::entity_ptr getSelectedEntity() const { return m_pEntity; }
+   model::enumeration_ptr getSelectedEnumeration() const { return m_pEnumeration; }
+   plugin::export_interface * getPlugin() const { return m_pPlugin.data(); }
+   const QList<app::plugin_info> & getPlugins() const { return m_lstPlugins; }
+   QTreeWidget * getModelTree() const { return m_treeModel; }
+   QDockWidget * getPreviewDock() const { return m_dockPreview; }
+   QListWidget * getMessageList() const { return m_lstMessages; }
+   script_debugger * getDebugger() const;
+   QAction * getExportAction() const { return m_actExport; }
+
+   // Tells the plug-in's terminate() to every plug-in: at the end of the program only, since a
+   // terminated plug-in hands out no preview any more.
+   void terminatePlugins();
+
+public Q_SLOTS:
+   void doActOpenProject();
+   void doActReloadProject();
+   void doActGlobalSettings();
+   bool doActPluginSettings();
+   zy::ZyBool doActExport();
+   void doActShowDebugger();
+   void doActUserGuide();
+   void doActAbout();
+   void doTreeCurrentItemChanged(QTreeWidgetItem * current);
+   void doDetailsEdited();
+   void doBtnApplyDetails();
+   void doPluginMessage(const QString & text, int kind, int duration);
+   void doShowDebugger(tools::custom_javascript * pScript);
+   void addMessage(const QString & text, int kind);
+   void clearMessages();
+
+private:
+   void createActions();
+   void createWidgets();
+   void loadPlugins(const QString & dir);
+   void setCurrentPlugin(plugin::export_interface * pPlugin);
+   void fillModelTree();
+   void showItemDetails();
+   void updateActions();
+   void updateTitle();
+   // The plug-in's settings may have changed: its views reload them and show the selection again.
+   void refreshPluginViews();
+   void emitSelection();
+   // A script engine of the plug-in that is debugging gets the debugger window.
+   void attachRunningDebugger();
+};
+
+} // namespace gui

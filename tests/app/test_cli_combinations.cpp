@@ -1,0 +1,136 @@
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include "test_support.h"
+
+// The example model exported by the real command-line host with every built-in class style,
+// with and without the private-implementation idiom.
+
+namespace {
+
+struct combination
+{
+   int style = 0;
+   bool pimpl = false;
+};
+
+struct item
+{
+   QString name;
+   QString flatKey;
+   bool entity = true;
+};
+
+struct run_result
+{
+   int code = -1;
+   QString err;
+};
+
+std::ostream & operator<<(std::ostream & os, const combination & c) { return os << "style " << c.style << (c.pimpl ? " with PIMPL" : " without PIMPL"); }
+
+// Entities and enumerations of the example, read from the model itself.
+QList<item> exampleItems()
+{
+   QList<item> lst;
+   const QJsonObject root = QJsonDocument::fromJson(test_support::readAll(test_support::examplePath("shop.json"))).object();
+   for (const char * kind : { "entities", "enumerations" })
+   {
+      for (const QJsonValue & v : root.value(kind).toArray())
+      {
+         const QJsonObject o = v.toObject();
+         const QString ns = o.value("namespace").toString();
+         const QString name = o.value("name").toString();
+         const QString key = (ns.isEmpty() ? name : ns + "::" + name);
+         lst.append({ name, QString(key).replace("::", "_"), (QString(kind) == "entities") });
+      }
+   }
+   return lst;
+}
+
+run_result runExport(const QTemporaryDir & tmp, const combination & c)
+{
+   const QString model = tmp.filePath("shop.json");
+   test_support::writeAll(model, test_support::readAll(test_support::examplePath("shop.json")));
+   QDir().mkpath(tmp.filePath("lumor"));
+   QDir().mkpath(tmp.filePath("config"));
+
+   QProcess proc;
+   proc.setProgram(test_support::binaryDir() + "/bin/tavrel");
+   proc.setArguments({ "export", model, "--lumor-path", tmp.filePath("lumor"),
+                       "--TavrelCppExport_path=" + tmp.filePath("out"),
+                       "--TavrelCppExport_template_type=" + QString::number(c.style),
+                       "--TavrelCppExport_generate_pimpl=" + QString(c.pimpl ? "1" : "0"),
+                       "--TavrelCppExport_generate_custom_files=1" });
+   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+   env.remove("LUMOR_DIR");
+   env.insert("QT_QPA_PLATFORM", "offscreen");
+   env.insert("XDG_CONFIG_HOME", tmp.filePath("config"));
+   proc.setProcessEnvironment(env);
+   proc.start();
+   run_result r;
+   if (! proc.waitForFinished(180000)) { proc.kill(); proc.waitForFinished(); return r; }
+   r.code = ((proc.exitStatus() == QProcess::NormalExit) ? proc.exitCode() : -2);
+   r.err = QString::fromUtf8(proc.readAllStandardError());
+   return r;
+}
+
+class BuiltInStyle : public ::testing::TestWithParam<combination> {};
+
+} // namespace
+
+TEST_P(BuiltInStyle, ExportRunsCleanAndWritesEveryClass)
+{
+   const combination c = GetParam();
+   QTemporaryDir tmp;
+   ASSERT_TRUE(tmp.isValid());
+   const run_result r = runExport(tmp, c);
+   ASSERT_EQ(r.code, 0) << r.err.toStdString();
+
+   // Script errors come as "error: " lines, template warnings as critical boxes.
+   for (const QString & line : r.err.split('\n'))
+   {
+      EXPECT_FALSE(line.startsWith("error: ")) << line.toStdString();
+      EXPECT_FALSE(line.startsWith("[critical]")) << line.toStdString();
+   }
+   const QString out = tmp.filePath("out");
+   EXPECT_TRUE(r.err.contains("All entities have been exported to a C++ project : '" + out + "'")) << r.err.toStdString();
+
+   const QList<item> items = exampleItems();
+   ASSERT_EQ(items.size(), 10);
+   for (const item & i : items)
+   {
+      const QString header = out + "/include/" + i.flatKey + ".gen.h";
+      const QString source = out + "/src/" + i.flatKey + ".gen.cpp";
+      ASSERT_TRUE(QFileInfo::exists(header)) << header.toStdString();
+      ASSERT_TRUE(QFileInfo::exists(source)) << source.toStdString();
+      EXPECT_TRUE(QFileInfo::exists(out + "/custom/include/" + i.flatKey + ".h")) << i.flatKey.toStdString();
+      EXPECT_TRUE(QFileInfo::exists(out + "/custom/src/" + i.flatKey + ".cpp")) << i.flatKey.toStdString();
+
+      const QByteArray text = test_support::readAll(header);
+      EXPECT_TRUE(text.contains(("class SHOP_EXPORT " + i.name + " ").toUtf8()) || text.contains(("class SHOP_EXPORT " + i.name + "\n").toUtf8()))
+         << header.toStdString();
+      EXPECT_TRUE(test_support::readAll(source).contains((i.name + "::").toUtf8())) << source.toStdString();
+      // Enumerations have no private implementation whatever the setting.
+      EXPECT_EQ(text.contains("m_pImpl"), i.entity && c.pimpl) << header.toStdString();
+   }
+   for (const char * file : { "Shop.gen.pri", "Shop.gen.pro", "CMakeLists.txt", "src/Shop_all.gen.cpp", "src/Shop_main.gen.cpp",
+                              "include/Shop_precompiled_header.gen.h", "include/Shop_export.gen.h", "include/Shop_all_include.gen.h",
+                              "custom/Shop.pri", "custom/include/Shop_precompiled_header.h" })
+   {
+      EXPECT_TRUE(QFileInfo::exists(out + "/" + file)) << file;
+   }
+}
+
+INSTANTIATE_TEST_SUITE_P(CliCombinations, BuiltInStyle,
+   ::testing::Values(combination{ 0, false }, combination{ 0, true }, combination{ 1, false }, combination{ 1, true },
+                     combination{ 2, false }, combination{ 2, true }, combination{ 3, false }, combination{ 3, true }),
+   [](const ::testing::TestParamInfo<combination> & info)
+   { return "Style" + std::to_string(info.param.style) + (info.param.pimpl ? "Pimpl" : "Plain"); });
