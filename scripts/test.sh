@@ -1,12 +1,63 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and runs the whole test suite through CTest.
+# Installs what is missing, builds, and runs the whole test suite through CTest; then the same
+# suite built with AddressSanitizer + UndefinedBehaviorSanitizer, then bounded fuzz runs.
+# The plain CTest run comes last, so its closing lines end the output. Any failure of any stage
+# stops the script with a non-zero exit code.
+#
+#   TAVREL_SKIP_SANITIZE=1     skip the sanitizer build and its test run
+#   TAVREL_SKIP_FUZZ=1         skip the fuzz build and its runs
+#   TAVREL_FUZZ_SECONDS=N      seconds each fuzz target runs (default 30)
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 build="${TAVREL_BUILD_DIR:-$root/build}"
+build_asan="${TAVREL_ASAN_BUILD_DIR:-$root/build-asan}"
+build_fuzz="${TAVREL_FUZZ_BUILD_DIR:-$root/build-fuzz}"
+jobs="$(nproc)"
+export QT_QPA_PLATFORM=offscreen
 
+summary=()
+stage_start=0
+begin() { echo "==> $1" >&2; stage_start=$SECONDS; }
+finish() { summary+=("$(printf '%-44s %4ds' "$1" $((SECONDS - stage_start)))"); }
+
+begin "dependencies"
 "$root/scripts/install_deps.sh"
+finish "dependencies"
+
+begin "build"
 "$root/scripts/build.sh"
+finish "build"
+
+if [ "${TAVREL_SKIP_SANITIZE:-0}" != "1" ]; then
+  begin "sanitizer build (ASan + UBSan)"
+  cmake -S "$root" -B "$build_asan" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTAVREL_SANITIZE=ON >/dev/null
+  cmake --build "$build_asan" -j "$jobs"
+  finish "sanitizer build (ASan + UBSan)"
+
+  begin "test suite under ASan + UBSan"
+  # Leak checking stays off: Qt's plug-in loader, fontconfig and the QML engine keep
+  # process-lifetime allocations that LeakSanitizer would report on every test program.
+  (cd "$build_asan" &&
+   ASAN_OPTIONS=detect_leaks=0:abort_on_error=1:strict_string_checks=1:detect_stack_use_after_return=1 \
+   UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
+   ctest --output-on-failure -j "$jobs")
+  finish "test suite under ASan + UBSan"
+fi
+
+if [ "${TAVREL_SKIP_FUZZ:-0}" != "1" ]; then
+  begin "fuzz build (clang, libFuzzer)"
+  cmake -S "$root" -B "$build_fuzz" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ \
+        -DTAVREL_BUILD_FUZZERS=ON -DTAVREL_BUILD_TESTS=OFF -DTAVREL_FUZZ_SECONDS="${TAVREL_FUZZ_SECONDS:-30}" >/dev/null
+  cmake --build "$build_fuzz" -j "$jobs" --target tavrel_fuzzers
+  finish "fuzz build (clang, libFuzzer)"
+
+  begin "bounded fuzz runs"
+  (cd "$build_fuzz" && ctest --output-on-failure -L fuzz -j "$jobs")
+  finish "bounded fuzz runs"
+fi
+
+echo "Stage durations:" >&2
+printf '  %s\n' "${summary[@]}" >&2
 
 cd "$build"
-export QT_QPA_PLATFORM=offscreen
-ctest --output-on-failure -j "$(nproc)"
+ctest --output-on-failure -j "$jobs"

@@ -1,9 +1,12 @@
 #include <QAction>
 #include <QDockWidget>
+#include <QFileInfo>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTextEdit>
+#include <QUrl>
 
 #include <gtest/gtest.h>
 
@@ -243,6 +246,41 @@ TEST_F(GuiMainWindow, GlobalSettingsWarnAboutAMissingDirectory)
    EXPECT_EQ(dlg.result(), QDialog::Accepted);
    ASSERT_EQ(tools::message_box::history().size(), 1);
    EXPECT_EQ(tools::message_box::history().first().kind, tools::message_box::kind_warning);
+}
+
+} // namespace
+
+namespace {
+
+TEST(GuiUserGuide, IsFoundByTheHostAndExplainsEverySetting)
+{
+   const QUrl url(context::ctx_global::getAppHelpManualUrl());
+   ASSERT_TRUE(url.isLocalFile()) << url.toString().toStdString();
+   const QString html = QString::fromUtf8(test_support::readAll(url.toLocalFile()));
+   ASSERT_FALSE(html.isEmpty()) << url.toLocalFile().toStdString();
+   // The settings dialog opens the guide at this anchor.
+   const qsizetype iSection = html.indexOf("id=\"cpp_export_settings\"");
+   ASSERT_GE(iSection, 0);
+   const QString section = html.mid(iSection, html.indexOf("id=\"templates\"") - iSection);
+   const QStringList labels = { "C++ project location", "Relative path to Lumor library",
+                                "Generate a custom directory with custom files for each entity",
+                                "Generate all persistent classes using the PIMPL idiom", "Custom script file",
+                                "Debug custom javascript file", "No inheritance", "zy::IxPersistable + QObject", "Custom" };
+   for (const QString & label : labels) { EXPECT_TRUE(section.contains(label)) << label.toStdString(); }
+   for (const QString & word : { "PLUGIN_EXPORT_START", "BEFORE_CLOSING_FILE", "AFTER_CLOSING_FILE", "PLUGIN_EXPORT_END",
+                                 "tavrel.log", "tavrel.breakpoint", "@@CUSTOM_", "m_pImpl-&gt;", "Shift" })
+   {
+      EXPECT_TRUE(html.contains(word)) << word.toStdString();
+   }
+   // Every picture it shows ships beside it.
+   static const QRegularExpression rxImage("<img src=\"([^\"]+)\"");
+   int iImages = 0;
+   for (auto itr = rxImage.globalMatch(html); itr.hasNext(); ++iImages)
+   {
+      const QString file = QFileInfo(url.toLocalFile()).absoluteDir().filePath(itr.next().captured(1));
+      EXPECT_TRUE(QFileInfo(file).isFile()) << file.toStdString();
+   }
+   EXPECT_GE(iImages, 2);
 }
 
 } // namespace

@@ -161,7 +161,9 @@ execute_process(COMMAND "${TAVREL}" check "${model_file}"
 if(NOT rc EQUAL 0)
    fail_step("tavrel check failed (${rc}):\n${check_out}${check_err}")
 endif()
-string(REGEX MATCHALL "warning:[^\n]*" warnings "${check_out}${check_err}")
+# Semicolons would split the warnings into several list items.
+string(REPLACE ";" "," check_text "${check_out}${check_err}")
+string(REGEX MATCHALL "warning:[^\n]*" warnings "${check_text}")
 foreach(w IN LISTS warnings)
    if(PIMPL OR NOT w MATCHES "PIMPL idiom")
       fail_step("the model hits a known limitation of the generated code:\n${w}")

@@ -271,7 +271,9 @@ TEST_F(ExportCommand, FirstExportAppliesEveryParameter)
    EXPECT_TRUE(m_pPlugin->getPImpl());
    EXPECT_EQ(m_pPlugin->getCustomScriptFile(), script);
    EXPECT_TRUE(QFileInfo::exists(out + "/include/lib_Book.gen.h"));
-   EXPECT_FALSE(QFileInfo::exists(out + "/custom"));
+   // No companion files per entity without the custom-files flag.
+   EXPECT_FALSE(QFileInfo::exists(out + "/custom/include/lib_Book.h"));
+   EXPECT_FALSE(QFileInfo::exists(out + "/custom/src/lib_Book.cpp"));
    EXPECT_EQ(m_pPlugin->iShowSettings, 0);
    EXPECT_TRUE(questions().isEmpty());
 
@@ -528,6 +530,7 @@ TEST_F(ExportCommand, StillMissingAfterTheDialogFailsWithThePathAsTyped)
    EXPECT_EQ(m_pPlugin->getCppBuilder(), nullptr);
 
    // An accepted dialog that leaves no path fails the same way, with an empty path.
+   tools::message_box::pushScriptedAnswer(QMessageBox::No);
    m_pPlugin->fctShowSettings = [](export_probe & p) { p.setCppExportPath(QString()); return true; };
    result = run();
    EXPECT_EQ(result, zy::ZyBool(false, "Export path to create C++ files doesn't exist : ''"));

@@ -93,6 +93,19 @@ TEST_F(GoldenFiles, DerivedEntityWithTriggersAndRelationsSourceWithPimpl)
    expectSame("shop_sales_Order.ix_persistable_pimpl.gen.cpp", m_pBuilder->buildSource(* m_pProject, entity("shop::sales::Order")));
 }
 
+// A root class: no base, a text primary key, private and obsolete members, a read-only table.
+TEST_F(GoldenFiles, RootEntityHeaderWithQObjectStyle)
+{
+   configure(plugin::cpp_template::ix_persistable_and_q_object, false, true);
+   expectSame("shop_sales_Invoice.ix_persistable_and_q_object.gen.h", m_pBuilder->buildHeader(* m_pProject, entity("shop::sales::Invoice")));
+}
+
+TEST_F(GoldenFiles, RootEntitySourceWithQObjectStyle)
+{
+   configure(plugin::cpp_template::ix_persistable_and_q_object, false, true);
+   expectSame("shop_sales_Invoice.ix_persistable_and_q_object.gen.cpp", m_pBuilder->buildSource(* m_pProject, entity("shop::sales::Invoice")));
+}
+
 // The report used above must point at the line that differs, or the failures would be unreadable.
 TEST(GoldenDiffReport, NamesTheFirstDifferingLine)
 {

@@ -79,6 +79,9 @@ main_window::main_window(QWidget * parent) : view::main_wnd(parent)
    createWidgets();
    loadPlugins(app::plugin_finder::pluginDirectory());
    resize(1280, 800);
+   // Most of the room for the model and the generated code, a few lines for the messages.
+   resizeDocks({ m_dockMessages }, { 160 }, Qt::Vertical);
+   if (m_dockPreview) { resizeDocks({ m_dockPreview }, { 780 }, Qt::Horizontal); }
    updateActions();
    updateTitle();
 }
@@ -218,6 +221,7 @@ void main_window::createWidgets()
    m_lstMessages = new QListWidget(this);
    m_lstMessages->setObjectName("m_lstMessages");
    m_lstMessages->setWordWrap(true);
+   m_lstMessages->setIconSize(QSize(16, 16));
    m_lstMessages->setContextMenuPolicy(Qt::ActionsContextMenu);
    QAction * pClear = new QAction(tr("Clear messages"), m_lstMessages);
    connect(pClear, & QAction::triggered, this, & main_window::clearMessages);
@@ -271,7 +275,6 @@ void main_window::setCurrentPlugin(plugin::export_interface * pPlugin)
    m_dockPreview->setFeatures(QDockWidget::DockWidgetMovable | QDockWidget::DockWidgetFloatable);
    m_dockPreview->setWidget(pPreview);
    addDockWidget(Qt::RightDockWidgetArea, m_dockPreview);
-   resizeDocks({ m_dockPreview }, { 840 }, Qt::Horizontal);
 
    // The preview follows the main window it found when it was built; one it was built for an
    // earlier window must be wired to this one. Made here for both cases, so never twice.

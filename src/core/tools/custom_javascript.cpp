@@ -3,11 +3,17 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
+#include <cstdio>
 #include <mutex>
 #include <new>
 #include <thread>
+
+#ifdef Q_OS_LINUX
+#include <unistd.h>
+#endif
 
 #include "context/ctx_project.h"
 #include "model/entity.h"
@@ -20,19 +26,48 @@
 
 namespace tools {
 
-// Interrupts the engine when a call outlives its deadline. One thread per script engine, idle
-// between calls: an export runs the script for every generated fragment, so starting a thread
-// per call would cost more than the calls themselves.
+namespace {
+
+// Resident size of the process in bytes, -1 when unknown (the memory check is then off).
+qint64 residentBytes()
+{
+#ifdef Q_OS_LINUX
+   std::FILE * f = std::fopen("/proc/self/statm", "r");
+   if (! f) { return -1; }
+   long long total = 0, resident = 0;
+   const int n = std::fscanf(f, "%lld %lld", & total, & resident);
+   std::fclose(f);
+   if (n != 2) { return -1; }
+   return static_cast<qint64>(resident) * static_cast<qint64>(sysconf(_SC_PAGESIZE));
+#else
+   return -1;
+#endif
+}
+
+} // namespace
+
+// Interrupts the engine when a call outlives its deadline or makes the process grow past its
+// memory limit. One thread per script engine, idle between calls: an export runs the script
+// for every generated fragment, so starting a thread per call would cost more than the calls.
 class script_watchdog
 {
    typedef std::chrono::steady_clock clock;
+
+public:
+   enum enum_stop { stop_none, stop_time, stop_memory };
+
+private:
+   // Often enough that a script filling memory as fast as it can overshoots by little.
+   static constexpr std::chrono::milliseconds k_poll{10};
 
    std::mutex m_mutex;
    std::condition_variable m_cond;
    QJSEngine * m_pEngine = nullptr;
    clock::time_point m_deadline;
+   qint64 m_iMemoryBase = -1;
+   qint64 m_iMemoryLimit = 0;
    bool m_bArmed = false;
-   bool m_bFired = false;
+   enum_stop m_eFired = stop_none;
    bool m_bStop = false;
    std::thread m_thread;
 
@@ -46,33 +81,50 @@ public:
       m_thread.join();
    }
 
-   void arm(QJSEngine * pEngine, int ms)
+   void arm(QJSEngine * pEngine, int ms, int memoryMb)
    {
-      { std::lock_guard<std::mutex> lock(m_mutex); m_pEngine = pEngine; m_bFired = false; setDeadline(ms); }
+      const qint64 base = ((memoryMb > 0) ? residentBytes() : -1);
+      {
+         std::lock_guard<std::mutex> lock(m_mutex);
+         m_pEngine = pEngine;
+         m_eFired = stop_none;
+         m_iMemoryBase = base;
+         m_iMemoryLimit = ((base >= 0) ? (static_cast<qint64>(memoryMb) * 1024 * 1024) : 0);
+         setDeadline(ms);
+      }
       m_cond.notify_all();
    }
 
-   // Once this returns the engine can't be interrupted any more; true when it was.
-   bool disarm()
+   // Once this returns the engine can't be interrupted any more; tells why it was, if it was.
+   enum_stop disarm()
    {
       std::lock_guard<std::mutex> lock(m_mutex);
       m_bArmed = false;
-      return m_bFired;
+      m_iMemoryLimit = 0;
+      return m_eFired;
    }
 
    // Stops the clock while a breakpoint holds the call, then grants a full time limit again.
    void suspend() { std::lock_guard<std::mutex> lock(m_mutex); m_bArmed = false; }
    void resume(int ms)
    {
-      { std::lock_guard<std::mutex> lock(m_mutex); if (! m_bFired && m_pEngine) { setDeadline(ms); } }
+      { std::lock_guard<std::mutex> lock(m_mutex); if ((m_eFired == stop_none) && m_pEngine) { setDeadline(ms); } }
       m_cond.notify_all();
    }
 
 private:
    void setDeadline(int ms)
    {
-      m_bArmed = (ms > 0);
-      m_deadline = clock::now() + std::chrono::milliseconds(ms);
+      m_bArmed = ((ms > 0) || (m_iMemoryLimit > 0));
+      m_deadline = ((ms > 0) ? (clock::now() + std::chrono::milliseconds(ms)) : clock::time_point::max());
+   }
+
+   void fire(enum_stop reason)
+   {
+      // Thread-safe by QJSEngine's contract; the engine stops at its next check.
+      m_pEngine->setInterrupted(true);
+      m_eFired = reason;
+      m_bArmed = false;
    }
 
    void run()
@@ -81,13 +133,15 @@ private:
       while (! m_bStop)
       {
          if (! m_bArmed) { m_cond.wait(lock); continue; }
-         m_cond.wait_until(lock, m_deadline);
-         if (m_bArmed && ! m_bStop && (clock::now() >= m_deadline))
+         const clock::time_point now = clock::now();
+         const clock::time_point wake = ((m_iMemoryLimit > 0) ? std::min(m_deadline, now + k_poll) : m_deadline);
+         m_cond.wait_until(lock, wake);
+         if (! m_bArmed || m_bStop) { continue; }
+         if (clock::now() >= m_deadline) { fire(stop_time); continue; }
+         if (m_iMemoryLimit > 0)
          {
-            // Thread-safe by QJSEngine's contract; the engine stops at its next check.
-            m_pEngine->setInterrupted(true);
-            m_bFired = true;
-            m_bArmed = false;
+            const qint64 resident = residentBytes();
+            if ((resident >= 0) && ((resident - m_iMemoryBase) > m_iMemoryLimit)) { fire(stop_memory); }
          }
       }
    }
@@ -149,9 +203,16 @@ const char * const k_setup =
    "         return values;\n"
    "      },\n"
    // A thrown value, even a plain string, must be told apart from a returned one.
-   "      run: function (fct, params) {\n"
-   "         try { return { ok: true, value: fct(params) }; }\n"
+   "      run: function (fct, params, maxLength) {\n"
+   "         var value;\n"
+   "         try {\n"
+   "            value = fct(params);\n"
+   // Turned into text here, under the watchdog, and measured before the host copies it.
+   "            if (value !== undefined) { value = String(value); }\n"
+   "         }\n"
    "         catch (e) { return { ok: false, error: e }; }\n"
+   "         if ((value !== undefined) && (value.length > maxLength)) { return { ok: false, tooLong: value.length }; }\n"
+   "         return { ok: true, value: value };\n"
    "      }\n"
    "   };\n"
    "})";
@@ -355,6 +416,7 @@ zy::ZyBool custom_javascript::initEngine(const QString & file, plugin::base_inte
 {
    if (m_bRunning) { return zy::ZyBool(false, tr("Custom javascript is running : cannot load file '%1'").arg(file)); }
    releaseEngine();
+   m_sStopReason.clear();
    m_sFile = file;
    m_pPlugin = plugin;
    m_pPluginGuard = plugin;
@@ -388,13 +450,18 @@ zy::ZyBool custom_javascript::initEngine(const QString & file, plugin::base_inte
    bool outOfMemory = false;
    m_bRunning = true;
    m_sCurrentAction.clear();
-   m_pWatchdog->arm(m_pEngine.get(), m_iTimeLimitMs);
+   m_pWatchdog->arm(m_pEngine.get(), m_iTimeLimitMs, m_iMemoryLimitMb);
    try { result = m_pEngine->evaluate(code, path, 1, & stack); }
    catch (const std::bad_alloc &) { outOfMemory = true; }
-   const bool interrupted = m_pWatchdog->disarm();
+   const script_watchdog::enum_stop stop = m_pWatchdog->disarm();
    m_bRunning = false;
 
-   if (interrupted || m_pEngine->isInterrupted())
+   if (stop == script_watchdog::stop_memory)
+   {
+      releaseEngine();
+      return zy::ZyBool(false, tr("Custom javascript execution interrupted : memory limit of %1 MB exceeded while loading '%2'").arg(m_iMemoryLimitMb).arg(path));
+   }
+   if ((stop == script_watchdog::stop_time) || m_pEngine->isInterrupted())
    {
       releaseEngine();
       return zy::ZyBool(false, tr("Custom javascript execution interrupted : time limit of %1 ms exceeded while loading '%2'").arg(m_iTimeLimitMs).arg(path));
@@ -447,13 +514,15 @@ zy::ZyBool custom_javascript::runExecute(model::project * pProject, model::entit
                                          model::enumeration * pEnumeration, const QHash<QString, QVariant> & params)
 {
    const QString action = params.value("action").toString();
+   if (! m_sStopReason.isEmpty())
+   { return zy::ZyBool(false, tr("Custom javascript stopped earlier (%1) : cannot execute action '%2'").arg(m_sStopReason, action)); }
    if (! isLoaded()) { return zy::ZyBool(false, tr("No custom javascript loaded : cannot execute action '%1'").arg(action)); }
    if (m_bRunning) { return zy::ZyBool(false, tr("Custom javascript is already running : cannot execute action '%1'").arg(action)); }
 
    QJSEngine & engine = (* m_pEngine);
    QJSValue result;
    bool outOfMemory = false;
-   bool interrupted = false;
+   script_watchdog::enum_stop stop = script_watchdog::stop_none;
    m_bRunning = true;
    m_sCurrentAction = action;
    m_iCallSerial = ((m_iCallSerial >= 0x3fffffff) ? 1 : (m_iCallSerial + 1));
@@ -468,13 +537,13 @@ zy::ZyBool custom_javascript::runExecute(model::project * pProject, model::entit
       const int flags = (pProject ? 1 : 0) | (pEntity ? 2 : 0) | (pProperty ? 4 : 0) | (pEnumeration ? 8 : 0);
       const QJSValue jsParams = m_fctMakeParams.call(QJSValueList() << m_iCallSerial << engine.toScriptValue(values) << flags);
 
-      m_pWatchdog->arm(m_pEngine.get(), m_iTimeLimitMs);
-      result = m_fctRun.call(QJSValueList() << m_fctExecute << jsParams);
-      interrupted = m_pWatchdog->disarm();
+      m_pWatchdog->arm(m_pEngine.get(), m_iTimeLimitMs, m_iMemoryLimitMb);
+      result = m_fctRun.call(QJSValueList() << m_fctExecute << jsParams << maxResultLength());
+      stop = m_pWatchdog->disarm();
    }
    catch (const std::bad_alloc &)
    {
-      interrupted = m_pWatchdog->disarm();
+      stop = m_pWatchdog->disarm();
       outOfMemory = true;
    }
    m_bRunning = false;
@@ -484,15 +553,35 @@ zy::ZyBool custom_javascript::runExecute(model::project * pProject, model::entit
    m_pCurProperty = nullptr;
    m_pCurEnumeration = nullptr;
 
-   if (interrupted || engine.isInterrupted())
+   if ((stop == script_watchdog::stop_memory) || outOfMemory)
+   {
+      // What the script keeps in its globals would fill memory again at the next call, and an
+      // allocation failure may have left the engine half-way: drop it, and say why later on.
+      const bool overLimit = (stop == script_watchdog::stop_memory);
+      m_sStopReason = (overLimit ? tr("memory limit of %1 MB exceeded for action '%2'").arg(m_iMemoryLimitMb).arg(action)
+                                 : tr("ran out of memory for action '%1'").arg(action));
+      result = QJSValue();
+      releaseEngine();
+      return zy::ZyBool(false, overLimit ? tr("Custom javascript execution interrupted : %1").arg(m_sStopReason)
+                                         : tr("Custom javascript %1").arg(m_sStopReason));
+   }
+   if ((stop == script_watchdog::stop_time) || engine.isInterrupted())
    {
       // The flag must go, or every later call would stop at once.
       engine.setInterrupted(false);
       return zy::ZyBool(false, tr("Custom javascript execution interrupted : time limit of %1 ms exceeded for action '%2'").arg(m_iTimeLimitMs).arg(action));
    }
-   if (outOfMemory) { return zy::ZyBool(false, tr("Custom javascript ran out of memory for action '%1'").arg(action)); }
    if (result.isError()) { return zy::ZyBool(false, describeError(result)); }
-   if (! result.property("ok").toBool()) { return zy::ZyBool(false, describeError(result.property("error"))); }
+   if (! result.property("ok").toBool())
+   {
+      const QJSValue tooLong = result.property("tooLong");
+      if (tooLong.isNumber())
+      {
+         return zy::ZyBool(false, tr("Custom javascript answer too long for action '%1' : %2 characters (at most %3)")
+                                     .arg(action).arg(static_cast<qint64>(tooLong.toNumber())).arg(maxResultLength()));
+      }
+      return zy::ZyBool(false, describeError(result.property("error")));
+   }
 
    const QJSValue value = result.property("value");
    if (value.isUndefined()) { return zy::ZyBool(true, params.value("default_value").toString()); }

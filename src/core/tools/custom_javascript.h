@@ -26,7 +26,11 @@ class script_host_api;
 // its return value, as text, replaces params.default_value ("undefined" keeps it).
 // params.project, .entity, .property and .enumeration are read-only views (null without the
 // item) whose fields are read from the model when the script uses them; JSON.stringify gives
-// all their fields. A call running longer than the time limit is interrupted. The script also sees a global
+// all their fields. A call running longer than the time limit is interrupted. So is a call that
+// makes the process grow by more than the memory limit (resident size, polled every few
+// milliseconds; 0 turns the check off): the engine is then dropped, since what the script keeps
+// in its globals would fill memory again, and every later call fails at once with the reason.
+// An answer longer than maxResultLength() characters is refused. The script also sees a global
 // "tavrel" object: tavrel.log(...) reports a line (onScriptLog, and the plug-in's onMessage),
 // tavrel.breakpoint(text) pauses the call while debugging (onScriptBreakpoint; the time limit
 // doesn't run while the slot holds the call).
@@ -45,6 +49,9 @@ private:
    QString m_sFile;
    plugin::base_interface * m_pPlugin = nullptr;
    int m_iTimeLimitMs = 10000;
+   int m_iMemoryLimitMb = 512;
+   // Why the engine was dropped during a call (memory); empty while it is usable.
+   QString m_sStopReason;
    bool m_bDebugging = false;
 
    QJSValue m_fctRun;
@@ -81,6 +88,11 @@ public:
 
    int getTimeLimit() const { return m_iTimeLimitMs; }
    void setTimeLimit(int ms) { m_iTimeLimitMs = ms; }
+   // Growth of the process allowed to one call, in MB (0: no check); read when a call starts.
+   int getMemoryLimit() const { return m_iMemoryLimitMb; }
+   void setMemoryLimit(int mb) { m_iMemoryLimitMb = mb; }
+   // Longest answer accepted from the script, in characters (16 Mi).
+   static int maxResultLength() { return 16 * 1024 * 1024; }
    QString getFile() const { return m_sFile; }
    plugin::base_interface * getPlugin() const { return m_pPlugin; }
    // True once initEngine succeeded.

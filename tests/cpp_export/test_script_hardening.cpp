@@ -1,0 +1,217 @@
+// A user script that never ends, fills memory or fails everywhere must end the export with a
+// message saying so, and must never leave a generated file half-written.
+
+#include "builder_test_support.h"
+
+using namespace builder_test;
+
+namespace {
+
+const QByteArray k_model = R"json({
+  "name": "shop",
+  "entities": [
+    {"name": "Person", "properties": [{"name": "id", "type": "long", "primary_key": true}, {"name": "name", "type": "QString"}]}
+  ],
+  "enumerations": [{"name": "Color", "values": [{"key": "Red", "value": "1"}]}]
+})json";
+
+const int k_timeLimitMs = 300;
+
+const char * const k_loopScript = "function execute(params) { for (;;) { } }\n";
+const char * const k_throwScript = "function execute(params) { throw new Error('refused ' + params.action); }\n";
+// Keeps everything it makes, so that the garbage collector can't help.
+const char * const k_hoardScript =
+   "var kept = [];\n"
+   "function execute(params) { for (var i = 0; ; ++i) { kept.push('fragment ' + params.action + ' ' + i); } }\n";
+
+QString interruptedByTime(const QString & action)
+{
+   return QString("Custom javascript execution interrupted : time limit of %1 ms exceeded for action '%2'").arg(k_timeLimitMs).arg(action);
+}
+
+class ScriptHardening : public export_fixture
+{
+protected:
+   model::project_ptr m_pProject;
+   // The generated files before the export under test (empty for a first export).
+   QMap<QString, QByteArray> m_mapBefore;
+
+   void SetUp() override
+   {
+      export_fixture::SetUp();
+      m_pProject = parseModel(k_model);
+      ASSERT_TRUE(m_pProject);
+   }
+
+   // A script with a short time limit, set before loading since the top level runs under it.
+   std::shared_ptr<tools::custom_javascript> loadScript(const QString & source, int memoryLimitMb = 512)
+   {
+      const QString path = m_tmp.path() + "/script.js";
+      EXPECT_TRUE(writeText(path, source));
+      auto pScript = std::make_shared<tools::custom_javascript>();
+      pScript->setTimeLimit(k_timeLimitMs);
+      pScript->setMemoryLimit(memoryLimitMb);
+      const zy::ZyBool ok = pScript->initEngine(path, & m_plugin);
+      EXPECT_TRUE(static_cast<bool>(ok)) << ok.getDesc().toStdString();
+      m_plugin.setCustomScript(pScript);
+      return pScript;
+   }
+
+   // A complete export without script, whose files the failing export must leave alone.
+   void exportOnceWithoutScript()
+   {
+      m_plugin.setCustomScript(nullptr);
+      const zy::ZyBool ok = exportProject(* m_pProject);
+      ASSERT_TRUE(static_cast<bool>(ok)) << ok.getDesc().toStdString();
+      m_mapBefore = fileContents(m_sExportDir);
+      ASSERT_TRUE(m_mapBefore.contains("include/Person.gen.h"));
+      ASSERT_TRUE(m_mapBefore.contains("shop.gen.pri"));
+      m_lstMessages.clear();
+   }
+
+   QStringList errorMessages() const
+   {
+      QStringList lst;
+      for (const message & m : m_lstMessages) { if (m.kind != 1) { lst.append(m.text); } }
+      return lst;
+   }
+
+   // Every file is as before the export, or is a class file holding exactly the error the
+   // builder reported for it (the pipeline's rule for class files): nothing in between, and no
+   // temporary file left beside them.
+   void expectNoPartialFile(const QStringList & classFilesWithError)
+   {
+      const QMap<QString, QByteArray> after = fileContents(m_sExportDir);
+      const QStringList errors = errorMessages();
+      for (auto itr = after.cbegin(); itr != after.cend(); ++itr)
+      {
+         const QString & file = itr.key();
+         if (classFilesWithError.contains(file))
+         {
+            EXPECT_TRUE(errors.contains(QString::fromUtf8(itr.value()))) << file.toStdString() << " holds: " << itr.value().left(200).toStdString();
+            continue;
+         }
+         ASSERT_TRUE(m_mapBefore.contains(file)) << "new file " << file.toStdString();
+         EXPECT_EQ(itr.value(), m_mapBefore.value(file)) << file.toStdString();
+      }
+      for (auto itr = m_mapBefore.cbegin(); itr != m_mapBefore.cend(); ++itr)
+      { EXPECT_TRUE(after.contains(itr.key())) << "lost file " << itr.key().toStdString(); }
+      for (const QString & file : classFilesWithError) { EXPECT_TRUE(after.contains(file)) << file.toStdString(); }
+   }
+};
+
+} // namespace
+
+TEST_F(ScriptHardening, EndlessLoopStopsAFirstExportAtTheFirstCustomFile)
+{
+   loadScript(k_loopScript);
+   const zy::ZyBool ok = exportProject(* m_pProject);
+   ASSERT_FALSE(static_cast<bool>(ok));
+   EXPECT_EQ(ok.getDesc(), "An error occurred with custom javascript for file '" + out("custom/include/Person.h") + "' :\n"
+                            + interruptedByTime("INCLUDE_MACRO_GUARD"));
+   // Class files hold the error, as the pipeline writes it; nothing else was written.
+   EXPECT_EQ(outText("include/Person.gen.h"), interruptedByTime("COMMENT_FILE_CREATED_BY"));
+   EXPECT_EQ(outText("src/Person.gen.cpp"), interruptedByTime("COMMENT_FILE_CREATED_BY"));
+   expectNoPartialFile({ "include/Person.gen.h", "src/Person.gen.cpp" });
+   EXPECT_EQ(errorMessages(), QStringList({ interruptedByTime("COMMENT_FILE_CREATED_BY"), interruptedByTime("COMMENT_FILE_CREATED_BY") }));
+}
+
+TEST_F(ScriptHardening, EndlessLoopLeavesTheFilesOfAnEarlierExportWhole)
+{
+   exportOnceWithoutScript();
+   loadScript(k_loopScript);
+   const zy::ZyBool ok = exportProject(* m_pProject);
+   ASSERT_FALSE(static_cast<bool>(ok));
+   EXPECT_EQ(ok.getDesc(), "An error occurred with custom javascript for file '" + out("shop.gen.pri") + "' :\n"
+                            + interruptedByTime("COMMENT_PRO_FILE_CREATED_BY"));
+   expectNoPartialFile({ "include/Person.gen.h", "src/Person.gen.cpp", "include/Color.gen.h", "src/Color.gen.cpp" });
+   EXPECT_NE(m_lstMessages.last().text, "All entities have been exported to a C++ project : '" + m_sExportDir + "'");
+}
+
+TEST_F(ScriptHardening, ThrowingInEveryActionEndsTheExportWithTheScriptError)
+{
+   exportOnceWithoutScript();
+   loadScript(k_throwScript);
+   const zy::ZyBool ok = exportProject(* m_pProject);
+   ASSERT_FALSE(static_cast<bool>(ok));
+   EXPECT_EQ(ok.getDesc(), "An error occurred with custom javascript for file '" + out("shop.gen.pri") + "' :\n"
+                            "Error: refused COMMENT_PRO_FILE_CREATED_BY (line 1)");
+   EXPECT_EQ(outText("include/Person.gen.h"), QString("Error: refused COMMENT_FILE_CREATED_BY (line 1)"));
+   expectNoPartialFile({ "include/Person.gen.h", "src/Person.gen.cpp", "include/Color.gen.h", "src/Color.gen.cpp" });
+}
+
+TEST_F(ScriptHardening, UnboundedAllocationIsStoppedByTheMemoryLimitAndTheEngineDropped)
+{
+   exportOnceWithoutScript();
+   // The time limit is far off: only the memory check can end the first call this early.
+   std::shared_ptr<tools::custom_javascript> pScript = loadScript(k_hoardScript, 64);
+   pScript->setTimeLimit(20000);
+   const zy::ZyBool ok = exportProject(* m_pProject);
+   ASSERT_FALSE(static_cast<bool>(ok));
+   // The first call is the export's start notice; every later call fails at once, saying why.
+   const QString reason = "memory limit of 64 MB exceeded for action 'PLUGIN_EXPORT_START'";
+   EXPECT_EQ(ok.getDesc(), "An error occurred with custom javascript for file '" + out("shop.gen.pri") + "' :\n"
+                            "Custom javascript stopped earlier (" + reason + ") : cannot execute action 'COMMENT_PRO_FILE_CREATED_BY'");
+   EXPECT_EQ(outText("include/Person.gen.h"),
+             "Custom javascript stopped earlier (" + reason + ") : cannot execute action 'COMMENT_FILE_CREATED_BY'");
+   expectNoPartialFile({ "include/Person.gen.h", "src/Person.gen.cpp", "include/Color.gen.h", "src/Color.gen.cpp" });
+   EXPECT_FALSE(pScript->isLoaded());
+}
+
+TEST_F(ScriptHardening, AnswerLongerThanTheCapIsRefused)
+{
+   exportOnceWithoutScript();
+   loadScript(QString("function execute(params) {\n"
+                      "   if (params.action === 'PROJECT_NAME') { return 'x'.repeat(%1); }\n"
+                      "}\n").arg(tools::custom_javascript::maxResultLength() + 1));
+   const zy::ZyBool ok = exportProject(* m_pProject);
+   ASSERT_FALSE(static_cast<bool>(ok));
+   EXPECT_EQ(ok.getDesc(), "An error occurred with custom javascript for file '" + out("shop.gen.pri") + "' :\n"
+                            + QString("Custom javascript answer too long for action 'PROJECT_NAME' : %1 characters (at most %2)")
+                                 .arg(tools::custom_javascript::maxResultLength() + 1).arg(tools::custom_javascript::maxResultLength()));
+   expectNoPartialFile({ "src/Person.gen.cpp", "include/Color.gen.h", "src/Color.gen.cpp" });
+}
+
+TEST(ScriptHardeningEngine, UnboundedAllocationAtLoadIsStopped)
+{
+   QTemporaryDir tmp;
+   ASSERT_TRUE(tmp.isValid());
+   const QString path = tmp.path() + "/hoard.js";
+   ASSERT_TRUE(writeText(path, "var kept = [];\nfor (var i = 0; ; ++i) { kept.push('line ' + i); }\nfunction execute(params) { }\n"));
+   tools::custom_javascript js;
+   js.setTimeLimit(20000);
+   js.setMemoryLimit(64);
+   const zy::ZyBool ok = js.initEngine(path, nullptr);
+   EXPECT_FALSE(static_cast<bool>(ok));
+   EXPECT_EQ(ok.getDesc(), QString("Custom javascript execution interrupted : memory limit of 64 MB exceeded while loading '%1'").arg(path));
+   EXPECT_FALSE(js.isLoaded());
+}
+
+TEST(ScriptHardeningEngine, ReloadAfterTheMemoryLimitGivesAWorkingEngine)
+{
+   QTemporaryDir tmp;
+   ASSERT_TRUE(tmp.isValid());
+   const QString path = tmp.path() + "/hoard.js";
+   ASSERT_TRUE(writeText(path, "var kept = [];\n"
+                               "function execute(params) {\n"
+                               "   if (params.action === 'HOARD') { for (var i = 0; ; ++i) { kept.push('line ' + i); } }\n"
+                               "   return 'kept ' + kept.length;\n"
+                               "}\n"));
+   tools::custom_javascript js;
+   js.setTimeLimit(20000);
+   js.setMemoryLimit(64);
+   ASSERT_TRUE(static_cast<bool>(js.initEngine(path, nullptr)));
+   QHash<QString, QVariant> params;
+   params.insert("action", "HOARD");
+   EXPECT_EQ(js.executeScript(nullptr, nullptr, nullptr, nullptr, params).getDesc(),
+             QString("Custom javascript execution interrupted : memory limit of 64 MB exceeded for action 'HOARD'"));
+   params.insert("action", "NEXT");
+   EXPECT_EQ(js.executeScript(nullptr, nullptr, nullptr, nullptr, params).getDesc(),
+             QString("Custom javascript stopped earlier (memory limit of 64 MB exceeded for action 'HOARD') : cannot execute action 'NEXT'"));
+
+   // A new load starts from a fresh engine, with nothing kept.
+   ASSERT_TRUE(static_cast<bool>(js.initEngine(path, nullptr)));
+   const zy::ZyBool next = js.executeScript(nullptr, nullptr, nullptr, nullptr, params);
+   ASSERT_TRUE(static_cast<bool>(next)) << next.getDesc().toStdString();
+   EXPECT_EQ(next.getDesc(), QString("kept 0"));
+}
