@@ -26,6 +26,7 @@ struct item
    QString name;
    QString flatKey;
    bool entity = true;
+   bool abstract = false;
 };
 
 struct run_result
@@ -49,7 +50,7 @@ QList<item> exampleItems()
          const QString ns = o.value("namespace").toString();
          const QString name = o.value("name").toString();
          const QString key = (ns.isEmpty() ? name : ns + "::" + name);
-         lst.append({ name, QString(key).replace("::", "_"), (QString(kind) == "entities") });
+         lst.append({ name, QString(key).replace("::", "_"), (QString(kind) == "entities"), o.value("abstract").toBool() });
       }
    }
    return lst;
@@ -120,6 +121,12 @@ TEST_P(BuiltInStyle, ExportRunsCleanAndWritesEveryClass)
       EXPECT_TRUE(test_support::readAll(source).contains((i.name + "::").toUtf8())) << source.toStdString();
       // Enumerations have no private implementation whatever the setting.
       EXPECT_EQ(text.contains("m_pImpl"), i.entity && c.pimpl) << header.toStdString();
+      if (i.entity)
+      {
+         // The class style reached the output: persistable macro from style 1 on, Q_OBJECT from style 2 on.
+         EXPECT_EQ(text.contains("ZY_PERSISTABLE_HPP("), (c.style != 0) && ! i.abstract) << header.toStdString();
+         EXPECT_EQ(text.contains("   Q_OBJECT\n"), c.style >= 2) << header.toStdString();
+      }
    }
    for (const char * file : { "Shop.gen.pri", "Shop.gen.pro", "CMakeLists.txt", "src/Shop_all.gen.cpp", "src/Shop_main.gen.cpp",
                               "include/Shop_precompiled_header.gen.h", "include/Shop_export.gen.h", "include/Shop_all_include.gen.h",

@@ -3,7 +3,8 @@
 #
 #   cmake -DTAVREL=<tavrel> -DMODEL=<model.json> -DLUMOR=<fixture dir> -DWORK_DIR=<dir>
 #         -DSTYLE=<0..3> -DPIMPL=<0|1> -DCUSTOM=<0|1>
-#         [-DBUILD_MODES="split;unity"] [-DNO_PCH=1] [-DQMAKE=<qmake>] [-DJOBS=<n>] [-DBREAK=1] [-DKEEP=1]
+#         [-DBUILD_MODES=<split,unity,qmake,qmake-unity>] [-DQMAKE=<qmake>] [-DNO_PCH=1]
+#         [-DCONSUMER=1] [-DJOBS=<n>] [-DBREAK=1] [-DKEEP=1]
 #         -P run_compile_check.cmake
 #
 # The model is exported under an upper-case copy of its project name, and with PIMPL on, derived
@@ -24,6 +25,8 @@ endforeach()
 if(NOT DEFINED BUILD_MODES)
    set(BUILD_MODES split unity)
 endif()
+# Commas allowed as separators: semicolons do not survive a test command line.
+string(REPLACE "," ";" BUILD_MODES "${BUILD_MODES}")
 if(NOT JOBS)
    set(JOBS 1)
 endif()
@@ -215,33 +218,15 @@ set(generator_args "")
 if(NINJA_PROGRAM)
    set(generator_args -G Ninja)
 endif()
+set(no_pch OFF)
+if(NO_PCH)
+   set(no_pch ON)
+endif()
 
-foreach(mode IN LISTS BUILD_MODES)
-   set(build_dir "${OUT}/build-${mode}")
-   set(unity OFF)
-   if(mode STREQUAL "unity")
-      set(unity ON)
-   endif()
-   set(no_pch OFF)
-   if(NO_PCH)
-      set(no_pch ON)
-   endif()
-   # No optimisation, no debug information: only whether the code compiles matters.
-   execute_process(COMMAND "${CMAKE_COMMAND}" -S "${OUT}" -B "${build_dir}" ${generator_args}
-                           -DCMAKE_BUILD_TYPE= "-DCMAKE_CXX_FLAGS=-O0 -Werror=return-type"
-                           -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
-                           -D_ZY_UNITY_BUILD=${unity} -D_ZY_NO_PRECOMPILED_HEADER=${no_pch}
-                   RESULT_VARIABLE rc OUTPUT_VARIABLE cfg_out ERROR_VARIABLE cfg_err)
-   if(NOT rc EQUAL 0)
-      fail_step("configuring the generated project (${mode}) failed:\n${cfg_out}${cfg_err}")
-   endif()
-
-   # Every source must really be compiled, or a missing list entry would pass unnoticed.
-   file(READ "${build_dir}/compile_commands.json" commands)
+# Every source must really be compiled, or a missing list entry would pass unnoticed.
+# Reads mode, unity and listing, what the build system was given (compile commands, Makefile).
+macro(check_coverage)
    if(unity)
-      if(NOT commands MATCHES "-D_ZY_UNITY_BUILD" OR NOT commands MATCHES "${project_upper}_all\\.gen\\.cpp")
-         fail_step("the unity build does not compile ${unity_source} with _ZY_UNITY_BUILD defined")
-      endif()
       file(READ "${OUT}/${unity_source}" unity_text)
       foreach(s IN LISTS sources)
          string(FIND "${unity_text}" "#include \"../${s}\"" at)
@@ -249,16 +234,65 @@ foreach(mode IN LISTS BUILD_MODES)
             fail_step("${unity_source} does not include ${s}")
          endif()
       endforeach()
+      string(FIND "${listing}" "${project_upper}_all.gen.cpp" at)
+      if(at EQUAL -1 OR NOT "${listing}" MATCHES "-D_ZY_UNITY_BUILD")
+         fail_step("the ${mode} build does not compile ${unity_source} with _ZY_UNITY_BUILD defined")
+      endif()
    else()
       foreach(s IN LISTS sources)
-         string(FIND "${commands}" "${s}" at)
+         string(FIND "${listing}" "${s}" at)
          if(at EQUAL -1)
-            fail_step("the generated CMakeLists.txt does not compile ${s}")
+            fail_step("the ${mode} build does not compile ${s}")
          endif()
       endforeach()
    endif()
+endmacro()
 
-   execute_process(COMMAND "${CMAKE_COMMAND}" --build "${build_dir}" --parallel ${JOBS}
+foreach(mode IN LISTS BUILD_MODES)
+   set(build_dir "${OUT}/build-${mode}")
+   set(unity OFF)
+   if(mode MATCHES "unity$")
+      set(unity ON)
+   endif()
+
+   if(mode MATCHES "^qmake")
+      if(NOT QMAKE)
+         fail_step("build mode ${mode} needs QMAKE")
+      endif()
+      file(MAKE_DIRECTORY "${build_dir}")
+      set(qmake_defines "")
+      if(unity)
+         list(APPEND qmake_defines "DEFINES+=_ZY_UNITY_BUILD")
+      endif()
+      if(no_pch)
+         list(APPEND qmake_defines "DEFINES+=_ZY_NO_PRECOMPILED_HEADER")
+      endif()
+      # The fixture has no library to link: take it out again after the project file added it.
+      execute_process(COMMAND "${QMAKE}" "${OUT}/${project_upper}.gen.pro" "CONFIG+=release" ${qmake_defines}
+                              "QMAKE_CXXFLAGS_RELEASE=-O0 -Werror=return-type" -after "LIBS-=-lLumor"
+                      WORKING_DIRECTORY "${build_dir}"
+                      RESULT_VARIABLE rc OUTPUT_VARIABLE cfg_out ERROR_VARIABLE cfg_err)
+      if(NOT rc EQUAL 0)
+         fail_step("qmake on the generated project (${mode}) failed:\n${cfg_out}${cfg_err}")
+      endif()
+      file(READ "${build_dir}/Makefile" listing)
+      set(build_command make -j${JOBS})
+   else()
+      # No optimisation, no debug information: only whether the code compiles matters.
+      execute_process(COMMAND "${CMAKE_COMMAND}" -S "${OUT}" -B "${build_dir}" ${generator_args}
+                              -DCMAKE_BUILD_TYPE= "-DCMAKE_CXX_FLAGS=-O0 -Werror=return-type"
+                              -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
+                              -D_ZY_UNITY_BUILD=${unity} -D_ZY_NO_PRECOMPILED_HEADER=${no_pch}
+                      RESULT_VARIABLE rc OUTPUT_VARIABLE cfg_out ERROR_VARIABLE cfg_err)
+      if(NOT rc EQUAL 0)
+         fail_step("configuring the generated project (${mode}) failed:\n${cfg_out}${cfg_err}")
+      endif()
+      file(READ "${build_dir}/compile_commands.json" listing)
+      set(build_command "${CMAKE_COMMAND}" --build "${build_dir}" --parallel ${JOBS})
+   endif()
+   check_coverage()
+
+   execute_process(COMMAND ${build_command} WORKING_DIRECTORY "${build_dir}"
                    RESULT_VARIABLE rc OUTPUT_VARIABLE build_out ERROR_VARIABLE build_err)
    if(BREAK)
       if(rc EQUAL 0)
@@ -267,7 +301,7 @@ foreach(mode IN LISTS BUILD_MODES)
       endif()
       string(REPLACE "/" "[/\\\\]" broken_re "${broken}")
       string(REPLACE "." "\\." broken_re "${broken_re}")
-      if(mode STREQUAL "unity")
+      if(unity)
          set(broken_re "(${broken_re}|${project_upper}_all\\.gen\\.cpp)")
       endif()
       if("${build_out}${build_err}" MATCHES "${broken_re}[^\n]*error")
@@ -282,26 +316,34 @@ foreach(mode IN LISTS BUILD_MODES)
    message(STATUS "${mode} build of the generated project: OK")
 endforeach()
 
-# ---- qmake ------------------------------------------------------------------------------------
+# ---- client side ------------------------------------------------------------------------------
 
-if(QMAKE)
-   set(qmake_dir "${OUT}/build-qmake")
-   file(MAKE_DIRECTORY "${qmake_dir}")
-   # The fixture has no library to link; leave it out after the project file has added it.
-   execute_process(COMMAND "${QMAKE}" "${OUT}/${project_upper}.gen.pro" "CONFIG+=release"
-                           "QMAKE_CXXFLAGS_RELEASE=-O0" -after "LIBS-=-lLumor"
-                   WORKING_DIRECTORY "${qmake_dir}"
-                   RESULT_VARIABLE rc OUTPUT_VARIABLE q_out ERROR_VARIABLE q_err)
+# A program using the library sees its headers without _BUILDING_<PROJECT>, through the import
+# variants of the export macros.
+if(CONSUMER AND NOT BREAK)
+   set(consumer_dir "${WORK_DIR}/consumer")
+   file(MAKE_DIRECTORY "${consumer_dir}")
+   file(WRITE "${consumer_dir}/consumer.cpp"
+        "#include \"${project_upper}_all_include.gen.h\"\n\nint consumer_entry() { return 0; }\n")
+   file(WRITE "${consumer_dir}/CMakeLists.txt"
+        "cmake_minimum_required(VERSION 3.16)\n"
+        "project(consumer LANGUAGES CXX)\n"
+        "add_subdirectory(\"${LUMOR}\" lumor)\n"
+        "add_library(consumer OBJECT consumer.cpp)\n"
+        "target_include_directories(consumer PRIVATE \"${OUT}/include\")\n"
+        "target_link_libraries(consumer PRIVATE Lumor)\n")
+   execute_process(COMMAND "${CMAKE_COMMAND}" -S "${consumer_dir}" -B "${consumer_dir}/build" ${generator_args}
+                           -DCMAKE_BUILD_TYPE= "-DCMAKE_CXX_FLAGS=-O0 -Werror=return-type"
+                   RESULT_VARIABLE rc OUTPUT_VARIABLE cfg_out ERROR_VARIABLE cfg_err)
    if(NOT rc EQUAL 0)
-      fail_step("qmake on the generated project failed:\n${q_out}${q_err}")
+      message(FATAL_ERROR "configuring the client of the generated library failed:\n${cfg_out}${cfg_err}")
    endif()
-   execute_process(COMMAND make -j${JOBS}
-                   WORKING_DIRECTORY "${qmake_dir}"
-                   RESULT_VARIABLE rc OUTPUT_VARIABLE m_out ERROR_VARIABLE m_err)
+   execute_process(COMMAND "${CMAKE_COMMAND}" --build "${consumer_dir}/build"
+                   RESULT_VARIABLE rc OUTPUT_VARIABLE build_out ERROR_VARIABLE build_err)
    if(NOT rc EQUAL 0)
-      message(FATAL_ERROR "building the generated qmake project failed:\n${m_out}${m_err}")
+      message(FATAL_ERROR "compiling a client of the generated library failed:\n${build_out}${build_err}")
    endif()
-   message(STATUS "qmake build of the generated project: OK")
+   message(STATUS "client of the generated library: OK")
 endif()
 
 if(BREAK)

@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QBoxLayout>
 #include <QDateTime>
+#include <QDialog>
 #include <QDesktopServices>
 #include <QDir>
 #include <QDockWidget>
@@ -588,9 +589,13 @@ zy::ZyBool main_window::doActExport()
       script_watcher watcher;
       connect(& watcher, & script_watcher::debuggingStarted, this, & main_window::doShowDebugger);
       tools::wait_cursor wait; Q_UNUSED(wait);
+      qApp->installEventFilter(this);
       setExecutingPlugin(true);
       result = m_pPlugin->exportProject(* m_pProject);
       setExecutingPlugin(false);
+      qApp->removeEventFilter(this);
+      for (qsizetype i = 0; i < m_lstExportDialogs.size(); ++i) { QApplication::restoreOverrideCursor(); }
+      m_lstExportDialogs.clear();
    }
    attachRunningDebugger();
 
@@ -609,6 +614,22 @@ zy::ZyBool main_window::doActExport()
    }
    refreshPluginViews();
    return result;
+}
+
+bool main_window::eventFilter(QObject * watched, QEvent * event)
+{
+   // A question, the plug-in's settings or a breakpoint prompt during an export waits for the
+   // user: it gets the normal cursor, not the busy one of the export.
+   if (isExecutingPlugin() && qobject_cast<QDialog *>(watched))
+   {
+      if ((event->type() == QEvent::Show) && ! m_lstExportDialogs.contains(watched))
+      {
+         m_lstExportDialogs.append(watched);
+         QApplication::setOverrideCursor(Qt::ArrowCursor);
+      }
+      else if ((event->type() == QEvent::Hide) && m_lstExportDialogs.removeOne(watched)) { QApplication::restoreOverrideCursor(); }
+   }
+   return view::main_wnd::eventFilter(watched, event);
 }
 
 void main_window::refreshPluginViews()

@@ -64,6 +64,8 @@ private:
    QLabel * m_lblProject = nullptr;
    QPointer<script_debugger> m_pDebugger;
    QElapsedTimer m_tmRefresh;
+   // Dialogs shown during an export, each with an arrow cursor pushed over the busy one.
+   QList<QObject *> m_lstExportDialogs;
 
    QAction * m_actOpenProject = nullptr;
    QAction * m_actReloadProject = nullptr;
@@ -102,6 +104,9 @@ public:
    // Tells the plug-in's terminate() to every plug-in: at the end of the program only, since a
    // terminated plug-in hands out no preview any more.
    void terminatePlugins();
+
+protected:
+   bool eventFilter(QObject * watched, QEvent * event) override;
 
 public Q_SLOTS:
    void doActOpenProject();
