@@ -1,7 +1,8 @@
 #!/bin/sh
 # Makes the pictures of the documentation: docs/images/main_window.png (the desktop host after
-# an export of examples/shop.json, shop::sales::Order selected) and docs/images/settings_dialog.png
-# (the plug-in's settings dialog). Builds tavrel-gui if needed and runs it on a virtual X
+# an export of examples/shop.json, shop::sales::Order selected), docs/images/settings_dialog.png
+# (the plug-in's settings dialog) and docs/images/script_debugger.png (the debugger window after
+# an export with examples/user_script.js). Builds tavrel-gui if needed and runs it on a virtual X
 # display (Debian package xvfb).
 #   scripts/screenshots.sh [BUILD_DIR]      (default: build-gui)
 set -eu
@@ -31,11 +32,12 @@ export QT_QPA_PLATFORM=xcb
 unset LUMOR_DIR || true
 
 # --screenshots exports (the plug-in parameters give the settings of this first export), saves
-# the main window, opens the plug-in's settings dialog, saves it and quits.
+# the main window, opens the plug-in's settings dialog and saves it, exports again under the
+# script debugger and saves its window, then quits.
 xvfb-run -a -s "-screen 0 1400x900x24" \
    "$BUILD/bin/tavrel-gui" "$WORK/shop/shop.json" --lumor-path "$WORK/lumor" \
    --select shop::sales::Order --screenshots "$OUT" \
    --TavrelCppExport_path=out --TavrelCppExport_template_type=1 --TavrelCppExport_generate_custom_files=1 \
    --TavrelCppExport_custom_javacript=user_script.js
 
-ls -l "$OUT/main_window.png" "$OUT/settings_dialog.png"
+ls -l "$OUT/main_window.png" "$OUT/settings_dialog.png" "$OUT/script_debugger.png"

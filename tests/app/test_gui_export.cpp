@@ -1,6 +1,7 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QListWidget>
+#include <QPlainTextEdit>
 #include <QProcess>
 #include <QRegularExpression>
 
@@ -180,6 +181,16 @@ TEST_F(GuiDebugger, ShowsTheCallsMadeBeforeItWasAttached)
    EXPECT_EQ(pItem->text(2), "Order");
    EXPECT_EQ(pItem->text(3), "Order!");
    EXPECT_EQ(pItem->text(4), "ok");
+
+   // Selecting a call shows its whole texts, at the first place where the answer differs.
+   ASSERT_TRUE(debugger.selectCall("NAMESPACE_BEGIN", true));
+   QPlainTextEdit * pInput = debugger.findChild<QPlainTextEdit *>("m_txtInput");
+   QPlainTextEdit * pAnswer = debugger.findChild<QPlainTextEdit *>("m_txtAnswer");
+   ASSERT_TRUE(pInput && pAnswer);
+   EXPECT_EQ(pInput->toPlainText(), "ns");
+   EXPECT_EQ(pAnswer->toPlainText(), "ns!");
+   EXPECT_EQ(pAnswer->textCursor().position(), 2);
+   EXPECT_FALSE(debugger.selectCall("FULL_CLASS_NAME", false));
 }
 
 TEST(GuiScriptWatcher, ReportsEnginesThatStartDebuggingWhileItLives)

@@ -8,11 +8,13 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <functional>
+#include <memory>
 
 #include "context/ctx_global.h"
 #include "gui/main_window.h"
+#include "gui/script_debugger.h"
 #include "plugin/export_interface.h"
+#include "tools/custom_javascript.h"
 #include "tools/message_box.h"
 
 namespace {
@@ -32,8 +34,29 @@ bool saveGrab(QWidget * pWidget, const QString & file)
    return ok;
 }
 
-// Documentation pictures: the main window after an export with the selection shown, then the
-// plug-in's settings dialog. Runs unattended: every question gets its default answer.
+struct dialog_catcher
+{
+   QString file;
+   bool grabbed = false;
+   bool done = false;   // the dialog's call has returned: stop looking
+};
+
+void catchDialog(const std::shared_ptr<dialog_catcher> & pCatch, int attempts)
+{
+   if (pCatch->done) { return; }
+   QDialog * pDialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
+   if (! pDialog)
+   {
+      if (attempts > 0) { QTimer::singleShot(100, [pCatch, attempts]() { catchDialog(pCatch, attempts - 1); }); }
+      return;
+   }
+   pCatch->grabbed = saveGrab(pDialog, pCatch->file);
+   pDialog->reject();
+}
+
+// Documentation pictures: the main window after an export with the selection shown, the
+// plug-in's settings dialog, and the script debugger during a second export when the settings
+// name a user script. Runs unattended: every question gets its default answer.
 int takeScreenshots(gui::main_window & w, const QString & dir, const QString & key)
 {
    QDir().mkpath(dir);
@@ -45,21 +68,29 @@ int takeScreenshots(gui::main_window & w, const QString & dir, const QString & k
    if (w.getPlugin() && w.getProject())
    {
       // The dialog is modal: it is caught once its own event loop runs, grabbed and dismissed.
-      bool bGrabbed = false;
-      std::function<void (int)> catchDialog = [&](int attempts)
-      {
-         QDialog * pDialog = qobject_cast<QDialog *>(QApplication::activeModalWidget());
-         if (! pDialog)
-         {
-            if (attempts > 0) { QTimer::singleShot(100, [&, attempts]() { catchDialog(attempts - 1); }); }
-            return;
-         }
-         bGrabbed = saveGrab(pDialog, QDir(dir).absoluteFilePath("settings_dialog.png"));
-         pDialog->reject();
-      };
-      QTimer::singleShot(300, [&]() { catchDialog(50); });
+      auto pCatch = std::make_shared<dialog_catcher>();
+      pCatch->file = QDir(dir).absoluteFilePath("settings_dialog.png");
+      QTimer::singleShot(300, [pCatch]() { catchDialog(pCatch, 50); });
       w.doActPluginSettings();
+      pCatch->done = true;
+      const bool bGrabbed = pCatch->grabbed;
       ok = (ok && bGrabbed);
+
+      // The script engine of the first export, debugged as holding Shift would do it.
+      const std::shared_ptr<tools::custom_javascript> pScript = w.getPlugin()->getCustomScript();
+      if (pScript && pScript->isLoaded() && pScript->runDebugger().getValue())
+      {
+         w.doActExport();
+         gui::script_debugger * pDebugger = w.getDebugger();
+         if (pDebugger)
+         {
+            pDebugger->resize(1100, 720);
+            pDebugger->selectCall("BEFORE_CLOSING_FILE", true);
+            for (int i = 0; i < 5; ++i) { QCoreApplication::processEvents(); }
+            ok = (saveGrab(pDebugger, QDir(dir).absoluteFilePath("script_debugger.png")) && ok);
+            pDebugger->close();
+         }
+      }
    }
    return (ok ? 0 : 1);
 }

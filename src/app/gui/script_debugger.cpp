@@ -14,7 +14,10 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSplitter>
+#include <QTextCursor>
 #include <QTreeWidget>
+
+#include <algorithm>
 
 #include "context/ctx_global.h"
 #include "tools/custom_javascript.h"
@@ -97,6 +100,7 @@ script_debugger::script_debugger(QWidget * parent) : QWidget(parent, Qt::Window)
    pMain->setStretchFactor(0, 3);
    pMain->setStretchFactor(1, 2);
    pMain->setStretchFactor(2, 1);
+   pMain->setSizes({ 340, 240, 100 });
 
    m_btnClear = new QPushButton(tr("Clear list"), this);
    m_btnClear->setObjectName("m_btnClear");
@@ -146,6 +150,20 @@ void script_debugger::attach(tools::custom_javascript * pScript)
 int script_debugger::getCallCount() const { return m_treeCalls->topLevelItemCount(); }
 
 QString script_debugger::getLogText() const { return m_txtLog->toPlainText(); }
+
+bool script_debugger::selectCall(const QString & action, bool bChangedOnly)
+{
+   for (int i = 0; i < m_treeCalls->topLevelItemCount(); ++i)
+   {
+      QTreeWidgetItem * pItem = m_treeCalls->topLevelItem(i);
+      if (pItem->text(col_action) != action) { continue; }
+      if (bChangedOnly && (pItem->data(col_index, k_roleInput) == pItem->data(col_index, k_roleAnswer))) { continue; }
+      m_treeCalls->setCurrentItem(pItem);
+      m_treeCalls->scrollToItem(pItem);
+      return true;
+   }
+   return false;
+}
 
 void script_debugger::addCall(const QString & action, const QString & input, const QString & answer, bool ok)
 {
@@ -210,8 +228,22 @@ void script_debugger::doDebuggerStateChanged(bool debugging)
 void script_debugger::doCurrentCallChanged()
 {
    QTreeWidgetItem * pItem = m_treeCalls->currentItem();
-   m_txtInput->setPlainText(pItem ? pItem->data(col_index, k_roleInput).toString() : QString());
-   m_txtAnswer->setPlainText(pItem ? pItem->data(col_index, k_roleAnswer).toString() : QString());
+   const QString sInput = (pItem ? pItem->data(col_index, k_roleInput).toString() : QString());
+   const QString sAnswer = (pItem ? pItem->data(col_index, k_roleAnswer).toString() : QString());
+   m_txtInput->setPlainText(sInput);
+   m_txtAnswer->setPlainText(sAnswer);
+   // A script often changes a few lines of a whole file: both panes go to the first difference.
+   qsizetype iDiff = 0;
+   const qsizetype iCommon = std::min(sInput.size(), sAnswer.size());
+   while ((iDiff < iCommon) && (sInput.at(iDiff) == sAnswer.at(iDiff))) { ++iDiff; }
+   if ((iDiff == sInput.size()) && (iDiff == sAnswer.size())) { iDiff = 0; }
+   for (QPlainTextEdit * pText : { m_txtInput, m_txtAnswer })
+   {
+      QTextCursor cursor = pText->textCursor();
+      cursor.setPosition(static_cast<int>(std::min<qsizetype>(iDiff, pText->document()->characterCount() - 1)));
+      pText->setTextCursor(cursor);
+      pText->centerCursor();
+   }
 }
 
 void script_debugger::doBtnClear()

@@ -46,6 +46,9 @@ public:
    QTreeWidget * getCallList() const { return m_treeCalls; }
    QString getLogText() const;
    int getBreakpointCount() const { return m_iBreakpoints; }
+   // Selects the first listed call of that action (whose answer differs from its input, when
+   // asked), as a click would; false when there is none.
+   bool selectCall(const QString & action, bool bChangedOnly);
 
 public Q_SLOTS:
    void doScriptCall(const QString & action, const QString & input, const QString & answer, bool ok);
