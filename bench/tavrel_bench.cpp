@@ -11,6 +11,7 @@
 #include <QTemporaryDir>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -96,9 +97,13 @@ double median(std::vector<double> v)
    return ((n % 2) ? v[n / 2] : ((v[n / 2 - 1] + v[n / 2]) / 2.0));
 }
 
+// Dirty pages of the previous step are flushed, untimed, so that no figure pays for another's writes.
+void settleDisk() { ::sync(); }
+
 double copyTreeMs(const QString & from, const QString & to)
 {
    QDir(to).removeRecursively();
+   settleDisk();
    QElapsedTimer t;
    t.start();
    QProcess cp;
@@ -213,6 +218,7 @@ public:
          QDir().mkpath(out);
          m_plugin.setCppExportPath(out);
          plugin::cpp_builder builder(& m_plugin);
+         settleDisk();
          vCold.push_back(timedBuild(builder, * pProject, m_settings.profile == "cold"));
          if (! bProfileOnly) { vCopy.push_back(copyTreeMs(out, base + "/copy")); }
       }
@@ -235,6 +241,7 @@ public:
          for (int r = 0; r < repeat; ++r)
          {
             const tree_state before = snapshot(out);
+            settleDisk();
             v.push_back(timedBuild(builder, * pProject, m_settings.profile == "unchanged"));
             int files = 0; qint64 bytes = 0;
             diffTrees(before, snapshot(out), files, bytes);
@@ -254,6 +261,7 @@ public:
          {
             pProp->setDescription(sOriginal + QString(" (edit %1)").arg(r));
             const tree_state before = snapshot(out);
+            settleDisk();
             v.push_back(timedBuild(builder, * pProject, m_settings.profile == "changed"));
             int files = 0; qint64 bytes = 0; QStringList names;
             diffTrees(before, snapshot(out), files, bytes, & names);

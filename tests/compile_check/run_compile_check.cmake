@@ -146,6 +146,7 @@ if(PIMPL)
       if(key_json STREQUAL "")
          continue()
       endif()
+      message(STATUS "PIMPL variant: ${parent} no longer base of entity #${i}, which takes its key")
       string(JSON json REMOVE "${json}" entities ${i} parent)
       if(count EQUAL 0)
          string(JSON json SET "${json}" entities ${i} properties "[]")
@@ -211,6 +212,10 @@ if(BREAK)
    message(STATUS "removed the semicolon after t.setName(...) in ${broken}")
 endif()
 
+if(BUILD_MODES STREQUAL "" AND NOT BREAK)
+   message(STATUS "export only: ${OUT}")
+endif()
+
 # ---- compile ----------------------------------------------------------------------------------
 
 find_program(NINJA_PROGRAM NAMES ninja ninja-build)
@@ -249,7 +254,11 @@ macro(check_coverage)
 endmacro()
 
 foreach(mode IN LISTS BUILD_MODES)
-   set(build_dir "${OUT}/build-${mode}")
+   # Both CMake ways share one tree, so that the precompiled header is built once.
+   set(build_dir "${OUT}/build-cmake")
+   if(mode MATCHES "^qmake")
+      set(build_dir "${OUT}/build-${mode}")
+   endif()
    set(unity OFF)
    if(mode MATCHES "unity$")
       set(unity ON)

@@ -1,5 +1,6 @@
 #include "plugin/cpp_export.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
@@ -137,6 +138,9 @@ QWidget * cpp_export::getPreviewWidget()
 void cpp_export::resetPreviewWidget()
 {
    if (! m_pPreviewWidget) { return; }
+   // Loaded plug-ins are destroyed at process exit, possibly after the application object: by
+   // then no widget may be touched any more.
+   if (! QCoreApplication::instance()) { m_pPreviewWidget = nullptr; return; }
    view::cpp_export_preview * pWidget = m_pPreviewWidget;
    // Every connection in both directions: the widget's own signals and the host's signals into it.
    pWidget->disconnect();

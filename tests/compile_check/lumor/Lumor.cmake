@@ -12,9 +12,12 @@ if(NOT CMAKE_CXX_STANDARD)
    set(CMAKE_CXX_STANDARD_REQUIRED ON)
 endif()
 
-# The generated unity source is empty unless the compiler sees the same switch.
+# The generated unity source is empty unless the compiler sees the same switch. Only that source
+# tests it, so it is given to that source alone: the precompiled header stays valid when a build
+# tree is switched between both ways.
 if(_ZY_UNITY_BUILD)
-   add_compile_definitions(_ZY_UNITY_BUILD)
+   set_property(SOURCE "${CMAKE_CURRENT_SOURCE_DIR}/src/${PROJECT_NAME}_all.gen.cpp"
+                APPEND PROPERTY COMPILE_DEFINITIONS _ZY_UNITY_BUILD)
 endif()
 
 if(_ZY_NO_PRECOMPILED_HEADER)

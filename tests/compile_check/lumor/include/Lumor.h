@@ -12,18 +12,14 @@
 #include <utility>
 #include <vector>
 
+// Qt types that generated classes and the example models use.
 #include <QtCore/QByteArray>
 #include <QtCore/QDate>
 #include <QtCore/QDateTime>
-#include <QtCore/QHash>
 #include <QtCore/QList>
-#include <QtCore/QMap>
 #include <QtCore/QObject>
 #include <QtCore/QSharedPointer>
 #include <QtCore/QString>
-#include <QtCore/QStringList>
-#include <QtCore/QTime>
-#include <QtCore/QUuid>
 #include <QtCore/QVariant>
 #include <QtSql/QSqlDatabase>
 #include <QtSql/QSqlError>
@@ -43,39 +39,20 @@ template <class T> class ZyClass;
 // Generated sources specialise this once per entity; generated headers befriend the specialisation.
 template <class T> void register_class(ZyClass<T> & t);
 
-// Keyed, ordered list: generated typedefs use it for lists of entities and for relations.
+// Keyed, ordered list: generated typedefs use it for lists of entities and for relations, as a
+// value type only.
 template <typename Key, typename Value>
 class ZyCollection
 {
-public:
-   typedef std::pair<Key, Value> type_pair;
-
-   long count() const { return static_cast<long>(m_items.size()); }
-   bool insert(const Key & key, const Value & value) { m_items.push_back(type_pair(key, value)); return true; }
-
 private:
-   std::vector<type_pair> m_items;
+   std::vector<std::pair<Key, Value> > m_items;
 };
 
-// One failed validation; the validator methods that generated headers declare fill a list of them.
-class ZyInvalidValue
-{
-public:
-   explicit ZyInvalidValue(const QString & message = QString()) : m_message(message) { ; }
-   QString getMessage() const { return m_message; }
-
-private:
-   QString m_message;
-};
-
+// Failed validations; the validator methods that generated headers declare receive one.
 class ZyInvalidValueX
 {
-public:
-   void insert(const ZyInvalidValue & value) { m_values.append(value); }
-   long count() const { return static_cast<long>(m_values.count()); }
-
 private:
-   QList<ZyInvalidValue> m_values;
+   QList<QString> m_messages;
 };
 
 // Root of persistable classes (styles 1 and 3). Pure virtual so that a class that is meant to be

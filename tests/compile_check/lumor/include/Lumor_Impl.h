@@ -15,7 +15,7 @@ class IxValidator;
 class IxDataMember
 {
 public:
-   void setName(const QString & name) { m_name = name; }
+   void setName(const QString & name) { Q_UNUSED(name); }
    void setDescription(const QString & description) { Q_UNUSED(description); }
    void setPropertyBag(const QString & key, const QVariant & value) { Q_UNUSED(key); Q_UNUSED(value); }
    void setSqlType(const QString & sqlType) { Q_UNUSED(sqlType); }
@@ -24,9 +24,6 @@ public:
    void setIsIndex(bool isIndex) { Q_UNUSED(isIndex); }
    void setIsUnique(bool isUnique) { Q_UNUSED(isUnique); }
    void setSerialize(bool serialize) { Q_UNUSED(serialize); }
-
-private:
-   QString m_name;
 };
 
 class IxSqlRelation
