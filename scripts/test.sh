@@ -30,16 +30,17 @@ finish "build"
 
 if [ "${TAVREL_SKIP_SANITIZE:-0}" != "1" ]; then
   begin "sanitizer build (ASan + UBSan)"
-  cmake -S "$root" -B "$build_asan" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTAVREL_SANITIZE=ON >/dev/null
+  cmake -S "$root" -B "$build_asan" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTAVREL_SANITIZE=ON \
+        -DTAVREL_BUILD_BENCH=OFF >/dev/null
   cmake --build "$build_asan" -j "$jobs"
   finish "sanitizer build (ASan + UBSan)"
 
   begin "test suite under ASan + UBSan"
-  # Leak checking stays off: Qt's plug-in loader, fontconfig and the QML engine keep
-  # process-lifetime allocations that LeakSanitizer would report on every test program.
+  # Leak checking stays off: the hosts never unload their plug-ins, so a script engine created
+  # by an export is still alive at exit, and LeakSanitizer can't scan its heap (mapped by the
+  # engine itself), which it then reports as leaked. The test programs alone are leak-free.
   (cd "$build_asan" &&
-   ASAN_OPTIONS=detect_leaks=0:abort_on_error=1:strict_string_checks=1:detect_stack_use_after_return=1 \
-   UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
+   ASAN_OPTIONS=detect_leaks=0 UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
    ctest --output-on-failure -j "$jobs")
   finish "test suite under ASan + UBSan"
 fi

@@ -1,5 +1,6 @@
 #include "model/entity.h"
 
+#include <QStringBuilder>
 #include <QVarLengthArray>
 
 #include "model/property.h"
@@ -48,7 +49,8 @@ property_ptr ownPrimaryKey(const list_of_property & lst)
 
 QString entity::getKey() const
 {
-   return (m_sNamespace.isEmpty() ? m_sName : (m_sNamespace + "::" + m_sName));
+   // One allocation: keys are asked for many times per generated file.
+   return (m_sNamespace.isEmpty() ? m_sName : QString(m_sNamespace % QLatin1String("::") % m_sName));
 }
 
 bool entity::hasTriggers() const
@@ -60,13 +62,21 @@ bool entity::hasTriggers() const
 list_of_property entity::getListOfProperty(bool bWithParents, bool bWithRelations, bool bWithObsolete) const
 {
    list_of_property lstResult;
-   if (bWithParents)
+   ancestor_list lstAncestors;
+   if (bWithParents) { collectAncestors(this, lstAncestors); }
+   // Own properties only and none filtered out: the list itself is shared, not copied (the
+   // generators ask for it many times per file).
+   if (lstAncestors.isEmpty())
    {
-      ancestor_list lstAncestors;
-      collectAncestors(this, lstAncestors);
-      for (qsizetype i = lstAncestors.size() - 1; i >= 0; --i)
-      { appendFiltered(lstAncestors.at(i)->getOwnProperties(), bWithRelations, bWithObsolete, lstResult); }
+      bool bAllKept = true;
+      for (const property_ptr & p : m_lstProperty)
+      {
+         if (! p || (! bWithRelations && p->hasRelationship()) || (! bWithObsolete && p->isObsolete())) { bAllKept = false; break; }
+      }
+      if (bAllKept) { return m_lstProperty; }
    }
+   for (qsizetype i = lstAncestors.size() - 1; i >= 0; --i)
+   { appendFiltered(lstAncestors.at(i)->getOwnProperties(), bWithRelations, bWithObsolete, lstResult); }
    appendFiltered(m_lstProperty, bWithRelations, bWithObsolete, lstResult);
    return lstResult;
 }

@@ -1,10 +1,12 @@
 #include "model/enumeration.h"
 
+#include <QStringBuilder>
+
 namespace model {
 
 QString enumeration::getKey() const
 {
-   return (m_sNamespace.isEmpty() ? m_sName : (m_sNamespace + "::" + m_sName));
+   return (m_sNamespace.isEmpty() ? m_sName : QString(m_sNamespace % QLatin1String("::") % m_sName));
 }
 
 QString enumeration::getEnumName() const

@@ -2,6 +2,8 @@
 
 #include <QSet>
 
+#include <functional>
+
 #include "model/entity.h"
 #include "model/enumeration.h"
 #include "model/model_names.h"
@@ -96,50 +98,69 @@ void checkOptionalIdentifier(zy::ZyInvalidValueX & lst, const QString & sLabel, 
    lst.append(zy::ZyInvalidValue(QString("%1 : %2 '%3' %4").arg(sLabel, sWhat, sValue, model_names::identifierProblem(sValue)), sPath));
 }
 
-void checkProperty(zy::ZyInvalidValueX & lst, const QString & sEntityLabel, const property_ptr & p, qsizetype j, const QString & sPath,
+// Formatted on first use: nearly every property is valid, and formatting labels and paths that
+// no message needs was most of the schema check on large models.
+class lazy_text
+{
+   std::function<QString()> m_fctMake;
+   QString m_sText;
+   bool m_bMade = false;
+
+public:
+   explicit lazy_text(std::function<QString()> fctMake) : m_fctMake(std::move(fctMake)) { ; }
+   const QString & operator()()
+   {
+      if (! m_bMade) { m_sText = m_fctMake(); m_bMade = true; }
+      return m_sText;
+   }
+};
+
+void checkProperty(zy::ZyInvalidValueX & lst, const QString & sEntityLabel, const property_ptr & p, qsizetype j, lazy_text & sPath,
                    const QHash<QString, qsizetype> & hashEntities, const QHash<QString, qsizetype> & hashEnums)
 {
    const QString sName = p->getName();
-   const QString sLabel = (sName.isEmpty() ? QString("%1 : property #%2").arg(sEntityLabel).arg(j + 1)
-                                           : QString("%1 : property '%2'").arg(sEntityLabel, sName));
-   if (sName.isEmpty()) { lst.append(zy::ZyInvalidValue(sLabel + " has no name", sPath)); }
+   lazy_text sLabel([&] { return (sName.isEmpty() ? QString("%1 : property #%2").arg(sEntityLabel).arg(j + 1)
+                                                  : QString("%1 : property '%2'").arg(sEntityLabel, sName)); });
+   if (sName.isEmpty()) { lst.append(zy::ZyInvalidValue(sLabel() + " has no name", sPath())); }
    else if (! model_names::isCppIdentifier(sName))
-   { lst.append(zy::ZyInvalidValue(QString("%1 : name %2").arg(sLabel, model_names::identifierProblem(sName)), sPath)); }
+   { lst.append(zy::ZyInvalidValue(QString("%1 : name %2").arg(sLabel(), model_names::identifierProblem(sName)), sPath())); }
 
    property_type_ptr pType = p->getType();
    const bool bHasTypeText = (pType && ! pType->getPrimitiveType().isEmpty());
    const QString sEnumKey = p->getEnumerationKey();
    const bool bEnumKnown = (! sEnumKey.isEmpty() && hashEnums.contains(sEnumKey));
-   if (! p->hasRelationship() && ! bHasTypeText && sEnumKey.isEmpty()) { lst.append(zy::ZyInvalidValue(sLabel + " has no type", sPath)); }
+   if (! p->hasRelationship() && ! bHasTypeText && sEnumKey.isEmpty()) { lst.append(zy::ZyInvalidValue(sLabel() + " has no type", sPath())); }
    if (! sEnumKey.isEmpty() && ! bEnumKnown)
-   { lst.append(zy::ZyInvalidValue(QString("%1 refers to enumeration '%2' which does not exist").arg(sLabel, sEnumKey), sPath)); }
+   { lst.append(zy::ZyInvalidValue(QString("%1 refers to enumeration '%2' which does not exist").arg(sLabel(), sEnumKey), sPath())); }
 
    if (pType)
    {
       const int iDecoration = pType->getDecoration();
       if ((iDecoration < property_type::decoration_none) || (iDecoration > property_type::decoration_optional))
-      { lst.append(zy::ZyInvalidValue(QString("%1 has an invalid decoration code %2").arg(sLabel).arg(iDecoration), sPath)); }
+      { lst.append(zy::ZyInvalidValue(QString("%1 has an invalid decoration code %2").arg(sLabel()).arg(iDecoration), sPath())); }
       const int iCollection = pType->getCollection();
       if ((iCollection < property_type::collection_none) || (iCollection > property_type::collection_std_vector))
-      { lst.append(zy::ZyInvalidValue(QString("%1 has an invalid collection code %2").arg(sLabel).arg(iCollection), sPath)); }
+      { lst.append(zy::ZyInvalidValue(QString("%1 has an invalid collection code %2").arg(sLabel()).arg(iCollection), sPath())); }
    }
 
    const int iAccess = p->getAccessibility();
    if ((iAccess < property::access_public) || (iAccess > property::access_private))
-   { lst.append(zy::ZyInvalidValue(QString("%1 has an invalid accessibility code %2").arg(sLabel).arg(iAccess), sPath)); }
+   { lst.append(zy::ZyInvalidValue(QString("%1 has an invalid accessibility code %2").arg(sLabel()).arg(iAccess), sPath())); }
 
-   checkOptionalIdentifier(lst, sLabel, "get method", p->getGetMethod(), sPath);
-   checkOptionalIdentifier(lst, sLabel, "set method", p->getSetMethod(), sPath);
+   const QString sGetMethod = p->getGetMethod();
+   if (! sGetMethod.isEmpty()) { checkOptionalIdentifier(lst, sLabel(), QStringLiteral("get method"), sGetMethod, sPath()); }
+   const QString sSetMethod = p->getSetMethod();
+   if (! sSetMethod.isEmpty()) { checkOptionalIdentifier(lst, sLabel(), QStringLiteral("set method"), sSetMethod, sPath()); }
 
    relationship_ptr pRelation = p->getRelation();
    if (! pRelation) { return; }
    const int iKind = pRelation->getType();
    if ((iKind < relationship::one_to_one) || (iKind > relationship::many_to_many))
-   { lst.append(zy::ZyInvalidValue(QString("%1 has an invalid relation kind %2").arg(sLabel).arg(iKind), sPath)); }
+   { lst.append(zy::ZyInvalidValue(QString("%1 has an invalid relation kind %2").arg(sLabel()).arg(iKind), sPath())); }
    const QString sTarget = pRelation->getTargetKey();
-   if (sTarget.isEmpty()) { lst.append(zy::ZyInvalidValue(sLabel + " has a relation without target", sPath)); }
+   if (sTarget.isEmpty()) { lst.append(zy::ZyInvalidValue(sLabel() + " has a relation without target", sPath())); }
    else if (! hashEntities.contains(sTarget))
-   { lst.append(zy::ZyInvalidValue(QString("%1 has relation target '%2' which does not exist").arg(sLabel, sTarget), sPath)); }
+   { lst.append(zy::ZyInvalidValue(QString("%1 has relation target '%2' which does not exist").arg(sLabel(), sTarget), sPath())); }
 }
 
 } // namespace
@@ -276,13 +297,13 @@ zy::ZyInvalidValueX project::checkSchema() const
       {
          const property_ptr & pProperty = lstProperties.at(j);
          if (! pProperty) { continue; }
-         const QString sPropertyPath = propertyPath(i, j);
+         lazy_text sPropertyPath([i, j] { return propertyPath(i, j); });
          checkProperty(lstResult, sLabel, pProperty, j, sPropertyPath, hashEntities, hashEnums);
          const QString sName = pProperty->getName();
          if (! sName.isEmpty())
          {
             if (setNames.contains(sName))
-            { lstResult.append(zy::ZyInvalidValue(QString("%1 : property '%2' is defined more than once").arg(sLabel, sName), sPropertyPath)); }
+            { lstResult.append(zy::ZyInvalidValue(QString("%1 : property '%2' is defined more than once").arg(sLabel, sName), sPropertyPath())); }
             setNames.insert(sName);
          }
          if (pProperty->isPrimaryKey()) { lstPrimaryKeys.append("'" + sName + "'"); }

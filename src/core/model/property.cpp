@@ -1,6 +1,7 @@
 #include "model/property.h"
 
 #include <QSet>
+#include <QStringBuilder>
 
 #include "model/entity.h"
 #include "model/property_type.h"
@@ -48,18 +49,17 @@ QString property::getTypeDesc(bool bTypedefLine, bool bAsRelation, const QString
    {
       // Qualified by the class so that it also works in out-of-class definitions.
       entity_ptr pEntity = getEntity();
-      const QString sAlias = "type_" + m_sName;
-      return (pEntity ? (pEntity->getName() + "::" + sAlias) : sAlias);
+      return (pEntity ? QString(pEntity->getName() % QLatin1String("::type_") % m_sName) : QString(QLatin1String("type_") % m_sName));
    }
 
    const QString sFull = m_pRelation->getRelationTypeText();
-   if (bTypedefLine) { return ("typedef " + sFull + " type_" + m_sName + ";"); }
+   if (bTypedefLine) { return (QLatin1String("typedef ") % sFull % QLatin1String(" type_") % m_sName % QLatin1Char(';')); }
    return sFull;
 }
 
 // The type text is compared as written: "const int" or "std::int32_t" are not recognised.
 bool property::isString(bool, int) const { return stringTypes().contains(primitiveTypeOf(m_pType)); }
-bool property::isBoolean(bool, int) const { return (primitiveTypeOf(m_pType) == QString("bool")); }
+bool property::isBoolean(bool, int) const { return (primitiveTypeOf(m_pType) == QLatin1String("bool")); }
 bool property::isDecimal(bool, int) const { return decimalTypes().contains(primitiveTypeOf(m_pType)); }
 
 bool property::isNumber(bool, int) const

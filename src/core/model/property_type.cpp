@@ -1,5 +1,7 @@
 #include "model/property_type.h"
 
+#include <QStringBuilder>
+
 namespace model {
 
 namespace {
@@ -7,8 +9,9 @@ namespace {
 QString wrapType(const char * szTemplate, const QString & sInner)
 {
    // "QList<std::optional<int> >": the blank keeps ">>" out of nested template arguments.
+   // Built in one allocation: type texts are asked for several times per property and file.
    const bool bNested = sInner.endsWith(QChar('>'));
-   return (QString::fromLatin1(szTemplate) + "<" + sInner + (bNested ? QString(" >") : QString(">")));
+   return (QLatin1String(szTemplate) % QLatin1Char('<') % sInner % (bNested ? QLatin1String(" >") : QLatin1String(">")));
 }
 
 } // namespace

@@ -25,7 +25,14 @@ namespace {
 const int k_iDuration = 10000;
 const char * const k_sNoPlugin = "There is no plugin associated to the C++ builder class";
 
-QString removeUpTo(const QString & text, const QString & marker)
+// The search for "\r\n" is slow next to the vectorised one for '\r', and most files have none.
+void toLineFeeds(QString & text)
+{
+   if (text.contains(QLatin1Char('\r'))) { text.replace(QStringLiteral("\r\n"), QStringLiteral("\n")); }
+}
+
+// Views, not copies: the comparison runs on every generated file.
+QStringView removeUpTo(QStringView text, QLatin1String marker)
 {
    qsizetype pos = text.indexOf(marker);
    return ((pos > 0) ? text.mid(pos) : text);
@@ -40,18 +47,32 @@ cpp_builder::~cpp_builder() { ; }
 QString cpp_builder::getFileText(const QString & path) const
 {
    QFile file(path);
-   if (! file.exists() || ! file.open(QIODevice::ReadOnly | QIODevice::Text)) { return QString(); }
-   QTextStream stream(& file);
-   return stream.readAll();
+   if (! file.exists() || ! file.open(QIODevice::ReadOnly)) { return QString(); }
+   // Read whole and filtered here as text mode does (every '\r' dropped): its byte-by-byte
+   // filter cost more than the rest of reading.
+   QByteArray bytes = file.readAll();
+   if (bytes.contains('\r')) { bytes.removeIf([](char c) { return (c == '\r'); }); }
+   // A byte-order mark chooses the encoding: left to the text stream as it always was. Without
+   // one the stream decodes UTF-8, which the direct conversion does several times faster.
+   const bool bMark = (bytes.startsWith("\xEF\xBB\xBF") || bytes.startsWith("\xFF\xFE") || bytes.startsWith("\xFE\xFF")
+                       || bytes.startsWith(QByteArrayView("\0\0\xFE\xFF", 4)));
+   if (bMark)
+   {
+      QTextStream stream(bytes);
+      return stream.readAll();
+   }
+   return QString::fromUtf8(bytes);
 }
 
 bool cpp_builder::isSame(const QString & oldText, const QString & newText) const
 {
    if (oldText == newText) { return true; }
-   const QString sCppMarker = QStringLiteral("****/\n\n");
-   const QString sProMarker = QStringLiteral("#####\n\n");
-   QString a = removeUpTo(removeUpTo(oldText, sCppMarker), sProMarker);
-   QString b = removeUpTo(removeUpTo(newText, sCppMarker), sProMarker);
+   // A missing file against a generated text (cold export): the markers cannot make them equal.
+   if (oldText.isEmpty() != newText.isEmpty()) { return false; }
+   const QLatin1String sCppMarker("****/\n\n");
+   const QLatin1String sProMarker("#####\n\n");
+   const QStringView a = removeUpTo(removeUpTo(oldText, sCppMarker), sProMarker);
+   const QStringView b = removeUpTo(removeUpTo(newText, sCppMarker), sProMarker);
    return (a == b);
 }
 
@@ -122,8 +143,8 @@ zy::ZyBool cpp_builder::build(model::project & project)
       QString sOldSource = getFileText(m_sCurrentSourceFile);
       const QString sNewHeader = buildHelper(project, item, true);
       const QString sNewSource = buildHelper(project, item, false);
-      sOldHeader.replace("\r\n", "\n");
-      sOldSource.replace("\r\n", "\n");
+      toLineFeeds(sOldHeader);
+      toLineFeeds(sOldSource);
       if (! isSame(sOldHeader, sNewHeader) && ! writeFile(m_sCurrentHeaderFile, sNewHeader))
       { return zy::ZyBool(false, "An error occurred opening header file : " + m_sCurrentHeaderFile); }
       if (! isSame(sOldSource, sNewSource) && ! writeFile(m_sCurrentSourceFile, sNewSource))

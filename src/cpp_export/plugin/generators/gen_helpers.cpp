@@ -1,5 +1,6 @@
 #include "plugin/generators/generators.h"
 
+#include <QStringBuilder>
 #include <QStringList>
 
 #include "model/entity.h"
@@ -15,8 +16,22 @@ namespace generators {
 
 QString flatKey(const QString & key)
 {
-   QString s = key;
-   return s.replace("::", "_");
+   // Left to right like QString::replace, in one pass: keys are flattened for every file and line.
+   const qsizetype iSize = key.size();
+   const QChar * pKey = key.constData();
+   qsizetype i = 0;
+   while ((i + 1 < iSize) && ! ((pKey[i] == QLatin1Char(':')) && (pKey[i + 1] == QLatin1Char(':')))) { ++i; }
+   if (i + 1 >= iSize) { return key; }
+   QString s(iSize, Qt::Uninitialized);
+   QChar * pOut = s.data();
+   qsizetype n = 0;
+   for (qsizetype j = 0; j < iSize; ++j)
+   {
+      if ((pKey[j] == QLatin1Char(':')) && (j + 1 < iSize) && (pKey[j + 1] == QLatin1Char(':'))) { pOut[n++] = QLatin1Char('_'); ++j; }
+      else { pOut[n++] = pKey[j]; }
+   }
+   s.truncate(n);
+   return s;
 }
 
 model::entity_ptr resolvedParent(model::project & project, const model::entity & entity)
@@ -43,19 +58,19 @@ bool isCustomFilesOn(const cpp_builder & builder)
 
 QString memberName(const cpp_builder & builder, const QString & propertyName)
 {
-   return (isPImpl(builder) ? QString("m_pImpl->m_") : QString("m_")) + propertyName;
+   return ((isPImpl(builder) ? QLatin1String("m_pImpl->m_") : QLatin1String("m_")) % propertyName);
 }
 
 QString namespaceBegin(const QString & ns)
 {
    if (ns.isEmpty()) { return QString(); }
-   const QStringList parts = ns.split("::", Qt::KeepEmptyParts, Qt::CaseSensitive);
+   const QList<QStringView> parts = QStringView(ns).split(QStringView(u"::"), Qt::KeepEmptyParts, Qt::CaseSensitive);
    if (parts.isEmpty() || parts.first().isEmpty()) { return QString(); }
    QString out;
    for (qsizetype i = 0; i < parts.size(); ++i)
    {
-      if (i > 0) { out += "\n"; }
-      out += "namespace " + parts.at(i) + " {";
+      if (i > 0) { out += QLatin1Char('\n'); }
+      out += QLatin1String("namespace ") % parts.at(i) % QLatin1String(" {");
    }
    return out;
 }
@@ -63,13 +78,13 @@ QString namespaceBegin(const QString & ns)
 QString namespaceEnd(const QString & ns)
 {
    if (ns.isEmpty()) { return QString(); }
-   const QStringList parts = ns.split("::", Qt::KeepEmptyParts, Qt::CaseSensitive);
+   const QList<QStringView> parts = QStringView(ns).split(QStringView(u"::"), Qt::KeepEmptyParts, Qt::CaseSensitive);
    if (parts.isEmpty() || parts.first().isEmpty()) { return QString(); }
    QString out;
    for (qsizetype i = parts.size() - 1; i >= 0; --i)
    {
-      if (i < (parts.size() - 1)) { out += "\n"; }
-      out += "} // namespace " + parts.at(i);
+      if (i < (parts.size() - 1)) { out += QLatin1Char('\n'); }
+      out += QLatin1String("} // namespace ") % parts.at(i);
    }
    return out;
 }
@@ -82,23 +97,23 @@ void appendMemberInitialisers(QString & out, const model::entity & entity, bool 
       if (! p) { continue; }
       model::property_type_ptr pType = p->getType();
       if (! pType) { continue; }
-      const QString sep = (bFirst ? QStringLiteral(" : ") : QStringLiteral(", "));
-      const QString member = "m_" + p->getName();
+      const QLatin1String sep = (bFirst ? QLatin1String(" : ") : QLatin1String(", "));
+      const QString name = p->getName();
       if (pIdProperty && (p->getId() == pIdProperty->getId()))
       {
-         out += sep + member + "(id)";
+         out += sep % QLatin1String("m_") % name % QLatin1String("(id)");
          bFirst = false;
          continue;
       }
       const QString def = pType->getDefaultValue();
       QString init;
-      if (p->isString(true, -1) && ! def.isEmpty()) { init = "(\"" + tools::string_helper::toCppString(def) + "\")"; }
-      else if (p->isBoolean(true, -1) && def.isEmpty()) { init = "(false)"; }
-      else if (p->isDecimal(true, -1) && def.isEmpty()) { init = "(0.0)"; }
-      else if (p->isNumber(true, -1) && def.isEmpty()) { init = "(0)"; }
-      else if (! def.isEmpty()) { init = "(" + def + ")"; }
+      if (p->isString(true, -1) && ! def.isEmpty()) { init = QLatin1String("(\"") % tools::string_helper::toCppString(def) % QLatin1String("\")"); }
+      else if (p->isBoolean(true, -1) && def.isEmpty()) { init = QStringLiteral("(false)"); }
+      else if (p->isDecimal(true, -1) && def.isEmpty()) { init = QStringLiteral("(0.0)"); }
+      else if (p->isNumber(true, -1) && def.isEmpty()) { init = QStringLiteral("(0)"); }
+      else if (! def.isEmpty()) { init = QLatin1Char('(') % def % QLatin1Char(')'); }
       if (init.isEmpty()) { continue; }
-      out += sep + member + init;
+      out += sep % QLatin1String("m_") % name % init;
       bFirst = false;
    }
 }

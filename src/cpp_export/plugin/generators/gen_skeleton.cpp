@@ -1,6 +1,7 @@
 #include "plugin/generators/generators.h"
 
 #include <QSet>
+#include <QStringBuilder>
 #include <QStringList>
 
 #include "context/ctx_global.h"
@@ -21,11 +22,22 @@ std::function<QDateTime()> s_fctClock;
 
 QString bannerDate()
 {
-   QDateTime now = (s_fctClock ? s_fctClock() : QDateTime::currentDateTime());
-   return now.toString("yyyy/MM/dd hh:mm");
+   if (s_fctClock) { return s_fctClock().toString(QStringLiteral("yyyy/MM/dd hh:mm")); }
+   // The text changes once a minute (time-zone offsets are whole minutes), so it is formatted once
+   // per minute rather than for each of the thousands of files of a large export.
+   thread_local qint64 s_iMinute = -1;
+   thread_local QString s_sText;
+   const qint64 iNow = QDateTime::currentMSecsSinceEpoch();
+   const qint64 iMinute = ((iNow >= 0) ? (iNow / 60000) : -2);
+   if ((iMinute != s_iMinute) || (iMinute < 0))
+   {
+      s_sText = QDateTime::fromMSecsSinceEpoch(iNow).toString(QStringLiteral("yyyy/MM/dd hh:mm"));
+      s_iMinute = iMinute;
+   }
+   return s_sText;
 }
 
-QString bannerApp() { return context::ctx_global::getAppName() + " " + context::ctx_global::getAppVersionStr(); }
+QString bannerApp() { return context::ctx_global::getAppName() % QLatin1Char(' ') % context::ctx_global::getAppVersionStr(); }
 
 // Removes the base-class text that a template wrote just before a keyword of a class without
 // base: " : public ", ": public " or ", public ".

@@ -24,19 +24,15 @@
 #include <QtSql/QSqlDatabase>
 #include <QtSql/QSqlError>
 
-#if defined(_WIN32)
-#define ZY_DLL_EXPORT_HELPER __declspec(dllexport)
-#define ZY_DLL_IMPORT_HELPER __declspec(dllimport)
-#else
+// The check builds with GCC or Clang only.
 #define ZY_DLL_EXPORT_HELPER __attribute__((visibility("default")))
 #define ZY_DLL_IMPORT_HELPER
-#endif
 
 namespace zy {
 
 template <class T> class ZyClass;
 
-// Generated sources specialise this once per entity; generated headers befriend the specialisation.
+// Generated sources define it once per entity (template <>); generated headers befriend that version.
 template <class T> void register_class(ZyClass<T> & t);
 
 // Keyed, ordered list: generated typedefs use it for lists of entities and for relations, as a
@@ -91,8 +87,8 @@ namespace detail {
 
 class IxDao_Helper;
 
-// Default triggers do nothing; generated headers specialise it for classes with triggers and
-// forward unhandled events to the base class's specialisation (or to this default).
+// Default triggers do nothing. Generated headers give classes with triggers their own version,
+// which hands the events they do not handle to the base class's version (or to this default).
 template <class T>
 struct ZyDao_Trigger
 {

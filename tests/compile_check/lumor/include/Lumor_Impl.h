@@ -61,7 +61,7 @@ public:
    IxValidator * add_CustomValidator(type_custom_validator fct) { Q_UNUSED(fct); return nullptr; }
 };
 
-// What the generated register_class<T> specialisations fill in. Member pointers without the
+// What the generated register_class<T> definitions fill in. Member pointers without the
 // trailing implementation argument must belong to T (or a base of T); with it, they belong to the
 // private implementation structure that pimpl() announced.
 template <class T>
@@ -174,7 +174,7 @@ QSqlError fetch_by_id_with_relation(const QString & relation, T & t, QSqlDatabas
    QSqlError className::zyFetchById(QSqlDatabase * pDatabase) { return zy::dao::fetch_by_id((* this), pDatabase); } \
    zy::ZyInvalidValueX className::zyValidate() { return zy::ZyInvalidValueX(); }
 
-// Defines what the HPP counterpart declared, and declares the register_class specialisation that
+// Defines what the HPP counterpart declared, and declares the register_class<T> version that
 // the generated source then defines, so that both must agree on its signature.
 #define ZY_REGISTER_COMPLEX_CLASS_NAME_CPP_IMPL(className, helperName) \
    namespace zy { \
