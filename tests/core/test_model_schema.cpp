@@ -255,3 +255,40 @@ TEST(ModelCheckWarnings, ShopExample)
       EXPECT_TRUE(lst.at(i + 1).startsWith(QString("Entity '%1' : with the PIMPL idiom on").arg(aszRelated[i]))) << str(lst.at(i + 1));
    }
 }
+
+TEST(ModelCheckWarnings, DefaultOnWrappedTypeAndSeveralWordNullable)
+{
+   valid_model m;
+   auto pFlag = addProperty(m.pOrder, "flags", "bool");
+   pFlag->getType()->setDecoration(1);
+   pFlag->getType()->setDefaultValue("false");
+   auto pCount = addProperty(m.pOrder, "count", "long long");
+   pCount->getType()->setDecoration(3);
+   EXPECT_EQ(lines(m.pProject->checkWarnings()), lines(QStringList({
+      "Entity 'shop::Order' : property 'flags' has a default value but a wrapped or collection type ('std::shared_ptr<bool>'); the "
+      "generated constructors initialise the member with the default as written, which does not compile",
+      "Entity 'shop::Order' : nullable property 'count' has the type 'long long' of several words; the generated getter's fallback "
+      "'long long(...)' does not compile (use a one-word type such as qlonglong or uint)" })));
+}
+
+TEST(ModelCheckWarnings, EntityWithoutOwnPropertyUnderPimpl)
+{
+   valid_model m;
+   auto pEmpty = makeEntity("shop", "Marker", "shop::Base");
+   m.pProject->addEntity(pEmpty);
+   m.pProject->resolveLinks();
+   EXPECT_EQ(lines(m.pProject->checkWarnings()), lines(QStringList({
+      "Entity 'shop::Marker' has no property of its own: with the PIMPL idiom on, its private implementation structure is "
+      "declared but never defined, so the generated code does not compile" })));
+}
+
+TEST(ModelCheckWarnings, PrivateInheritedKeyWithRelations)
+{
+   valid_model m;
+   m.pBase->getPropertyId(false)->setAccessibility(model::property::access_private);
+   addRelation(m.pOrder, "next", model::relationship::many_to_one, "shop::Order");
+   const QStringList lst = m.pProject->checkWarnings();
+   ASSERT_EQ(lst.size(), 2) << str(lst.join("\n"));
+   EXPECT_EQ(str(lst.at(0)), "Entity 'shop::Order' : the generated relation code of 'next' copies the primary key 'id', which is "
+                             "private in 'shop::Base'; the generated code does not compile (make the key protected or public)");
+}

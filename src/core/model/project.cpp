@@ -389,6 +389,31 @@ QStringList project::checkWarnings() const
    for (const entity_ptr & pEntity : lstEntities)
    {
       if (! pEntity) { continue; }
+      const QString sKey = pEntity->getKey();
+      const list_of_property & lstOwn = pEntity->getOwnProperties();
+      for (const property_ptr & pProperty : lstOwn)
+      {
+         property_type_ptr pType = (pProperty ? pProperty->getType() : property_type_ptr());
+         if (! pType || pProperty->hasRelationship()) { continue; }
+         const bool bWrapped = ((pType->getDecoration() != 0) || (pType->getCollection() != 0));
+         if (bWrapped && ! pType->getDefaultValue().isEmpty())
+         {
+            lstResult.append(QString("Entity '%1' : property '%2' has a default value but a wrapped or collection type ('%3'); the "
+                                     "generated constructors initialise the member with the default as written, which does not compile")
+                             .arg(sKey, pProperty->getName(), pProperty->getTypeDesc(false, false)));
+         }
+         if ((pType->getDecoration() == 3) && (pType->getCollection() == 0) && pType->getPrimitiveType().trimmed().contains(QLatin1Char(' ')))
+         {
+            lstResult.append(QString("Entity '%1' : nullable property '%2' has the type '%3' of several words; the generated getter's "
+                                     "fallback '%3(...)' does not compile (use a one-word type such as qlonglong or uint)")
+                             .arg(sKey, pProperty->getName(), pType->getPrimitiveType()));
+         }
+      }
+      if (pEntity->getListOfProperty(false, true, true).isEmpty())
+      {
+         lstResult.append(QString("Entity '%1' has no property of its own: with the PIMPL idiom on, its private implementation "
+                                  "structure is declared but never defined, so the generated code does not compile").arg(sKey));
+      }
       property_ptr pOwnId = pEntity->getPropertyId(false);
       property_ptr pId = (pOwnId ? pOwnId : pEntity->getPropertyId(true));
       if (! pId)
@@ -406,6 +431,12 @@ QStringList project::checkWarnings() const
       }
       if (lstRelations.isEmpty()) { continue; }
       entity_ptr pOwner = pId->getEntity();
+      if (pId->getAccessibility() == property::access_private)
+      {
+         lstResult.append(QString("Entity '%1' : the generated relation code of %2 copies the primary key '%3', which is private "
+                                  "in '%4'; the generated code does not compile (make the key protected or public)")
+                          .arg(pEntity->getKey(), lstRelations.join(", "), pId->getName(), (pOwner ? pOwner->getKey() : QString("a base class"))));
+      }
       lstResult.append(QString("Entity '%1' : with the PIMPL idiom on, the generated relation code of %2 uses the primary key '%3' "
                                "inherited from '%4', which is not a member of this class's private implementation; the "
                                "generated code does not compile with PIMPL (it does without)")
