@@ -100,18 +100,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t * data, size_t size)
    model::project & project = * fixedModel();
    // A plug-in and builder per input: nothing cached survives it, so the leak check of
    // libFuzzer (run when an input allocates more than it frees) stays quiet.
-   plugin::cpp_export plugin;
-   plugin::cpp_builder builder(& plugin);
-   plugin.setCppTemplate(plugin::cpp_template::custom);
+   plugin::cpp_export exporter;
+   plugin::cpp_builder builder(& exporter);
+   exporter.setCppTemplate(plugin::cpp_template::custom);
    const QString text = QString::fromUtf8(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
-   plugin.setCustomCppTemplate_HPP(text);
-   plugin.setCustomCppTemplate_CPP(text);
+   exporter.setCustomCppTemplate_HPP(text);
+   exporter.setCustomCppTemplate_CPP(text);
    const bool bKeywordFree = ! text.contains(QStringLiteral("@@"));
    const QString plain = (bKeywordFree ? plainExpansion(text) : QString());
 
    for (const bool bPImpl : { false, true })
    {
-      plugin.setPImpl(bPImpl);
+      exporter.setPImpl(bPImpl);
       for (const model::entity_ptr & e : * project.getListOfAllEntities())
       {
          const QString header = builder.buildHeader(project, * e);

@@ -30,8 +30,10 @@ finish "build"
 
 if [ "${TAVREL_SKIP_SANITIZE:-0}" != "1" ]; then
   begin "sanitizer build (ASan + UBSan)"
-  cmake -S "$root" -B "$build_asan" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTAVREL_SANITIZE=ON \
-        -DTAVREL_BUILD_BENCH=OFF >/dev/null
+  # Unoptimised with line tables only: builds four times faster than -O2 -g, and the stack
+  # traces still name file and line. NDEBUG stays, so the plug-in is the release one.
+  cmake -S "$root" -B "$build_asan" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+        -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O0 -g1 -DNDEBUG" -DTAVREL_SANITIZE=ON -DTAVREL_BUILD_BENCH=OFF >/dev/null
   cmake --build "$build_asan" -j "$jobs"
   finish "sanitizer build (ASan + UBSan)"
 
@@ -48,7 +50,8 @@ fi
 if [ "${TAVREL_SKIP_FUZZ:-0}" != "1" ]; then
   begin "fuzz build (clang, libFuzzer)"
   cmake -S "$root" -B "$build_fuzz" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ \
-        -DTAVREL_BUILD_FUZZERS=ON -DTAVREL_BUILD_TESTS=OFF -DTAVREL_FUZZ_SECONDS="${TAVREL_FUZZ_SECONDS:-30}" >/dev/null
+        -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O1 -g1 -DNDEBUG" \
+        -DTAVREL_BUILD_FUZZERS=ON -DTAVREL_BUILD_TESTS=OFF -DTAVREL_BUILD_BENCH=OFF -DTAVREL_FUZZ_SECONDS="${TAVREL_FUZZ_SECONDS:-30}" >/dev/null
   cmake --build "$build_fuzz" -j "$jobs" --target tavrel_fuzzers
   finish "fuzz build (clang, libFuzzer)"
 

@@ -25,12 +25,6 @@ namespace {
 const int k_iDuration = 10000;
 const char * const k_sNoPlugin = "There is no plugin associated to the C++ builder class";
 
-// The search for "\r\n" is slow next to the vectorised one for '\r', and most files have none.
-void toLineFeeds(QString & text)
-{
-   if (text.contains(QLatin1Char('\r'))) { text.replace(QStringLiteral("\r\n"), QStringLiteral("\n")); }
-}
-
 // Views, not copies: the comparison runs on every generated file.
 QStringView removeUpTo(QStringView text, QLatin1String marker)
 {
@@ -143,8 +137,7 @@ zy::ZyBool cpp_builder::build(model::project & project)
       QString sOldSource = getFileText(m_sCurrentSourceFile);
       const QString sNewHeader = buildHelper(project, item, true);
       const QString sNewSource = buildHelper(project, item, false);
-      toLineFeeds(sOldHeader);
-      toLineFeeds(sOldSource);
+      // No "\r\n" to turn into "\n": getFileText drops every '\r' already.
       if (! isSame(sOldHeader, sNewHeader) && ! writeFile(m_sCurrentHeaderFile, sNewHeader))
       { return zy::ZyBool(false, "An error occurred opening header file : " + m_sCurrentHeaderFile); }
       if (! isSame(sOldSource, sNewSource) && ! writeFile(m_sCurrentSourceFile, sNewSource))

@@ -74,18 +74,19 @@ void appendRelatedIncludes(QString & out, model::entity & e, QStringList & lstDo
 
 void setBannerClock(const std::function<QDateTime()> & clock) { s_fctClock = clock; }
 
+// Each banner is appended in one piece: they head every generated file.
 void COMMENT_FILE_CREATED_BY(QString & out)
 {
-   out += "/" + QString(96, QLatin1Char('*')) + "\n";
-   out += "** File created by " + bannerApp() + " (" + bannerDate() + ") : please, do NOT modify this file ! **\n";
-   out += QString(96, QLatin1Char('*')) + "/\n";
+   static const QString sRule(96, QLatin1Char('*'));
+   out += QLatin1Char('/') % sRule % QLatin1String("\n** File created by ") % bannerApp() % QLatin1String(" (") % bannerDate()
+          % QLatin1String(") : please, do NOT modify this file ! **\n") % sRule % QLatin1String("/\n");
 }
 
 void COMMENT_PRO_FILE_CREATED_BY(QString & out)
 {
-   out += QString(97, QLatin1Char('#')) + "\n";
-   out += "## File created by " + bannerApp() + " (" + bannerDate() + ") : please, do NOT modify this file ! ##\n";
-   out += QString(97, QLatin1Char('#')) + "\n";
+   static const QString sRule(97, QLatin1Char('#'));
+   out += sRule % QLatin1String("\n## File created by ") % bannerApp() % QLatin1String(" (") % bannerDate()
+          % QLatin1String(") : please, do NOT modify this file ! ##\n") % sRule % QLatin1Char('\n');
 }
 
 void INCLUDE_MACRO_GUARD(const cpp_builder &, QString & out, model::project & p, model::entity & e)
