@@ -24,39 +24,48 @@ namespace {
 
 const char * const k_sNoPlugin = "There is no plugin associated to the C++ builder class";
 
+// A maximal run of at least three line feeds at or after iFrom; false when there is none. Any
+// three consecutive characters hold one position of each residue modulo 3, so probing every
+// third character finds every such run while looking at a third of the text.
+bool findEmptyLineRun(const QChar * pText, qsizetype iSize, qsizetype iFrom, qsizetype & iStart, qsizetype & iEnd)
+{
+   for (qsizetype i = iFrom + 2; i < iSize; i += 3)
+   {
+      if (pText[i] != QLatin1Char('\n')) { continue; }
+      qsizetype s = i;
+      while ((s > iFrom) && (pText[s - 1] == QLatin1Char('\n'))) { --s; }
+      qsizetype e = i + 1;
+      while ((e < iSize) && (pText[e] == QLatin1Char('\n'))) { ++e; }
+      if ((e - s) >= 3) { iStart = s; iEnd = e; return true; }
+   }
+   return false;
+}
+
 // Runs of three or more line feeds become two, so that generators emitting nothing leave at
-// most one empty line (the same result as replacing "\n\n\n" until none is left). One pass in
-// place, line by line with the vectorised character search: a per-character append, or a
-// search for the three-character run, cost a quarter to a half of an export.
+// most one empty line (the same result as replacing "\n\n\n" until none is left). Done in place,
+// moving the text between runs in blocks: appending character by character, or searching for
+// the three-character string, cost a quarter to a half of an export.
 void collapseEmptyLines(QString & out)
 {
    const qsizetype iSize = out.size();
-   const QChar * pRead = out.constData();
-   QChar * pData = nullptr;   // taken on the first run to shorten, so unchanged text is not detached
-   qsizetype iRead = 0;
-   qsizetype iWrite = 0;
-   while (iRead < iSize)
+   qsizetype iStart = 0;
+   qsizetype iEnd = 0;
+   if (! findEmptyLineRun(out.constData(), iSize, 0, iStart, iEnd)) { return; }
+   QChar * pData = out.data();
+   qsizetype iWrite = iStart + 2;
+   qsizetype iRead = iEnd;
+   while (true)
    {
-      const qsizetype iFound = QStringView(pRead + iRead, iSize - iRead).indexOf(QLatin1Char('\n'));
-      const qsizetype iLineEnd = ((iFound < 0) ? iSize : (iRead + iFound));
-      if (pData && (iWrite != iRead)) { ::memmove(pData + iWrite, pData + iRead, static_cast<size_t>(iLineEnd - iRead) * sizeof(QChar)); }
-      iWrite += (iLineEnd - iRead);
-      iRead = iLineEnd;
-      if (iRead >= iSize) { break; }
-
-      qsizetype iRunEnd = iRead;
-      while ((iRunEnd < iSize) && (pRead[iRunEnd] == QLatin1Char('\n'))) { ++iRunEnd; }
-      const qsizetype iKeep = qMin<qsizetype>(iRunEnd - iRead, 2);
-      if (! pData && (iKeep < (iRunEnd - iRead)))
-      {
-         pData = out.data();
-         pRead = pData;
-      }
-      if (pData) { for (qsizetype k = 0; k < iKeep; ++k) { pData[iWrite + k] = QLatin1Char('\n'); } }
-      iWrite += iKeep;
-      iRead = iRunEnd;
+      const bool bMore = findEmptyLineRun(pData, iSize, iRead, iStart, iEnd);
+      const qsizetype iBlockEnd = (bMore ? iStart : iSize);
+      ::memmove(pData + iWrite, pData + iRead, static_cast<size_t>(iBlockEnd - iRead) * sizeof(QChar));
+      iWrite += (iBlockEnd - iRead);
+      if (! bMore) { break; }
+      pData[iWrite++] = QLatin1Char('\n');
+      pData[iWrite++] = QLatin1Char('\n');
+      iRead = iEnd;
    }
-   if (pData) { out.truncate(iWrite); }
+   out.truncate(iWrite);
 }
 
 } // namespace
