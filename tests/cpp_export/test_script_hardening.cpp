@@ -215,3 +215,57 @@ TEST(ScriptHardeningEngine, ReloadAfterTheMemoryLimitGivesAWorkingEngine)
    ASSERT_TRUE(static_cast<bool>(next)) << next.getDesc().toStdString();
    EXPECT_EQ(next.getDesc(), QString("kept 0"));
 }
+
+namespace {
+
+// Loads a script with the short time limit; the load's own result.
+zy::ZyBool loadEngine(tools::custom_javascript & js, const QTemporaryDir & tmp, const QString & source)
+{
+   const QString path = tmp.path() + "/script.js";
+   EXPECT_TRUE(writeText(path, source));
+   js.setTimeLimit(k_timeLimitMs);
+   return js.initEngine(path, nullptr);
+}
+
+QString callAction(tools::custom_javascript & js, const QString & action)
+{
+   QHash<QString, QVariant> params;
+   params.insert("action", action);
+   params.insert("default_value", "kept");
+   return js.executeScript(nullptr, nullptr, nullptr, nullptr, params).getDesc();
+}
+
+} // namespace
+
+// Turning the answer or a thrown value into text runs script code too: it must not escape the
+// time limit and hang the export.
+TEST(ScriptHardeningEngine, AnswerWhoseTextNeverEndsIsStopped)
+{
+   QTemporaryDir tmp;
+   tools::custom_javascript js;
+   ASSERT_TRUE(static_cast<bool>(loadEngine(js, tmp, "function execute(params) { return { toString: function () { for (;;) { } } }; }\n")));
+   EXPECT_EQ(callAction(js, "CLASS_NAME"), interruptedByTime("CLASS_NAME"));
+}
+
+TEST(ScriptHardeningEngine, ThrownValueWhoseTextNeverEndsIsStopped)
+{
+   QTemporaryDir tmp;
+   tools::custom_javascript js;
+   ASSERT_TRUE(static_cast<bool>(loadEngine(js, tmp, "function execute(params) {\n"
+                                                     "   if (params.action === 'A') { throw { toString: function () { for (;;) { } } }; }\n"
+                                                     "   throw { toString: function () { return 'plain'; }, get lineNumber() { for (;;) { } } };\n"
+                                                     "}\n")));
+   EXPECT_EQ(callAction(js, "A"), interruptedByTime("A"));
+   EXPECT_EQ(callAction(js, "B"), interruptedByTime("B"));
+}
+
+TEST(ScriptHardeningEngine, LoadWhoseErrorTextOrExecuteNeverEndsIsStopped)
+{
+   QTemporaryDir tmp;
+   const QString path = tmp.path() + "/script.js";
+   const QString timeout = QString("Custom javascript execution interrupted : time limit of %1 ms exceeded while loading '%2'").arg(k_timeLimitMs).arg(path);
+   tools::custom_javascript js;
+   EXPECT_EQ(loadEngine(js, tmp, "throw { toString: function () { for (;;) { } } };\n").getDesc(), timeout);
+   EXPECT_EQ(loadEngine(js, tmp, "Object.defineProperty(this, 'execute', { get: function () { for (;;) { } } });\n").getDesc(), timeout);
+   EXPECT_FALSE(js.isLoaded());
+}

@@ -179,7 +179,13 @@ public:
       const double d = v.toDouble();
       if (v.isDouble() && (std::floor(d) == d))
       {
-         if ((d < 0) || (d >= iCount)) { m_reader.error(path(sKey), QString("unknown code %1, expected one of %2").arg(qint64(d)).arg(sExpected)); return false; }
+         if ((d < 0) || (d >= iCount))
+         {
+            // A huge code doesn't fit an integer: converting it would be undefined.
+            const QString sCode = ((std::fabs(d) <= 9007199254740992.0) ? QString::number(qint64(d)) : QString::number(d, 'g', QLocale::FloatingPointShortest));
+            m_reader.error(path(sKey), QString("unknown code %1, expected one of %2").arg(sCode, sExpected));
+            return false;
+         }
          iOut = int(d);
          return true;
       }

@@ -244,6 +244,25 @@ QString describeError(const QJSValue & error)
    return text;
 }
 
+// What the call wrapper of the setup gave: the answer as text, or the failure as a message.
+zy::ZyBool readOutcome(const QJSValue & result, const QString & action, const QString & defaultValue)
+{
+   if (result.isError()) { return zy::ZyBool(false, describeError(result)); }
+   if (! result.property("ok").toBool())
+   {
+      const QJSValue tooLong = result.property("tooLong");
+      if (tooLong.isNumber())
+      {
+         return zy::ZyBool(false, custom_javascript::tr("Custom javascript answer too long for action '%1' : %2 characters (at most %3)")
+                                     .arg(action).arg(static_cast<qint64>(tooLong.toNumber())).arg(custom_javascript::maxResultLength()));
+      }
+      return zy::ZyBool(false, describeError(result.property("error")));
+   }
+   const QJSValue value = result.property("value");
+   if (value.isUndefined()) { return zy::ZyBool(true, defaultValue); }
+   return zy::ZyBool(true, value.toString());
+}
+
 QVariant metaField(const model::persistable & item)
 {
    QVariantMap meta;
@@ -444,14 +463,28 @@ zy::ZyBool custom_javascript::initEngine(const QString & file, plugin::base_inte
    m_pEngine->globalObject().setProperty("tavrel", m_objHostApi);
    m_pWatchdog = std::make_unique<script_watchdog>();
 
-   // The file's top level runs under the time limit too.
+   // The file's top level runs under the limits too, and so does the reading of its error or of
+   // "execute": a thrown object's toString, or a getter, is script code that may never end.
    QStringList stack;
    QJSValue result;
    bool outOfMemory = false;
+   bool failed = false;
+   int line = 0;
+   QString message;
    m_bRunning = true;
    m_sCurrentAction.clear();
    m_pWatchdog->arm(m_pEngine.get(), m_iTimeLimitMs, m_iMemoryLimitMb);
-   try { result = m_pEngine->evaluate(code, path, 1, & stack); }
+   try
+   {
+      result = m_pEngine->evaluate(code, path, 1, & stack);
+      failed = (result.isError() || ! stack.isEmpty());
+      if (failed)
+      {
+         if (result.isObject()) { line = result.property("lineNumber").toInt(); }
+         message = result.toString();
+      }
+      else { m_fctExecute = m_pEngine->globalObject().property("execute"); }
+   }
    catch (const std::bad_alloc &) { outOfMemory = true; }
    const script_watchdog::enum_stop stop = m_pWatchdog->disarm();
    m_bRunning = false;
@@ -471,22 +504,18 @@ zy::ZyBool custom_javascript::initEngine(const QString & file, plugin::base_inte
       releaseEngine();
       return zy::ZyBool(false, tr("Custom javascript ran out of memory while loading '%1'").arg(path));
    }
-   if (result.isError() || ! stack.isEmpty())
+   if (failed)
    {
-      int line = 0;
-      if (result.isObject()) { line = result.property("lineNumber").toInt(); }
       if ((line <= 0) && ! stack.isEmpty())
       {
          // Entries read "function:line:file".
          const QStringList parts = stack.first().split(QLatin1Char(':'));
          if (parts.size() > 1) { line = parts.at(1).toInt(); }
       }
-      const QString message = result.toString();
       releaseEngine();
       return zy::ZyBool(false, tr("Custom javascript error in '%1' at line %2 : %3").arg(path).arg(line).arg(message));
    }
 
-   m_fctExecute = m_pEngine->globalObject().property("execute");
    if (! m_fctExecute.isCallable())
    {
       releaseEngine();
@@ -521,6 +550,7 @@ zy::ZyBool custom_javascript::runExecute(model::project * pProject, model::entit
 
    QJSEngine & engine = (* m_pEngine);
    QJSValue result;
+   zy::ZyBool outcome(false);
    bool outOfMemory = false;
    script_watchdog::enum_stop stop = script_watchdog::stop_none;
    m_bRunning = true;
@@ -539,6 +569,8 @@ zy::ZyBool custom_javascript::runExecute(model::project * pProject, model::entit
 
       m_pWatchdog->arm(m_pEngine.get(), m_iTimeLimitMs, m_iMemoryLimitMb);
       result = m_fctRun.call(QJSValueList() << m_fctExecute << jsParams << maxResultLength());
+      // Reading a thrown value may run script code (its toString, a getter): still watched.
+      outcome = readOutcome(result, action, params.value("default_value").toString());
       stop = m_pWatchdog->disarm();
    }
    catch (const std::bad_alloc &)
@@ -571,21 +603,7 @@ zy::ZyBool custom_javascript::runExecute(model::project * pProject, model::entit
       engine.setInterrupted(false);
       return zy::ZyBool(false, tr("Custom javascript execution interrupted : time limit of %1 ms exceeded for action '%2'").arg(m_iTimeLimitMs).arg(action));
    }
-   if (result.isError()) { return zy::ZyBool(false, describeError(result)); }
-   if (! result.property("ok").toBool())
-   {
-      const QJSValue tooLong = result.property("tooLong");
-      if (tooLong.isNumber())
-      {
-         return zy::ZyBool(false, tr("Custom javascript answer too long for action '%1' : %2 characters (at most %3)")
-                                     .arg(action).arg(static_cast<qint64>(tooLong.toNumber())).arg(maxResultLength()));
-      }
-      return zy::ZyBool(false, describeError(result.property("error")));
-   }
-
-   const QJSValue value = result.property("value");
-   if (value.isUndefined()) { return zy::ZyBool(true, params.value("default_value").toString()); }
-   return zy::ZyBool(true, value.toString());
+   return outcome;
 }
 
 QVariant custom_javascript::viewField(int serial, const QString & kind, const QString & name) const
