@@ -1,1 +1,0 @@
-## -- Put your custom code here -- ##
