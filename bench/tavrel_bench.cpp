@@ -11,7 +11,7 @@
 #include <QTemporaryDir>
 
 #include <sys/stat.h>
-#include <time.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -101,16 +101,23 @@ double median(std::vector<double> v)
 // Dirty pages of the previous step are flushed, untimed, so that no figure pays for another's writes.
 void settleDisk() { ::sync(); }
 
-double copyTreeMs(const QString & from, const QString & to)
+// Wall time of "cp -r"; the system time of the copy goes to sysMs.
+double copyTreeMs(const QString & from, const QString & to, double & sysMs)
 {
    QDir(to).removeRecursively();
    settleDisk();
+   struct rusage before;
+   ::getrusage(RUSAGE_CHILDREN, & before);
    QElapsedTimer t;
    t.start();
    QProcess cp;
    cp.start("cp", { "-r", from, to });
    if (! cp.waitForFinished(-1) || (cp.exitCode() != 0)) { qFatal("cp -r failed"); }
-   return (t.nsecsElapsed() / 1e6);
+   const double ms = t.nsecsElapsed() / 1e6;
+   struct rusage after;
+   ::getrusage(RUSAGE_CHILDREN, & after);
+   sysMs = ((after.ru_stime.tv_sec - before.ru_stime.tv_sec) * 1e3) + ((after.ru_stime.tv_usec - before.ru_stime.tv_usec) / 1e3);
+   return ms;
 }
 
 struct settings
@@ -131,7 +138,7 @@ struct figures
    int n = 0;
    int files = 0;
    qint64 bytes = 0;
-   double coldMs = 0, coldCpuMs = 0, copyMs = 0;
+   double coldMs = 0, coldUserMs = 0, coldSysMs = 0, copyMs = 0, copySysMs = 0;
    double unchangedMs = 0; int unchangedWritten = -1;
    double changedMs = 0; int changedWritten = -1; qint64 changedBytes = 0;
    double previewUs = 0; qint64 previewBytes = 0;
@@ -158,7 +165,8 @@ public:
    }
 
    // An exported entity whose files only it generates: no descendant and no relation points to it,
-   // so a change of one of its property descriptions touches exactly its header and source.
+   // so renaming one of its plain properties touches exactly its header and source (in every
+   // style, with or without PIMPL).
    static model::entity_ptr leafEntity(const model::project & project)
    {
       QSet<const model::entity *> referenced;
@@ -185,24 +193,29 @@ public:
       return model::property_ptr();
    }
 
-   static double cpuMs()
+   // Processor time of the process so far, user and system (kernel: file creation and writes).
+   static void cpuMs(double & user, double & sys)
    {
-      struct timespec ts;
-      ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, & ts);
-      return (ts.tv_sec * 1e3) + (ts.tv_nsec / 1e6);
+      struct rusage ru;
+      ::getrusage(RUSAGE_SELF, & ru);
+      user = (ru.ru_utime.tv_sec * 1e3) + (ru.ru_utime.tv_usec / 1e3);
+      sys = (ru.ru_stime.tv_sec * 1e3) + (ru.ru_stime.tv_usec / 1e3);
    }
 
-   // Wall time of one export; its processor time (user + system) goes to pCpuMs.
-   double timedBuild(plugin::cpp_builder & builder, model::project & project, bool bProfiled, double * pCpuMs = nullptr)
+   // Wall time of one export; its user and system processor times go to pUserMs and pSysMs.
+   double timedBuild(plugin::cpp_builder & builder, model::project & project, bool bProfiled, double * pUserMs = nullptr, double * pSysMs = nullptr)
    {
       zy::ZyBool ok(true);
       QElapsedTimer t;
       std::function<void()> work = [&] { ok = builder.build(project); };
-      const double cpuStart = cpuMs();
+      double user0 = 0, sys0 = 0, user1 = 0, sys1 = 0;
+      cpuMs(user0, sys0);
       t.start();
       if (bProfiled) { tavrel_bench_profiled(& work); } else { work(); }
       const double ms = t.nsecsElapsed() / 1e6;
-      if (pCpuMs) { * pCpuMs = cpuMs() - cpuStart; }
+      cpuMs(user1, sys1);
+      if (pUserMs) { * pUserMs = user1 - user0; }
+      if (pSysMs) { * pSysMs = sys1 - sys0; }
       if (! ok) { qFatal("export failed: %s", qPrintable(ok.getDesc())); }
       return ms;
    }
@@ -222,7 +235,7 @@ public:
       const int repeat = (bProfileOnly ? 1 : m_settings.repeat);
 
       // Cold: a new builder (templates parsed again) into an empty directory.
-      std::vector<double> vCold, vColdCpu, vCopy;
+      std::vector<double> vCold, vColdUser, vColdSys, vCopy, vCopySys;
       for (int r = 0; r < repeat; ++r)
       {
          QDir(out).removeRecursively();
@@ -230,17 +243,25 @@ public:
          m_plugin.setCppExportPath(out);
          plugin::cpp_builder builder(& m_plugin);
          settleDisk();
-         double cpu = 0;
-         vCold.push_back(timedBuild(builder, * pProject, m_settings.profile == "cold", & cpu));
-         vColdCpu.push_back(cpu);
-         if (! bProfileOnly) { vCopy.push_back(copyTreeMs(out, base + "/copy")); }
+         double user = 0, sys = 0;
+         vCold.push_back(timedBuild(builder, * pProject, m_settings.profile == "cold", & user, & sys));
+         vColdUser.push_back(user);
+         vColdSys.push_back(sys);
+         if (! bProfileOnly)
+         {
+            double copySys = 0;
+            vCopy.push_back(copyTreeMs(out, base + "/copy", copySys));
+            vCopySys.push_back(copySys);
+         }
       }
       const tree_state cold = snapshot(out);
       f.files = cold.size();
       f.bytes = totalBytes(cold);
       f.coldMs = median(vCold);
-      f.coldCpuMs = median(vColdCpu);
+      f.coldUserMs = median(vColdUser);
+      f.coldSysMs = median(vColdSys);
       f.copyMs = median(vCopy);
+      f.copySysMs = median(vCopySys);
       QDir(base + "/copy").removeRecursively();
 
       // The rest reuse one builder, as the host does between exports.
@@ -268,12 +289,12 @@ public:
       if (pLeaf && (! bProfileOnly || (m_settings.profile == "changed")))
       {
          model::property_ptr pProp = plainProperty(* pLeaf);
-         const QString sOriginal = pProp->getDescription();
+         const QString sOriginal = pProp->getName();
          std::vector<double> v;
          f.changedWritten = 0;
          for (int r = 0; r < repeat; ++r)
          {
-            pProp->setDescription(sOriginal + QString(" (edit %1)").arg(r));
+            pProp->setName(sOriginal + QString("_edit%1").arg(r));
             const tree_state before = snapshot(out);
             settleDisk();
             v.push_back(timedBuild(builder, * pProject, m_settings.profile == "changed"));
@@ -283,7 +304,7 @@ public:
             f.changedBytes = bytes;
             if (files != 2) { std::fprintf(stderr, "one-entity change wrote %d files: %s\n", files, qPrintable(names.join(", "))); }
          }
-         pProp->setDescription(sOriginal);
+         pProp->setName(sOriginal);
          f.changedMs = median(v);
       }
 
@@ -324,13 +345,14 @@ void printTable(const QList<figures> & all, const settings & s)
 {
    std::printf("\nstyle %d, PIMPL %s, custom files %s, median of %d runs (preview: %d iterations per run)\n\n",
                s.style, s.pimpl ? "on" : "off", s.customFiles ? "on" : "off", s.repeat, s.previewIterations);
-   std::printf("| N | files | bytes written | cold export ms (CPU ms) | cp -r ms | cold / cp -r | unchanged re-export ms (files written) "
-               "| one entity changed ms (files written, bytes) | preview header+source us (chars) |\n");
+   std::printf("| N | files | bytes written | cold export ms (user, system) | cp -r ms (system) | cold / cp -r "
+               "| unchanged re-export ms (files written) | one entity changed ms (files written, bytes) | preview header+source us (chars) |\n");
    std::printf("|---:|---:|---:|---:|---:|---:|---:|---:|---:|\n");
    for (const figures & f : all)
    {
-      std::printf("| %d | %d | %lld | %.1f (%.1f) | %.1f | %.2f | %.1f (%d) | %.1f (%d, %lld) | %.1f (%lld) |\n", f.n, f.files,
-                  static_cast<long long>(f.bytes), f.coldMs, f.coldCpuMs, f.copyMs, (f.copyMs > 0 ? f.coldMs / f.copyMs : 0.0),
+      std::printf("| %d | %d | %lld | %.1f (%.0f, %.0f) | %.1f (%.0f) | %.2f | %.1f (%d) | %.1f (%d, %lld) | %.1f (%lld) |\n", f.n, f.files,
+                  static_cast<long long>(f.bytes), f.coldMs, f.coldUserMs, f.coldSysMs, f.copyMs, f.copySysMs,
+                  (f.copyMs > 0 ? f.coldMs / f.copyMs : 0.0),
                   f.unchangedMs, f.unchangedWritten, f.changedMs, f.changedWritten, static_cast<long long>(f.changedBytes),
                   f.previewUs, static_cast<long long>(f.previewBytes));
    }
