@@ -28,6 +28,11 @@ begin "build"
 "$root/scripts/build.sh"
 finish "build"
 
+begin "Debian package"
+(cd "$build" && cpack -G DEB >/dev/null)
+"$root/scripts/check_package.sh"
+finish "Debian package"
+
 if [ "${TAVREL_SKIP_SANITIZE:-0}" != "1" ]; then
   begin "sanitizer build (ASan + UBSan)"
   # Unoptimised with line tables only: builds four times faster than -O2 -g, and the stack

@@ -192,8 +192,8 @@ int cli_host::cmdCheck(const QStringList & args)
 
 int cli_host::cmdPlugins()
 {
-   QString dir = plugin_finder::pluginDirectory();
-   QList<plugin_info> lst = plugin_finder::findPlugins(dir);
+   QString dir = plugin_finder::pluginDirectories().join(QDir::listSeparator());
+   QList<plugin_info> lst = plugin_finder::findPlugins();
    if (lst.isEmpty()) { return failure("no plug-in found in '" + QDir::toNativeSeparators(dir) + "'"); }
    for (const plugin_info & info : lst)
    {
@@ -219,7 +219,7 @@ int cli_host::cmdExport(const QStringList & positional, const QStringList & allA
 {
    if (positional.size() != 1) { return usageError("export needs exactly one PROJECT"); }
 
-   QList<plugin_info> lst = plugin_finder::findPlugins(plugin_finder::pluginDirectory());
+   QList<plugin_info> lst = plugin_finder::findPlugins();
    plugin::export_interface * pPlugin = nullptr;
    QStringList names;
    for (const plugin_info & info : lst)
@@ -230,7 +230,7 @@ int cli_host::cmdExport(const QStringList & positional, const QStringList & allA
    }
    if (! pPlugin)
    {
-      if (names.isEmpty()) { return failure("no export plug-in found in '" + QDir::toNativeSeparators(plugin_finder::pluginDirectory()) + "'"); }
+      if (names.isEmpty()) { return failure("no export plug-in found in '" + QDir::toNativeSeparators(plugin_finder::pluginDirectories().join(QDir::listSeparator())) + "'"); }
       return failure("no export plug-in named '" + pluginName + "' (available : " + names.join(", ") + ")");
    }
 

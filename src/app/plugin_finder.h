@@ -26,11 +26,18 @@ struct plugin_info
 class plugin_finder
 {
 public:
-   // Directory scanned for plug-ins: $TAVREL_PLUGIN_DIR, else "plugins" beside the program.
+   // The host's own plug-in directory: $TAVREL_PLUGIN_DIR, else "plugins" beside the program
+   // (build tree), else the installed plug-in folder relative to the program.
    static QString pluginDirectory();
+   // Every folder scanned: those of $TAVREL_PLUGIN_PATH (list separator ':') first, then
+   // pluginDirectory(); folders of the variable that do not exist are left out, duplicates once.
+   static QStringList pluginDirectories();
    // Loads every plug-in library of the directory (in file name order); a library that fails
    // to load, or is no Tavrel export plug-in, is listed with its error.
    static QList<plugin_info> findPlugins(const QString & dir);
+   // The plug-ins of every folder of pluginDirectories(); a plug-in whose name was found in an
+   // earlier folder is left out, so a folder of $TAVREL_PLUGIN_PATH can override the host's.
+   static QList<plugin_info> findPlugins();
 };
 
 } // namespace app

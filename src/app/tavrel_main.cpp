@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "cli_host.h"
+#include "context/ctx_global.h"
 
 int main(int argc, char ** argv)
 {
@@ -37,7 +38,7 @@ int main(int argc, char ** argv)
    qtArgv.push_back(nullptr);
    QApplication app(qtArgc, qtArgv.data());
    QApplication::setApplicationName("tavrel");
-   QApplication::setApplicationVersion(QString::fromUtf8(TAVREL_VERSION_STR));
+   QApplication::setApplicationVersion(context::ctx_global::getAppVersionStr());
 
    app::cli_host host;
    return host.run(args);

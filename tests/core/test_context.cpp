@@ -8,6 +8,7 @@
 #include "context/ctx_project.h"
 #include "model/global_params.h"
 #include "model/project.h"
+#include "tavrel_version.h"
 #include "test_support.h"
 #include "view/main_wnd.h"
 

@@ -109,7 +109,7 @@ int main(int argc, char ** argv)
    }
    QApplication app(argc, argv);
    QApplication::setApplicationName("tavrel-gui");
-   QApplication::setApplicationVersion(QString::fromUtf8(TAVREL_VERSION_STR));
+   QApplication::setApplicationVersion(context::ctx_global::getAppVersionStr());
 
    QStringList parserArgs;
    for (const QString & a : QCoreApplication::arguments()) { if (! isPluginParameter(a)) { parserArgs.append(a); } }

@@ -78,7 +78,7 @@ main_window::main_window(QWidget * parent) : view::main_wnd(parent)
    context::ctx_global::setMainWnd(this);
    createActions();
    createWidgets();
-   loadPlugins(app::plugin_finder::pluginDirectory());
+   loadPlugins();
    resize(1280, 800);
    // Most of the room for the model and the generated code, a few lines for the messages.
    resizeDocks({ m_dockMessages }, { 160 }, Qt::Vertical);
@@ -238,10 +238,10 @@ void main_window::createWidgets()
    showItemDetails();
 }
 
-void main_window::loadPlugins(const QString & dir)
+void main_window::loadPlugins()
 {
-   m_sPluginDir = dir;
-   m_lstPlugins = app::plugin_finder::findPlugins(dir);
+   m_sPluginDir = app::plugin_finder::pluginDirectories().join(QDir::listSeparator());
+   m_lstPlugins = app::plugin_finder::findPlugins();
    plugin::export_interface * pFirst = nullptr;
    for (const app::plugin_info & info : std::as_const(m_lstPlugins))
    {
@@ -253,7 +253,7 @@ void main_window::loadPlugins(const QString & dir)
       connect(info.exportPlugin, & plugin::base_interface::onMessage, this, & main_window::doPluginMessage, Qt::UniqueConnection);
       if (! pFirst) { pFirst = info.exportPlugin; }
    }
-   if (! pFirst) { addMessage(tr("No export plug-in found in '%1'").arg(QDir::toNativeSeparators(dir)), 2); }
+   if (! pFirst) { addMessage(tr("No export plug-in found in '%1'").arg(QDir::toNativeSeparators(m_sPluginDir)), 2); }
    setCurrentPlugin(pFirst);
 }
 

@@ -78,7 +78,7 @@ private:
    QAction * m_actAbout = nullptr;
 
 public:
-   // Makes itself the host's main window and loads the plug-ins of plugin_finder::pluginDirectory().
+   // Makes itself the host's main window and loads the plug-ins of plugin_finder::pluginDirectories().
    explicit main_window(QWidget * parent = nullptr);
    virtual ~main_window();
 
@@ -128,7 +128,7 @@ public Q_SLOTS:
 private:
    void createActions();
    void createWidgets();
-   void loadPlugins(const QString & dir);
+   void loadPlugins();
    void setCurrentPlugin(plugin::export_interface * pPlugin);
    void fillModelTree();
    void showItemDetails();

@@ -12,11 +12,9 @@
 #include <memory>
 
 #include "model/global_params.h"
+#include "tavrel_paths.h"
+#include "tavrel_version.h"
 #include "view/main_wnd.h"
-
-#ifndef TAVREL_VERSION_STR
-#define TAVREL_VERSION_STR "0.0.0"
-#endif
 
 namespace context {
 
@@ -55,25 +53,11 @@ QString ctx_global::getAppVersionStr() { return QStringLiteral(TAVREL_VERSION_ST
 
 QString ctx_global::getAppHelpManualUrl()
 {
-   // Installed layout first (bin/../share/tavrel), then the build tree's copy of the docs.
-   QStringList candidates;
-   if (QCoreApplication::instance())
-   {
-      const QString appDir = QCoreApplication::applicationDirPath();
-      candidates << appDir + "/../share/tavrel/user_guide.html";
-      candidates << appDir + "/docs/user_guide.html";
-      candidates << appDir + "/../docs/user_guide.html";
-   }
-#ifdef TAVREL_DOCS_DIR
-   candidates << QStringLiteral(TAVREL_DOCS_DIR "/user_guide.html");
-#endif
-   for (const QString & c : std::as_const(candidates))
-   {
-      if (QFileInfo(c).isFile()) { return QUrl::fromLocalFile(QDir::cleanPath(QFileInfo(c).absoluteFilePath())).toString(); }
-   }
-   // Nothing found: point at the installed location, so the user sees where it should be.
-   const QString fallback = (candidates.isEmpty() ? QStringLiteral("user_guide.html") : candidates.first());
-   return QUrl::fromLocalFile(QDir::cleanPath(QFileInfo(fallback).absoluteFilePath())).toString();
+   // The build tree mirrors the installed layout (its docs are copied at build time), so one
+   // path relative to the program serves both.
+   const QString appDir = (QCoreApplication::instance() ? QCoreApplication::applicationDirPath() : QDir::currentPath());
+   const QString path = QDir::cleanPath(appDir + "/" TAVREL_REL_DOC_DIR "/user_guide.html");
+   return QUrl::fromLocalFile(path).toString();
 }
 
 view::main_wnd * ctx_global::getMainWnd() { QMutexLocker lock(& state().mutex); return state().mainWnd.data(); }
