@@ -23,6 +23,7 @@ finish() { summary+=("$(printf '%-44s %4ds' "$1" $((SECONDS - stage_start)))"); 
 begin "dependencies"
 "$root/scripts/install_deps.sh"
 finish "dependencies"
+source "$root/scripts/compiler_cache.sh"
 
 begin "build"
 "$root/scripts/build.sh"
@@ -38,7 +39,7 @@ if [ "${TAVREL_SKIP_SANITIZE:-0}" != "1" ]; then
   # Unoptimised with line tables only: builds four times faster than -O2 -g, and the stack
   # traces still name file and line. NDEBUG stays, so the plug-in is the release one.
   cmake -S "$root" -B "$build_asan" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-        -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O0 -g1 -DNDEBUG" -DTAVREL_SANITIZE=ON -DTAVREL_BUILD_BENCH=OFF >/dev/null
+        -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O0 -g1 -DNDEBUG" -DTAVREL_SANITIZE=ON -DTAVREL_BUILD_BENCH=OFF "${TAVREL_LAUNCHER[@]}" >/dev/null
   cmake --build "$build_asan" -j "$jobs"
   finish "sanitizer build (ASan + UBSan)"
 
@@ -56,7 +57,7 @@ if [ "${TAVREL_SKIP_FUZZ:-0}" != "1" ]; then
   begin "fuzz build (clang, libFuzzer)"
   cmake -S "$root" -B "$build_fuzz" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ \
         -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O1 -g1 -DNDEBUG" \
-        -DTAVREL_BUILD_FUZZERS=ON -DTAVREL_BUILD_TESTS=OFF -DTAVREL_BUILD_BENCH=OFF -DTAVREL_FUZZ_SECONDS="${TAVREL_FUZZ_SECONDS:-30}" >/dev/null
+        -DTAVREL_BUILD_FUZZERS=ON -DTAVREL_BUILD_TESTS=OFF -DTAVREL_BUILD_BENCH=OFF -DTAVREL_FUZZ_SECONDS="${TAVREL_FUZZ_SECONDS:-30}" "${TAVREL_LAUNCHER[@]}" >/dev/null
   cmake --build "$build_fuzz" -j "$jobs" --target tavrel_fuzzers
   finish "fuzz build (clang, libFuzzer)"
 
