@@ -12,6 +12,7 @@
 
 #include "context/ctx_global.h"
 #include "context/ctx_project.h"
+#include "model/model_text_rules.h"
 #include "model/project.h"
 #include "plugin/export_interface.h"
 #include "storage/project_storage.h"
@@ -236,6 +237,14 @@ int cli_host::cmdExport(const QStringList & positional, const QStringList & allA
 
    model::project_ptr project;
    if (! openProject(positional.at(0), project)) { return exit_failure; }
+   // Text that would break out of the generated code is refused whatever --yes says.
+   const zy::ZyInvalidValueX lstText = model::model_text_rules::checkProject(* project, false);
+   if (! lstText.isEmpty())
+   {
+      QStringList lstLines;
+      for (const auto & e : lstText) { lstLines.append(e.getMessage()); }
+      return failure("export refused, the model holds text that would break out of the generated code :\n" + lstLines.join("\n"));
+   }
 
    context::ctx_global::initGlobalParams(lumorPath);
    tools::message_box::setUnattended(true);
