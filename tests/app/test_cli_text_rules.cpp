@@ -207,3 +207,21 @@ TEST(CliTextRules, LumorPathThatWouldBreakOutIsRefusedBeforeWriting)
    EXPECT_EQ(treeChecksum(tmp.filePath("work")), before);
    EXPECT_FALSE(QFileInfo::exists(tmp.filePath("pwned")));
 }
+
+TEST(CliTextRules, AccessorBodiesAndTextLengthsAreWrittenAsTheyRead)
+{
+   QTemporaryDir tmp;
+   QDir().mkpath(tmp.filePath("lumor"));
+   const QString model = tmp.filePath("m.json");
+   ASSERT_TRUE(test_support::writeAll(model, R"J({"name": "M", "entities": [{"name": "A", "properties": [
+      {"name": "id", "type": "long", "primary_key": true},
+      {"name": "x", "type": "QString", "get_method": "return m_x.trimmed();", "set_method": "if (val != m_x) { m_x = val; }",
+       "min_length": 2, "max_length": "MAX_NAME"}]}]})J"));
+   const cli_run r = runTavrel({ "export", model, "--lumor-path", tmp.filePath("lumor"), "--yes", "--TavrelCppExport_path=" + tmp.filePath("out") });
+   ASSERT_EQ(r.code, 0) << r.err.toStdString();
+   const QString source = QString::fromUtf8(test_support::readAll(tmp.filePath("out/src/A.gen.cpp")));
+   EXPECT_TRUE(source.contains("QString A::getx() const { return m_x.trimmed(); }")) << source.toStdString();
+   EXPECT_TRUE(source.contains("void A::setx(const QString & val) { if (val != m_x) { m_x = val; } }")) << source.toStdString();
+   EXPECT_TRUE(source.contains("pAllValidator->add_MinLength(\"x\", 2);")) << source.toStdString();
+   EXPECT_TRUE(source.contains("pAllValidator->add_MaxLength(\"x\", MAX_NAME);")) << source.toStdString();
+}
