@@ -238,13 +238,8 @@ int cli_host::cmdExport(const QStringList & positional, const QStringList & allA
    model::project_ptr project;
    if (! openProject(positional.at(0), project)) { return exit_failure; }
    // Text that would break out of the generated code is refused whatever --yes says.
-   const zy::ZyInvalidValueX lstText = model::model_text_rules::checkProject(* project, false);
-   if (! lstText.isEmpty())
-   {
-      QStringList lstLines;
-      for (const auto & e : lstText) { lstLines.append(e.getMessage()); }
-      return failure("export refused, the model holds text that would break out of the generated code :\n" + lstLines.join("\n"));
-   }
+   const QString sTextProblems = model::model_text_rules::problemText(* project);
+   if (! sTextProblems.isEmpty()) { return failure("export refused, the model holds text that would break out of the generated code :\n" + sTextProblems); }
 
    context::ctx_global::initGlobalParams(lumorPath);
    tools::message_box::setUnattended(true);

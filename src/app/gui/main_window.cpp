@@ -609,9 +609,8 @@ zy::ZyBool main_window::doActExport()
    else
    {
       // Text that would break out of the generated code is refused whatever the user answers.
-      QStringList lstText;
-      for (const auto & e : model::model_text_rules::checkProject(* m_pProject, false)) { lstText.append(e.getMessage()); }
-      if (! lstText.isEmpty()) { sError = tr("Export refused, the model holds text that would break out of the generated code :\n%1").arg(lstText.join("\n")); }
+      const QString sTextProblems = model::model_text_rules::problemText(* m_pProject);
+      if (! sTextProblems.isEmpty()) { sError = tr("Export refused, the model holds text that would break out of the generated code :\n%1").arg(sTextProblems); }
    }
    if (! sError.isEmpty())
    {

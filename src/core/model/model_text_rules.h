@@ -60,6 +60,9 @@ public:
    static QList<problem> projectProblems(const project & p, bool bWithNumberForms);
    // The same as invalid values, each message naming the item and the field.
    static zy::ZyInvalidValueX checkProject(const project & p, bool bWithNumberForms);
+   // The break-out problems of checkProject, one message a line (at most 100 and a count of
+   // the others); empty when there is none.
+   static QString problemText(const project & p);
 };
 
 } // namespace model

@@ -187,4 +187,14 @@ zy::ZyInvalidValueX model_text_rules::checkProject(const project & p, bool bWith
    return lstResult;
 }
 
+QString model_text_rules::problemText(const project & p)
+{
+   const qsizetype k_iMaxReported = 100;
+   const list_of_problem lst = projectProblems(p, false);
+   QStringList lstLines;
+   for (qsizetype i = 0; (i < lst.size()) && (i < k_iMaxReported); ++i) { lstLines.append(lst.at(i).message()); }
+   if (lst.size() > k_iMaxReported) { lstLines.append(QString("... and %1 more").arg(lst.size() - k_iMaxReported)); }
+   return lstLines.join(QLatin1Char('\n'));
+}
+
 } // namespace model

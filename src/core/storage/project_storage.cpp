@@ -94,19 +94,6 @@ QString fileProblem(const QString & sFile)
    return QString();
 }
 
-// Texts that would break out of the generated code where the export writes them; empty when
-// there is none.
-QString textProblems(const model::project & project)
-{
-   const int k_iMaxReported = 100;
-   const zy::ZyInvalidValueX lst = model::model_text_rules::checkProject(project, false);
-   if (lst.isEmpty()) { return QString(); }
-   QStringList lstLines;
-   for (qsizetype i = 0; (i < lst.size()) && (i < k_iMaxReported); ++i) { lstLines.append(lst.at(i).getMessage()); }
-   if (lst.size() > k_iMaxReported) { lstLines.append(QString("... and %1 more").arg(lst.size() - k_iMaxReported)); }
-   return lstLines.join("\n");
-}
-
 // A database connection of its own, removed when the scope ends.
 class scoped_connection
 {
@@ -637,8 +624,8 @@ zy::ZyBool project_storage::loadProject(const QString & projectFile, model::proj
    pProject->setLocation(info.absolutePath());
    pProject->setFilePath(sFile);
    pProject->resolveLinks();
-   const QString sTextProblems = textProblems(* pProject);
-   if (! sTextProblems.isEmpty()) { return zy::ZyBool(false, QString("project file '%1' is refused: %2").arg(sFile, sTextProblems)); }
+   const QString sTextProblems = model::model_text_rules::problemText(* pProject);
+   if (! sTextProblems.isEmpty()) { return zy::ZyBool(false, QString("project file '%1' is refused:\n%2").arg(sFile, sTextProblems)); }
    result = pProject;
    return zy::ZyBool(true);
 }
