@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "gui/global_settings.h"
 #include "model/entity.h"
 #include "model/project.h"
 #include "model/property.h"
@@ -84,6 +85,23 @@ TEST_F(GuiTextRules, ExportRefusesAModelHoldingBreakOutText)
    result = m_pWnd->doActExport();
    EXPECT_TRUE(result.getValue()) << result.getDesc().toStdString();
    EXPECT_FALSE(QDir(m_tmp.filePath("p/out")).isEmpty());
+}
+
+} // namespace
+
+namespace {
+
+TEST_F(GuiTextRules, GlobalSettingsWarnAboutALumorPathAnExportRefuses)
+{
+   qunsetenv("TAVREL_TEST_GUI_UNSET");
+   gui::global_settings dlg(QString(), m_pWnd.get());
+   dlg.getLumorPathEdit()->setText("${TAVREL_TEST_GUI_UNSET}/lumor");
+   dlg.doBtnOk();
+   EXPECT_EQ(dlg.result(), QDialog::Accepted);
+   ASSERT_EQ(tools::message_box::history().size(), 1);
+   EXPECT_EQ(tools::message_box::history().first().kind, tools::message_box::kind_warning);
+   EXPECT_TRUE(tools::message_box::history().first().text.contains("environment variable 'TAVREL_TEST_GUI_UNSET', which is not set"))
+      << tools::message_box::history().first().text.toStdString();
 }
 
 } // namespace

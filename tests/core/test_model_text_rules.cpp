@@ -92,7 +92,7 @@ TEST(ModelTextRules, LiteralsCommentsAndNumbers)
    EXPECT_NE(str(model_text_rules::blockCommentProblem("ends */ here")), "");
    EXPECT_NE(str(model_text_rules::blockCommentProblem(QString("nul") + QChar(0))), "");
 
-   for (const char * s : { "0", "-5", "1.5", "1e+20", "0x1F", "10'000", "42u", "MAX_NAME", "::limits::MAX * 2 - (1 + OFFSET)", ".5f" })
+   for (const char * s : { "0", "-5", "1.5", "1e+20", "0x1F", "10'000", "42u", "MAX_NAME", "::limits::MAX * 2 - (1 + OFFSET)", ".5f", "1 << 3 | ~MASK & 0xFF ^ 7 % 2 >> 1" })
    {
       EXPECT_EQ(str(model_text_rules::numberTextProblem(s)), "") << s;
       EXPECT_EQ(str(model_text_rules::numberProblem(s, false)), "") << s;
@@ -100,7 +100,7 @@ TEST(ModelTextRules, LiteralsCommentsAndNumbers)
    for (const char * s : { "1\"", "1); system(\"x\"); int y = (2", "1, 2", "1 // x", "1 /* x */", "(1", "1)", "a;b", "x'", "1\n" })
    { EXPECT_NE(str(model_text_rules::numberTextProblem(s)), "") << s; }
    // Break-out free, but no number: reported by the schema check only.
-   for (const char * s : { "abc def", "1 2", "1..2", "+", "a::", "0x" })
+   for (const char * s : { "abc def", "1 2", "1..2", "+", "a::", "0x", "1 < 2", "a<int>" })
    {
       EXPECT_EQ(str(model_text_rules::numberTextProblem(s)), "") << s;
       EXPECT_NE(str(model_text_rules::numberProblem(s, false)), "") << s;

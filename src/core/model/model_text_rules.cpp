@@ -205,7 +205,7 @@ class number_parser
       skipBlanks();
       if (m_i >= m_s.size()) { return fail(QStringLiteral("ends where a number or a name is expected")); }
       const QChar c = m_s.at(m_i);
-      if ((c == QLatin1Char('+')) || (c == QLatin1Char('-'))) { ++m_i; return primary(); }
+      if ((c == QLatin1Char('+')) || (c == QLatin1Char('-')) || (c == QLatin1Char('~'))) { ++m_i; return primary(); }
       if (c == QLatin1Char('('))
       {
          ++m_i;
@@ -226,9 +226,10 @@ class number_parser
       {
          skipBlanks();
          if (m_i >= m_s.size()) { return true; }
-         const QChar c = m_s.at(m_i);
-         if (! QStringLiteral("+-*/").contains(c)) { return true; }
-         ++m_i;
+         const QStringView sRest = QStringView(m_s).mid(m_i);
+         if (sRest.startsWith(u"<<") || sRest.startsWith(u">>")) { m_i += 2; }
+         else if (QStringLiteral("+-*/%&|^").contains(sRest.front())) { ++m_i; }
+         else { return true; }
          if (! primary()) { return false; }
       }
    }
@@ -318,7 +319,7 @@ QString model_text_rules::numberTextProblem(const QString & s)
    for (qsizetype i = 0; i < s.size(); ++i)
    {
       const ushort c = s.at(i).unicode();
-      if (isIdentifierChar(c) || QStringLiteral(":.+-* \t").contains(QChar(c))) { continue; }
+      if (isIdentifierChar(c) || QStringLiteral(":.+-*%<>&|^~ \t").contains(QChar(c))) { continue; }
       if (c == '/')
       {
          if ((i + 1 < s.size()) && ((s.at(i + 1) == QLatin1Char('/')) || (s.at(i + 1) == QLatin1Char('*'))))
@@ -338,7 +339,7 @@ QString model_text_rules::numberTextProblem(const QString & s)
          continue;
       }
       const QString sChar = (isControl(c) ? controlName(c) : QString("'%1'").arg(QChar(c)));
-      return QString("holds %1, where only a C++ numeric literal or a constant expression of names, digits and + - * / ( ) may be written").arg(sChar);
+      return QString("holds %1, where only a C++ numeric literal or a constant expression of names, numbers, operators and parentheses may be written").arg(sChar);
    }
    if (iDepth > 0) { return QStringLiteral("leaves '(' open"); }
    return QString();

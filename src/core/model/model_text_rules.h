@@ -41,10 +41,12 @@ public:
    // Text that is escaped where it is written: only a NUL is refused.
    static QString nulProblem(const QString & s);
    // Characters allowed where a number is expected: identifiers, digits, "::", ".", digit
-   // separators, + - * / ( ) and blanks, parentheses balanced, no comment.
+   // separators, the operators + - * / % < > & | ^ ~, parentheses (balanced) and blanks, no
+   // comment.
    static QString numberTextProblem(const QString & s);
    // A C++ numeric literal or a constant expression of identifiers (qualified with "::"),
-   // numeric literals, + - * / and parentheses; with bIntegerOnly the literals are integers.
+   // numeric literals, the operators + - * / % << >> & | ^ (unary + - ~) and parentheses; with
+   // bIntegerOnly the literals are integers.
    static QString numberProblem(const QString & s, bool bIntegerOnly);
    // An accessor body pasted between "{ " and " }": braces balanced outside string literals
    // and comments, no literal or comment left open, preprocessor conditionals closed.
