@@ -12,6 +12,7 @@
 
 #include "context/ctx_global.h"
 #include "context/ctx_project.h"
+#include "model/model_text_rules.h"
 #include "model/project.h"
 #include "plugin/export_interface.h"
 #include "storage/project_storage.h"
@@ -236,6 +237,9 @@ int cli_host::cmdExport(const QStringList & positional, const QStringList & allA
 
    model::project_ptr project;
    if (! openProject(positional.at(0), project)) { return exit_failure; }
+   // Text that would break out of the generated code is refused whatever --yes says.
+   const QString sTextProblems = model::model_text_rules::problemText(* project);
+   if (! sTextProblems.isEmpty()) { return failure("export refused, the model holds text that would break out of the generated code :\n" + sTextProblems); }
 
    context::ctx_global::initGlobalParams(lumorPath);
    tools::message_box::setUnattended(true);

@@ -184,8 +184,8 @@ TEST(ModelCheckSchema, InvalidCodesAndMethodNames)
    p->getType()->setDecoration(9);
    p->getType()->setCollection(-1);
    p->setAccessibility(3);
-   p->setGetMethod("get x");
-   p->setSetMethod("setX");
+   p->setGetMethod("return m_x; }");
+   p->setSetMethod("m_x = val;");
    addRelation(m.pOrder, "r", 4, "shop::Base");
    m.pOrder->setValidatorMethod("validate()");
    EXPECT_EQ(lines(m.check()), lines(QStringList({
@@ -193,8 +193,8 @@ TEST(ModelCheckSchema, InvalidCodesAndMethodNames)
       "Entity 'shop::Order' : property 'x' has an invalid decoration code 9",
       "Entity 'shop::Order' : property 'x' has an invalid collection code -1",
       "Entity 'shop::Order' : property 'x' has an invalid accessibility code 3",
-      "Entity 'shop::Order' : property 'x' : get method 'get x' is not a valid C++ identifier",
-      "Entity 'shop::Order' : property 'r' has an invalid relation kind 4" })));
+      "Entity 'shop::Order' : property 'r' has an invalid relation kind 4",
+      "Entity 'shop::Order' : property 'x' : get method 'return m_x; }' has a '}' that does not close a bracket of its own, which would end the code it is written in early" })));
 }
 
 TEST(ModelCheckWarnings, ProjectNameNotUpperCase)

@@ -311,8 +311,8 @@ TEST(StorageJson, WrongTypes)
              "model.json: entities[0]: expected an object, got a string");
    EXPECT_EQ(str(parseError(withProperty(R"J({"name": "a", "type": 5})J"))),
              "model.json: entities[0].properties[0].type: expected a string, got a number");
-   EXPECT_EQ(str(parseError(withProperty(R"J({"name": "a", "type": "int", "min_length": "3"})J"))),
-             "model.json: entities[0].properties[0].min_length: expected an integer, got a string");
+   EXPECT_EQ(str(parseError(withProperty(R"J({"name": "a", "type": "int", "min_length": 1.5})J"))),
+             "model.json: entities[0].properties[0].min_length: expected an integer, got a number");
    EXPECT_EQ(str(parseError(withProperty(R"J({"name": "a", "type": "int", "max_value": true})J"))),
              "model.json: entities[0].properties[0].max_value: expected a number or a string, got a boolean");
    EXPECT_EQ(str(parseError(R"J({"name": "Shop", "entities": [{"name": "A", "id": -1}]})J")),

@@ -88,7 +88,12 @@ void global_settings::doBtnOk()
    model::global_params saved;
    saved.setLumorPath(sPath);
    const QString sResolved = saved.getLumorPath(true);
-   if (! sPath.isEmpty() && (sResolved.isEmpty() || ! QDir(sResolved).exists()))
+   const QString sProblem = saved.getLumorPathProblem();
+   if (! sPath.isEmpty() && ! sProblem.isEmpty())
+   {
+      tools::message_box::warning(this, windowTitle(), tr("Saved, but an export refuses this Lumor library path : it %1").arg(sProblem));
+   }
+   else if (! sPath.isEmpty() && (sResolved.isEmpty() || ! QDir(sResolved).exists()))
    {
       tools::message_box::warning(this, windowTitle(), tr("Saved, but the Lumor library path doesn't name an existing directory : '%1'").arg(sResolved.isEmpty() ? sPath : sResolved));
    }

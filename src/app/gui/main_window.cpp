@@ -38,6 +38,7 @@
 #include "gui/script_debugger.h"
 #include "model/entity.h"
 #include "model/enumeration.h"
+#include "model/model_text_rules.h"
 #include "model/project.h"
 #include "model/property.h"
 #include "plugin/export_interface.h"
@@ -471,11 +472,42 @@ void main_window::showItemDetails()
    for (int i = 0; i < m_treeItemDetails->columnCount() - 1; ++i) { m_treeItemDetails->resizeColumnToContents(i); }
 }
 
+// The table name and description as the edit panel would store them, checked by the rules of
+// the place where the export writes them; empty when they can be stored.
+QString main_window::detailsProblem() const
+{
+   typedef model::model_text_rules rules;
+   QString sField, sValue, sReason;
+   const QString sDescription = m_txtDescription->text();
+   if (m_pEntity)
+   {
+      sValue = m_txtTable->text().trimmed();
+      sReason = rules::literalProblem(sValue);
+      sField = tr("table name");
+   }
+   if (sReason.isEmpty())
+   {
+      sValue = sDescription;
+      sReason = rules::blockCommentProblem(sValue);
+      sField = tr("description");
+   }
+   if (sReason.isEmpty()) { return QString(); }
+   const QString sKey = (m_pEntity ? m_pEntity->getKey() : m_pEnumeration->getKey());
+   return tr("'%1' not updated : %2 '%3' %4").arg(sKey, sField, rules::shown(sValue), sReason);
+}
+
 void main_window::doDetailsEdited() { m_btnApply->setEnabled(m_pEntity || m_pEnumeration); }
 
 void main_window::doBtnApplyDetails()
 {
    if (! m_pProject || (! m_pEntity && ! m_pEnumeration)) { return; }
+   const QString sProblem = detailsProblem();
+   if (! sProblem.isEmpty())
+   {
+      addMessage(sProblem, 3);
+      tools::message_box::warning(this, context::ctx_global::getAppName(), sProblem);
+      return;
+   }
    if (m_pEntity)
    {
       m_pEntity->setTableName(m_txtTable->text().trimmed());
@@ -574,6 +606,12 @@ zy::ZyBool main_window::doActExport()
    if (! m_pPlugin) { sError = tr("No export plug-in found in '%1'").arg(QDir::toNativeSeparators(m_sPluginDir)); }
    else if (! m_pProject) { sError = tr("Please open a project before exporting it"); }
    else if (isExecutingPlugin()) { sError = tr("An export is already running"); }
+   else
+   {
+      // Text that would break out of the generated code is refused whatever the user answers.
+      const QString sTextProblems = model::model_text_rules::problemText(* m_pProject);
+      if (! sTextProblems.isEmpty()) { sError = tr("Export refused, the model holds text that would break out of the generated code :\n%1").arg(sTextProblems); }
+   }
    if (! sError.isEmpty())
    {
       tools::message_box::critical(this, sTitle, sError);

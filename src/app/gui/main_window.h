@@ -132,6 +132,8 @@ private:
    void setCurrentPlugin(plugin::export_interface * pPlugin);
    void fillModelTree();
    void showItemDetails();
+   // Why the edit panel's texts cannot be stored (empty when they can).
+   QString detailsProblem() const;
    void updateActions();
    void updateTitle();
    // The plug-in's settings may have changed: its views reload them and show the selection again.

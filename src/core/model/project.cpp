@@ -7,6 +7,7 @@
 #include "model/entity.h"
 #include "model/enumeration.h"
 #include "model/model_names.h"
+#include "model/model_text_rules.h"
 #include "model/property.h"
 #include "model/property_type.h"
 #include "model/relationship.h"
@@ -146,11 +147,6 @@ void checkProperty(zy::ZyInvalidValueX & lst, const QString & sEntityLabel, cons
    const int iAccess = p->getAccessibility();
    if ((iAccess < property::access_public) || (iAccess > property::access_private))
    { lst.append(zy::ZyInvalidValue(QString("%1 has an invalid accessibility code %2").arg(sLabel()).arg(iAccess), sPath())); }
-
-   const QString sGetMethod = p->getGetMethod();
-   if (! sGetMethod.isEmpty()) { checkOptionalIdentifier(lst, sLabel(), QStringLiteral("get method"), sGetMethod, sPath()); }
-   const QString sSetMethod = p->getSetMethod();
-   if (! sSetMethod.isEmpty()) { checkOptionalIdentifier(lst, sLabel(), QStringLiteral("set method"), sSetMethod, sPath()); }
 
    relationship_ptr pRelation = p->getRelation();
    if (! pRelation) { return; }
@@ -369,6 +365,8 @@ zy::ZyInvalidValueX project::checkSchema() const
       }
    }
 
+   // Texts the export writes as they are (accessor bodies, literals, comments, numbers).
+   lstResult.append(model_text_rules::checkProject(* this, true));
    return lstResult;
 }
 

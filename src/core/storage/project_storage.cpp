@@ -14,6 +14,7 @@
 
 #include "model/entity.h"
 #include "model/enumeration.h"
+#include "model/model_text_rules.h"
 #include "model/project.h"
 #include "model/property.h"
 #include "model/property_type.h"
@@ -623,6 +624,8 @@ zy::ZyBool project_storage::loadProject(const QString & projectFile, model::proj
    pProject->setLocation(info.absolutePath());
    pProject->setFilePath(sFile);
    pProject->resolveLinks();
+   const QString sTextProblems = model::model_text_rules::problemText(* pProject);
+   if (! sTextProblems.isEmpty()) { return zy::ZyBool(false, QString("project file '%1' is refused:\n%2").arg(sFile, sTextProblems)); }
    result = pProject;
    return zy::ZyBool(true);
 }

@@ -15,6 +15,7 @@
 #include "model/entity.h"
 #include "model/enumeration.h"
 #include "model/model_names.h"
+#include "model/model_text_rules.h"
 #include "model/project.h"
 #include "model/property.h"
 #include "model/property_type.h"
@@ -206,6 +207,18 @@ public:
          return true;
       }
       return wrongType(sKey, "a number or a string");
+   }
+
+   // A length: a whole number from 0, or a text (a constant's name), kept as written.
+   bool readLength(const QString & sKey, QVariant & vOut)
+   {
+      if (! has(sKey)) { return false; }
+      if (value(sKey).isString()) { vOut = value(sKey).toString(); return true; }
+      if (! value(sKey).isDouble()) { return wrongType(sKey, "a whole number or a string"); }
+      qint64 i = 0;
+      if (! readInteger(sKey, i, 0)) { return false; }
+      vOut = QVariant(qlonglong(i));
+      return true;
    }
 
    bool readIdentifier(const QString & sKey, QString & sOut, bool bAllowEmpty)
@@ -548,8 +561,8 @@ private:
       if (obj.readBool("write_accessors", b)) { pProperty->setWriteAccessors(b); }
       if (obj.readBool("obsolete", b)) { pProperty->setObsolete(b); }
       if (obj.readBool("read_only", b)) { pProperty->setReadOnly(b); }
-      s.clear(); if (obj.readIdentifier("get_method", s, true)) { pProperty->setGetMethod(s); }
-      s.clear(); if (obj.readIdentifier("set_method", s, true)) { pProperty->setSetMethod(s); }
+      s.clear(); if (obj.readString("get_method", s)) { pProperty->setGetMethod(s); }
+      s.clear(); if (obj.readString("set_method", s)) { pProperty->setSetMethod(s); }
       if (obj.readBool("transient", b)) { pProperty->setTransient(b); }
       if (obj.readBool("serializable", b)) { pProperty->setSerializable(b); }
       if (obj.readBool("index", b)) { pProperty->setIndex(b); }
@@ -557,9 +570,8 @@ private:
       if (obj.readBool("allow_null", b)) { pProperty->setAllowNull(b); }
       if (obj.readScalar("min_value", v)) { pProperty->setMinValue(v); }
       if (obj.readScalar("max_value", v)) { pProperty->setMaxValue(v); }
-      qint64 iLength = 0;
-      if (obj.readInteger("min_length", iLength, 0)) { pProperty->setMinLength(QVariant(qlonglong(iLength))); }
-      if (obj.readInteger("max_length", iLength, 0)) { pProperty->setMaxLength(QVariant(qlonglong(iLength))); }
+      if (obj.readLength("min_length", v)) { pProperty->setMinLength(v); }
+      if (obj.readLength("max_length", v)) { pProperty->setMaxLength(v); }
       s.clear(); if (obj.readString("reg_exp", s)) { pProperty->setRegExp(s); }
       s.clear(); if (obj.readString("force_sql_type", s)) { pProperty->setForceSqlType(s); }
       s.clear(); if (obj.readString("force_sql_alias", s)) { pProperty->setForceSqlAlias(s); }
@@ -928,6 +940,8 @@ zy::ZyBool project_storage::parseJson(const QByteArray & json, const QString & f
    auto pProject = std::make_shared<model::project>();
    model_reader modelReader(reader, pProject);
    modelReader.readProject(doc.object());
+   // Texts that would break out of the generated code where the export writes them.
+   if (! reader.hasErrors()) { for (const auto & x : model::model_text_rules::projectProblems(* pProject, false)) { reader.error(x.sPath, x.detail()); } }
    if (reader.hasErrors()) { return zy::ZyBool(false, reader.text()); }
 
    pProject->resolveLinks();

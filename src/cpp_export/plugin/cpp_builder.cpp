@@ -10,6 +10,7 @@
 #include "model/entity.h"
 #include "model/enumeration.h"
 #include "model/global_params.h"
+#include "model/model_text_rules.h"
 #include "model/project.h"
 #include "plugin/cpp_export.h"
 #include "plugin/generators/generators.h"
@@ -103,6 +104,14 @@ zy::ZyBool cpp_builder::build(model::project & project)
    if (D.isEmpty() || ! QDir(D).exists()) { return zy::ZyBool(false, "Directory to export entities doesn't exist : " + D); }
    model::global_params_ptr pParams = context::ctx_global::getGlobalParams();
    if (! pParams) { return zy::ZyBool(false, "Cannot access to global parameters"); }
+   // The path is written into the generated CMake and qmake files: refused before anything is
+   // written when it would break out of its text there or names an unset variable.
+   const QString sLumorProblem = pParams->getLumorPathProblem();
+   if (! sLumorProblem.isEmpty())
+   {
+      return zy::ZyBool(false, "Lumor library path is not valid : " + model::model_text_rules::shown(pParams->getLumorPath(false))
+                                  + "\nThe Lumor library path " + sLumorProblem);
+   }
    const QString L = pParams->getLumorPath(true);
    if (L.isEmpty()) { return zy::ZyBool(false, "You must define a Lumor library path in Tavrel global settings (menu 'Tools >> Global settings') before exporting to C++ project"); }
    if (! QDir(L).exists()) { return zy::ZyBool(false, "Lumor library path is not valid : " + L); }

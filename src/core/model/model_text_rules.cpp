@@ -1,0 +1,359 @@
+#include "model/model_text_rules.h"
+
+#include <QRegularExpression>
+
+namespace model {
+
+namespace {
+
+bool isControl(ushort c) { return ((c < 0x20) || (c == 0x7F)); }
+bool isLineBreak(ushort c) { return ((c == '\n') || (c == '\r')); }
+bool isIdentifierStart(ushort c) { return (((c >= 'a') && (c <= 'z')) || ((c >= 'A') && (c <= 'Z')) || (c == '_')); }
+bool isDigit(ushort c) { return ((c >= '0') && (c <= '9')); }
+bool isIdentifierChar(ushort c) { return (isIdentifierStart(c) || isDigit(c)); }
+
+QString controlName(ushort c)
+{
+   if (c == 0) { return QStringLiteral("a NUL character"); }
+   if (isLineBreak(c)) { return QStringLiteral("a line break"); }
+   return QString("a control character (\\x%1)").arg(int(c), 2, 16, QLatin1Char('0'));
+}
+
+QString nulIn(const QString & s)
+{
+   return (s.contains(QChar(0)) ? QStringLiteral("holds a NUL character, which must not reach a generated file") : QString());
+}
+
+// Source text as the compiler reads it after joining the lines that end with a backslash.
+QString spliced(const QString & s)
+{
+   QString out = s;
+   out.replace(QLatin1String("\\\r\n"), QString());
+   out.replace(QLatin1String("\\\n"), QString());
+   out.replace(QLatin1String("\\\r"), QString());
+   return out;
+}
+
+// The raw string prefixes: R, LR, uR, UR, u8R.
+bool isRawPrefix(const QString & sIdentifier)
+{
+   return ((sIdentifier == QLatin1String("R")) || (sIdentifier == QLatin1String("LR")) || (sIdentifier == QLatin1String("uR"))
+           || (sIdentifier == QLatin1String("UR")) || (sIdentifier == QLatin1String("u8R")));
+}
+
+// Walks C++ text outside literals and comments and checks that the brackets (sOpeners, sClosers) nest
+// within the text. Empty when the text can be pasted between an opening and a closing bracket.
+QString codeProblem(const QString & sText, const QString & sOpeners, const QString & sClosers, bool bDirectives)
+{
+   const QString sNul = nulIn(sText);
+   if (! sNul.isEmpty()) { return sNul; }
+   const QString s = spliced(sText);
+   const qsizetype n = s.size();
+   QString sStack;
+   int iConditionals = 0;
+   bool bLineStart = false;   // the first line follows the opening bracket, not a line start
+   qsizetype i = 0;
+   while (i < n)
+   {
+      const ushort c = s.at(i).unicode();
+      if (c == '\n') { bLineStart = true; ++i; continue; }
+      if ((c == ' ') || (c == '\t') || (c == '\r') || (c == '\f') || (c == '\v')) { ++i; continue; }
+      const bool bAtLineStart = bLineStart;
+      bLineStart = false;
+
+      if ((c == '/') && (i + 1 < n) && (s.at(i + 1) == QLatin1Char('/')))
+      {
+         const qsizetype iEnd = s.indexOf(QLatin1Char('\n'), i);
+         if (iEnd < 0) { return QStringLiteral("ends in a // comment, which would hide the closing bracket written after it"); }
+         i = iEnd;
+         continue;
+      }
+      if ((c == '/') && (i + 1 < n) && (s.at(i + 1) == QLatin1Char('*')))
+      {
+         const qsizetype iEnd = s.indexOf(QLatin1String("*/"), i + 2);
+         if (iEnd < 0) { return QStringLiteral("leaves a /* comment open"); }
+         i = iEnd + 2;
+         continue;
+      }
+      if ((c == '#') && bAtLineStart && bDirectives)
+      {
+         qsizetype j = i + 1;
+         while ((j < n) && ((s.at(j) == QLatin1Char(' ')) || (s.at(j) == QLatin1Char('\t')))) { ++j; }
+         qsizetype k = j;
+         while ((k < n) && isIdentifierChar(s.at(k).unicode())) { ++k; }
+         const QString sDirective = s.mid(j, k - j);
+         if (sDirective.startsWith(QLatin1String("if"))) { ++iConditionals; }
+         else if (sDirective == QLatin1String("endif"))
+         {
+            if (iConditionals == 0) { return QStringLiteral("has an #endif without its #if"); }
+            --iConditionals;
+         }
+         else if (((sDirective == QLatin1String("else")) || sDirective.startsWith(QLatin1String("elif"))) && (iConditionals == 0))
+         { return QString("has an #%1 without its #if").arg(sDirective); }
+         i = k;
+         continue;
+      }
+      if (isDigit(c) || ((c == '.') && (i + 1 < n) && isDigit(s.at(i + 1).unicode())))
+      {
+         // A number with its digit separators, exponent signs and suffix.
+         ++i;
+         while (i < n)
+         {
+            const ushort d = s.at(i).unicode();
+            if (isIdentifierChar(d) || (d == '.')) { ++i; continue; }
+            if ((d == '\'') && (i + 1 < n) && isIdentifierChar(s.at(i + 1).unicode())) { ++i; continue; }
+            if (((d == '+') || (d == '-')) && QStringLiteral("eEpP").contains(s.at(i - 1))) { ++i; continue; }
+            break;
+         }
+         continue;
+      }
+      if (isIdentifierStart(c))
+      {
+         const qsizetype iStart = i;
+         while ((i < n) && isIdentifierChar(s.at(i).unicode())) { ++i; }
+         if ((i < n) && (s.at(i) == QLatin1Char('"')) && isRawPrefix(s.mid(iStart, i - iStart)))
+         {
+            const qsizetype iOpen = s.indexOf(QLatin1Char('('), i + 1);
+            if ((iOpen < 0) || (iOpen - i - 1 > 16)) { return QStringLiteral("leaves a raw string literal open"); }
+            const QString sEnd = QLatin1Char(')') + s.mid(i + 1, iOpen - i - 1) + QLatin1Char('"');
+            const qsizetype iEnd = s.indexOf(sEnd, iOpen + 1);
+            if (iEnd < 0) { return QStringLiteral("leaves a raw string literal open"); }
+            i = iEnd + sEnd.size();
+         }
+         continue;
+      }
+      if ((c == '"') || (c == '\''))
+      {
+         qsizetype j = i + 1;
+         while ((j < n) && (s.at(j).unicode() != c) && ! isLineBreak(s.at(j).unicode()))
+         {
+            if (s.at(j) == QLatin1Char('\\')) { ++j; }
+            ++j;
+         }
+         if ((j >= n) || (s.at(j).unicode() != c))
+         { return ((c == '"') ? QStringLiteral("leaves a string literal open") : QStringLiteral("leaves a character literal open")); }
+         i = j + 1;
+         continue;
+      }
+      const qsizetype iOpener = sOpeners.indexOf(QChar(c));
+      const qsizetype iCloser = sClosers.indexOf(QChar(c));
+      if (iOpener >= 0) { sStack.append(QChar(c)); }
+      else if (iCloser >= 0)
+      {
+         if (sStack.isEmpty() || (sStack.back() != sOpeners.at(iCloser)))
+         { return QString("has a '%1' that does not close a bracket of its own, which would end the code it is written in early").arg(QChar(c)); }
+         sStack.chop(1);
+      }
+      ++i;
+   }
+   if (! sStack.isEmpty()) { return QString("leaves '%1' open").arg(sStack.back()); }
+   if (iConditionals > 0) { return QStringLiteral("leaves an #if open"); }
+   return QString();
+}
+
+// Tokens of a number form: literals, identifiers with "::", operators and parentheses.
+class number_parser
+{
+   QString m_s;
+   qsizetype m_i = 0;
+   bool m_bIntegerOnly = false;
+   QString m_sError;
+
+   void skipBlanks() { while ((m_i < m_s.size()) && ((m_s.at(m_i) == QLatin1Char(' ')) || (m_s.at(m_i) == QLatin1Char('\t')))) { ++m_i; } }
+   bool peek(QChar c) { skipBlanks(); return ((m_i < m_s.size()) && (m_s.at(m_i) == c)); }
+   bool fail(const QString & s) { if (m_sError.isEmpty()) { m_sError = s; } return false; }
+
+   bool literal()
+   {
+      static const QRegularExpression rxInteger(QStringLiteral(
+         R"(^(?:0[xX][0-9A-Fa-f](?:'?[0-9A-Fa-f])*|0[bB][01](?:'?[01])*|0(?:'?[0-7])*|[1-9](?:'?[0-9])*)(?:[uU](?:ll|LL|[lL])?|(?:ll|LL|[lL])[uU]?)?$)"));
+      static const QRegularExpression rxFloat(QStringLiteral(
+         R"(^(?:(?:[0-9](?:'?[0-9])*)?\.[0-9](?:'?[0-9])*(?:[eE][+-]?[0-9](?:'?[0-9])*)?|[0-9](?:'?[0-9])*\.(?:[eE][+-]?[0-9](?:'?[0-9])*)?|[0-9](?:'?[0-9])*[eE][+-]?[0-9](?:'?[0-9])*)[fFlL]?$)"));
+      const qsizetype iStart = m_i;
+      while (m_i < m_s.size())
+      {
+         const ushort d = m_s.at(m_i).unicode();
+         if (isIdentifierChar(d) || (d == '.') || (d == '\'')) { ++m_i; continue; }
+         if (((d == '+') || (d == '-')) && QStringLiteral("eE").contains(m_s.at(m_i - 1)) && ! m_s.mid(iStart, 2).startsWith(QLatin1String("0x"), Qt::CaseInsensitive))
+         { ++m_i; continue; }
+         break;
+      }
+      const QString sLiteral = m_s.mid(iStart, m_i - iStart);
+      if (rxInteger.match(sLiteral).hasMatch()) { return true; }
+      if (rxFloat.match(sLiteral).hasMatch())
+      {
+         if (m_bIntegerOnly) { return fail(QString("holds '%1', which is not an integer").arg(sLiteral)); }
+         return true;
+      }
+      return fail(QString("holds '%1', which is not a C++ numeric literal").arg(sLiteral));
+   }
+
+   bool name()
+   {
+      if (m_s.mid(m_i, 2) == QLatin1String("::")) { m_i += 2; }
+      while (true)
+      {
+         if ((m_i >= m_s.size()) || ! isIdentifierStart(m_s.at(m_i).unicode())) { return fail(QStringLiteral("has a '::' that is not followed by a name")); }
+         while ((m_i < m_s.size()) && isIdentifierChar(m_s.at(m_i).unicode())) { ++m_i; }
+         if (m_s.mid(m_i, 2) != QLatin1String("::")) { return true; }
+         m_i += 2;
+      }
+   }
+
+   bool primary()
+   {
+      skipBlanks();
+      if (m_i >= m_s.size()) { return fail(QStringLiteral("ends where a number or a name is expected")); }
+      const QChar c = m_s.at(m_i);
+      if ((c == QLatin1Char('+')) || (c == QLatin1Char('-')) || (c == QLatin1Char('~'))) { ++m_i; return primary(); }
+      if (c == QLatin1Char('('))
+      {
+         ++m_i;
+         if (! expression()) { return false; }
+         if (! peek(QLatin1Char(')'))) { return fail(QStringLiteral("leaves '(' open")); }
+         ++m_i;
+         return true;
+      }
+      if (isDigit(c.unicode()) || (c == QLatin1Char('.'))) { return literal(); }
+      if (isIdentifierStart(c.unicode()) || (m_s.mid(m_i, 2) == QLatin1String("::"))) { return name(); }
+      return fail(QString("has '%1' where a number or a name is expected").arg(c));
+   }
+
+   bool expression()
+   {
+      if (! primary()) { return false; }
+      while (true)
+      {
+         skipBlanks();
+         if (m_i >= m_s.size()) { return true; }
+         const QStringView sRest = QStringView(m_s).mid(m_i);
+         if (sRest.startsWith(u"<<") || sRest.startsWith(u">>")) { m_i += 2; }
+         else if (QStringLiteral("+-*/%&|^").contains(sRest.front())) { ++m_i; }
+         else { return true; }
+         if (! primary()) { return false; }
+      }
+   }
+
+public:
+   number_parser(const QString & s, bool bIntegerOnly) : m_s(s), m_bIntegerOnly(bIntegerOnly) { ; }
+
+   QString problem()
+   {
+      if (m_s.trimmed().isEmpty()) { return QStringLiteral("is empty where a number is expected"); }
+      if (! expression()) { return m_sError; }
+      skipBlanks();
+      if (m_i < m_s.size())
+      {
+         const QString sWhat = (m_bIntegerOnly ? QStringLiteral("an integer literal") : QStringLiteral("a numeric literal"));
+         return QString("has '%1' after a complete value: not %2 or a constant expression").arg(m_s.mid(m_i), sWhat);
+      }
+      return QString();
+   }
+};
+
+} // namespace
+
+QString model_text_rules::problem::detail() const { return QString("%1 '%2' %3").arg(sField, shown(sValue), sReason); }
+QString model_text_rules::problem::message() const { return QString("%1 : %2").arg(sItem, detail()); }
+
+QString model_text_rules::shown(const QString & s)
+{
+   const qsizetype k_iMax = 80;
+   QString out;
+   for (qsizetype i = 0; (i < s.size()) && (i < k_iMax); ++i)
+   {
+      const ushort c = s.at(i).unicode();
+      if (c == '\n') { out += QLatin1String("\\n"); }
+      else if (c == '\r') { out += QLatin1String("\\r"); }
+      else if (c == '\t') { out += QLatin1String("\\t"); }
+      else if (isControl(c)) { out += QString("\\x%1").arg(int(c), 2, 16, QLatin1Char('0')); }
+      else { out += s.at(i); }
+   }
+   if (s.size() > k_iMax) { out += QLatin1String("..."); }
+   return out;
+}
+
+QString model_text_rules::nulProblem(const QString & s) { return nulIn(s); }
+
+QString model_text_rules::literalProblem(const QString & s)
+{
+   for (const QChar & ch : s)
+   {
+      const ushort c = ch.unicode();
+      if (c == '"') { return QStringLiteral("holds a double quote, which would end the C++ string literal it is written in"); }
+      if (c == '\\') { return QStringLiteral("holds a backslash, which would start an escape sequence in the C++ string literal it is written in"); }
+      if (isControl(c)) { return QString("holds %1, which a C++ string literal cannot hold as written").arg(controlName(c)); }
+   }
+   return QString();
+}
+
+QString model_text_rules::lineCommentProblem(const QString & s)
+{
+   for (const QChar & ch : s)
+   {
+      const ushort c = ch.unicode();
+      if (isLineBreak(c)) { return QStringLiteral("holds a line break, which would end the one-line comment it is written in"); }
+      if (isControl(c) && (c != '\t')) { return QString("holds %1, which a one-line comment cannot hold").arg(controlName(c)); }
+   }
+   qsizetype i = s.size();
+   while ((i > 0) && ((s.at(i - 1) == QLatin1Char(' ')) || (s.at(i - 1) == QLatin1Char('\t')))) { --i; }
+   if ((i > 0) && (s.at(i - 1) == QLatin1Char('\\')))
+   { return QStringLiteral("ends with a backslash, which would carry the one-line comment it is written in over to the next line"); }
+   return QString();
+}
+
+QString model_text_rules::blockCommentProblem(const QString & s)
+{
+   if (s.contains(QLatin1String("*/"))) { return QStringLiteral("holds \"*/\", which would end the comment it is written in"); }
+   for (const QChar & ch : s)
+   {
+      const ushort c = ch.unicode();
+      if (isControl(c) && (c != '\t') && ! isLineBreak(c)) { return QString("holds %1, which a comment cannot hold").arg(controlName(c)); }
+   }
+   return QString();
+}
+
+QString model_text_rules::numberTextProblem(const QString & s)
+{
+   int iDepth = 0;
+   for (qsizetype i = 0; i < s.size(); ++i)
+   {
+      const ushort c = s.at(i).unicode();
+      if (isIdentifierChar(c) || QStringLiteral(":.+-*%<>&|^~ \t").contains(QChar(c))) { continue; }
+      if (c == '/')
+      {
+         if ((i + 1 < s.size()) && ((s.at(i + 1) == QLatin1Char('/')) || (s.at(i + 1) == QLatin1Char('*'))))
+         { return QStringLiteral("holds a comment, where only a number or a constant expression may be written"); }
+         continue;
+      }
+      if (c == '\'')
+      {
+         if ((i > 0) && (i + 1 < s.size()) && isIdentifierChar(s.at(i - 1).unicode()) && isIdentifierChar(s.at(i + 1).unicode())) { continue; }
+         return QStringLiteral("holds a quote that is not a digit separator, where only a number or a constant expression may be written");
+      }
+      if (c == '(') { ++iDepth; continue; }
+      if (c == ')')
+      {
+         if (iDepth == 0) { return QStringLiteral("holds a ')' without its '(', which would end the code it is written in early"); }
+         --iDepth;
+         continue;
+      }
+      const QString sChar = (isControl(c) ? controlName(c) : QString("'%1'").arg(QChar(c)));
+      return QString("holds %1, where only a C++ numeric literal or a constant expression of names, numbers, operators and parentheses may be written").arg(sChar);
+   }
+   if (iDepth > 0) { return QStringLiteral("leaves '(' open"); }
+   return QString();
+}
+
+QString model_text_rules::numberProblem(const QString & s, bool bIntegerOnly)
+{
+   const QString sText = numberTextProblem(s);
+   if (! sText.isEmpty()) { return sText; }
+   return number_parser(s, bIntegerOnly).problem();
+}
+
+QString model_text_rules::bodyProblem(const QString & s) { return codeProblem(s, QStringLiteral("{"), QStringLiteral("}"), true); }
+
+QString model_text_rules::expressionProblem(const QString & s) { return codeProblem(s, QStringLiteral("([{"), QStringLiteral(")]}"), false); }
+
+} // namespace model

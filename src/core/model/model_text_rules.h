@@ -1,0 +1,70 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+#include "tavrelcore_export.h"
+#include "zy/ZyInvalidValue.h"
+
+namespace model {
+
+class project;
+
+// Rules for model text that exports paste into generated code as it is: such text must never be
+// able to end the string literal, comment, number or body it is written in. Each rule returns
+// the reason why a text breaks it, or an empty string.
+class TAVRELCORE_EXPORT model_text_rules
+{
+public:
+   // One problem of one field of one item.
+   struct problem
+   {
+      QString sItem;    // "Entity 'shop::Order'" or "Entity 'shop::Order' : property 'x'"
+      QString sField;   // "table name", "description", ...
+      QString sValue;
+      QString sReason;
+      QString sPath;    // JSON path of the field: "entities[0].properties[2].description"
+
+      // "<field> '<value>' <reason>", the value's control characters shown escaped.
+      QString detail() const;
+      // "<item> : <field> '<value>' <reason>".
+      QString message() const;
+   };
+
+   // Text between the double quotes of a C++ string literal: no quote, backslash, line break
+   // or other control character.
+   static QString literalProblem(const QString & s);
+   // Text after "//": no line break or other control character but tab, no final backslash.
+   static QString lineCommentProblem(const QString & s);
+   // Text inside "/* ... */": no "*/", no control character but tab and line breaks.
+   static QString blockCommentProblem(const QString & s);
+   // Text that is escaped where it is written: only a NUL is refused.
+   static QString nulProblem(const QString & s);
+   // Characters allowed where a number is expected: identifiers, digits, "::", ".", digit
+   // separators, the operators + - * / % < > & | ^ ~, parentheses (balanced) and blanks, no
+   // comment.
+   static QString numberTextProblem(const QString & s);
+   // A C++ numeric literal or a constant expression of identifiers (qualified with "::"),
+   // numeric literals, the operators + - * / % << >> & | ^ (unary + - ~) and parentheses; with
+   // bIntegerOnly the literals are integers.
+   static QString numberProblem(const QString & s, bool bIntegerOnly);
+   // An accessor body pasted between "{ " and " }": braces balanced outside string literals
+   // and comments, no literal or comment left open, preprocessor conditionals closed.
+   static QString bodyProblem(const QString & s);
+   // A value pasted between "(" and ")": brackets balanced, no literal or comment left open.
+   static QString expressionProblem(const QString & s);
+   // A value shown in a message on one line: control characters escaped, long text cut.
+   static QString shown(const QString & s);
+
+   // Every text of the project that would break out of where the export writes it; with
+   // bWithNumberForms also limits and enumeration values that are not numbers or constant
+   // expressions (what the schema check adds to the import's rules).
+   static QList<problem> projectProblems(const project & p, bool bWithNumberForms);
+   // The same as invalid values, each message naming the item and the field.
+   static zy::ZyInvalidValueX checkProject(const project & p, bool bWithNumberForms);
+   // The break-out problems of checkProject, one message a line (at most 100 and a count of
+   // the others); empty when there is none.
+   static QString problemText(const project & p);
+};
+
+} // namespace model

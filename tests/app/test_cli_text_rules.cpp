@@ -1,0 +1,227 @@
+// Model text that would break out of the generated code, and Lumor library paths that would
+// break out of the generated project files, through the real command-line program.
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QDirIterator>
+#include <QFileInfo>
+#include <QProcess>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include "storage/project_storage.h"
+#include "test_support.h"
+
+namespace {
+
+struct cli_run
+{
+   int code = -1;
+   QString out;
+   QString err;
+};
+
+cli_run runTavrel(const QStringList & args, const QStringList & lstUnset = QStringList())
+{
+   QProcess proc;
+   proc.setProgram(test_support::binaryDir() + "/bin/tavrel");
+   proc.setArguments(args);
+   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+   env.remove("LUMOR_DIR");
+   for (const QString & s : lstUnset) { env.remove(s); }
+   env.insert("QT_QPA_PLATFORM", "offscreen");
+   env.insert("XDG_CONFIG_HOME", QDir::tempPath() + "/tavrel-test-config");
+   proc.setProcessEnvironment(env);
+   proc.start();
+   cli_run r;
+   if (! proc.waitForFinished(180000)) { proc.kill(); proc.waitForFinished(); return r; }
+   r.code = ((proc.exitStatus() == QProcess::NormalExit) ? proc.exitCode() : -2);
+   r.out = QString::fromUtf8(proc.readAllStandardOutput());
+   r.err = QString::fromUtf8(proc.readAllStandardError());
+   return r;
+}
+
+// Every entry below a directory: relative path, kind and content.
+QByteArray treeChecksum(const QString & sDir)
+{
+   QStringList lst;
+   QDirIterator itr(sDir, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+   while (itr.hasNext()) { lst.append(itr.next()); }
+   lst.sort();
+   QCryptographicHash hash(QCryptographicHash::Sha256);
+   for (const QString & s : lst)
+   {
+      const QFileInfo info(s);
+      hash.addData(QDir(sDir).relativeFilePath(s).toUtf8());
+      if (info.isSymLink()) { hash.addData("link:" + info.symLinkTarget().toUtf8()); }
+      else if (info.isDir()) { hash.addData("dir"); }
+      else { hash.addData("file:" + test_support::readAll(s)); }
+   }
+   return hash.result().toHex();
+}
+
+bool execOn(const QString & sFile, const QString & sql, const QString & sValue)
+{
+   QSqlDatabase db;
+   if (! storage::project_storage::openDatabase(sFile, db).getValue()) { return false; }
+   bool bOk = false;
+   {
+      QSqlQuery q(db);
+      bOk = (q.prepare(sql) && (q.addBindValue(sValue), q.exec()) && (q.numRowsAffected() == 1));
+   }
+   storage::project_storage::closeDatabase(db);
+   return bOk;
+}
+
+struct hostile_value
+{
+   const char * sql;
+   QString value;
+   const char * expected;
+};
+
+QList<hostile_value> hostileValues()
+{
+   return {
+      { "UPDATE t_entity SET table_name = ? WHERE name = 'Customer'", QString("t\"); system(\"id\"); //"),
+        "Entity 'shop::Customer' : table name" },
+      { "UPDATE t_entity SET description = ? WHERE name = 'Customer'", QString("ends here */ int injected;"),
+        "Entity 'shop::Customer' : description" },
+      { "UPDATE t_property SET description = ? WHERE name = 'bio'", QString("bio\n#error injected"),
+        "Entity 'shop::CustomerProfile' : property 'bio' : description" },
+      { "UPDATE t_property SET column_name = ? WHERE name = 'avatar_url'", QString("ava\"tar"),
+        "Entity 'shop::CustomerProfile' : property 'avatar_url' : column name" },
+      { "UPDATE t_property SET column_name = ? WHERE name = 'avatar_url'", QString("ava\\tar"),
+        "Entity 'shop::CustomerProfile' : property 'avatar_url' : column name" },
+      { "UPDATE t_property SET min_value = ? WHERE name = 'newsletter'", QString("\"1\\\"\""),
+        "Entity 'shop::CustomerProfile' : property 'newsletter' : min value" },
+      { "UPDATE t_enumeration_value SET value_text = ? WHERE value_key = 'Paid'", QString("1); system(\"x\"); int y = (2"),
+        "Enumeration 'shop::sales::OrderStatus' : value of 'Paid'" },
+      { "UPDATE t_property SET description = ? WHERE name = 'bio'", QString("nul") + QChar(0) + "inside",
+        "Entity 'shop::CustomerProfile' : property 'bio' : description" },
+      { "UPDATE t_property SET set_method = ? WHERE name = 'bio'", QString("m_bio = val; } void evil() { system(\"x\");"),
+        "Entity 'shop::CustomerProfile' : property 'bio' : set method" },
+   };
+}
+
+} // namespace
+
+TEST(CliTextRules, EditedProjectFileIsRefusedByCheckAndExport)
+{
+   for (const hostile_value & h : hostileValues())
+   {
+      QTemporaryDir tmp;
+      const QString project = tmp.filePath("work/shop.tavrel");
+      QDir().mkpath(tmp.filePath("work/out"));
+      QDir().mkpath(tmp.filePath("lumor"));
+      cli_run r = runTavrel({ "import", test_support::examplePath("shop.json"), project });
+      ASSERT_EQ(r.code, 0) << r.err.toStdString();
+      ASSERT_TRUE(execOn(project, h.sql, h.value)) << h.sql;
+
+      r = runTavrel({ "check", project });
+      EXPECT_EQ(r.code, 1) << h.expected;
+      EXPECT_TRUE(r.err.contains(h.expected)) << r.err.toStdString();
+
+      const QByteArray before = treeChecksum(tmp.filePath("work"));
+      r = runTavrel({ "export", project, "--lumor-path", tmp.filePath("lumor"), "--yes", "--TavrelCppExport_path=" + tmp.filePath("work/out") });
+      EXPECT_EQ(r.code, 1) << h.expected;
+      EXPECT_TRUE(r.err.contains(h.expected)) << r.err.toStdString();
+      // Nothing in or beside the export directory changed.
+      EXPECT_EQ(treeChecksum(tmp.filePath("work")), before) << h.expected;
+      EXPECT_TRUE(QDir(tmp.filePath("work/out")).isEmpty()) << h.expected;
+   }
+}
+
+TEST(CliTextRules, JsonImportRefusesHostileText)
+{
+   const QList<QPair<QByteArray, QString> > lstCases = {
+      { R"J("table": "t\"); system(\"id\"); //")J", "entities[0].table: table name" },
+      { R"J("description": "a */ b")J", "entities[0].description: description" },
+      { R"J("properties": [{"name": "id", "type": "long", "description": "x\n#error injected"}])J", "entities[0].properties[0].description: description" },
+      { R"J("properties": [{"name": "id", "type": "long", "column": "a\"b"}])J", "entities[0].properties[0].column: column name" },
+      { R"J("properties": [{"name": "id", "type": "long", "column": "a\\b"}])J", "entities[0].properties[0].column: column name" },
+      { R"J("properties": [{"name": "id", "type": "long", "min_value": "1\""}])J", "entities[0].properties[0].min_value: min value" },
+      { R"J("properties": [{"name": "id", "type": "long", "description": "a\u0000b"}])J", "entities[0].properties[0].description: description" },
+   };
+   for (const auto & c : lstCases)
+   {
+      QTemporaryDir tmp;
+      const QString model = tmp.filePath("m.json");
+      ASSERT_TRUE(test_support::writeAll(model, "{\"name\": \"M\", \"entities\": [{\"name\": \"A\", " + c.first + "}]}"));
+      const cli_run r = runTavrel({ "import", model, tmp.filePath("m.tavrel") });
+      EXPECT_EQ(r.code, 1) << c.second.toStdString();
+      EXPECT_TRUE(r.err.contains(c.second)) << r.err.toStdString();
+      EXPECT_FALSE(QFileInfo::exists(tmp.filePath("m.tavrel")));
+   }
+   QTemporaryDir tmp;
+   const QString model = tmp.filePath("m.json");
+   ASSERT_TRUE(test_support::writeAll(model, R"J({"name": "M", "enumerations": [{"name": "E", "values": [{"key": "A", "value": "1); system(\"x\"); int y = (2"}]}]})J"));
+   const cli_run r = runTavrel({ "import", model, tmp.filePath("m.tavrel") });
+   EXPECT_EQ(r.code, 1);
+   EXPECT_TRUE(r.err.contains("enumerations[0].values[0].value: value of 'A'")) << r.err.toStdString();
+}
+
+TEST(CliTextRules, CheckReportsEnumerationValuesThatAreNoNumbers)
+{
+   QTemporaryDir tmp;
+   const QString model = tmp.filePath("m.json");
+   ASSERT_TRUE(test_support::writeAll(model, R"J({"name": "M", "enumerations": [{"name": "E", "values": [
+      {"key": "A", "value": "1.5"}, {"key": "B", "value": "abc def"}, {"key": "C", "value": "LIMIT + 1"}]}]})J"));
+   const cli_run r = runTavrel({ "check", model });
+   EXPECT_EQ(r.code, 1);
+   EXPECT_TRUE(r.out.contains("error: Enumeration 'E' : value of 'A' '1.5'")) << r.out.toStdString();
+   EXPECT_TRUE(r.out.contains("error: Enumeration 'E' : value of 'B' 'abc def'")) << r.out.toStdString();
+   EXPECT_FALSE(r.out.contains("value of 'C'")) << r.out.toStdString();
+   EXPECT_TRUE(r.out.contains("2 error(s)")) << r.out.toStdString();
+}
+
+TEST(CliTextRules, LumorPathThatWouldBreakOutIsRefusedBeforeWriting)
+{
+   QTemporaryDir tmp;
+   const QString model = tmp.filePath("work/shop.json");
+   QDir().mkpath(tmp.filePath("work/out"));
+   ASSERT_TRUE(test_support::writeAll(model, test_support::readAll(test_support::examplePath("shop.json"))));
+   // The project file is created by the first run; the checksum covers the runs after it.
+   cli_run r = runTavrel({ "import", model, tmp.filePath("work/shop.tavrel") });
+   ASSERT_EQ(r.code, 0) << r.err.toStdString();
+   const QString project = tmp.filePath("work/shop.tavrel");
+
+   // A directory of that name exists, so only the characters can refuse it.
+   const QString hostile = tmp.filePath("lumor\")\nexecute_process(COMMAND touch " + tmp.filePath("pwned") + ")\n#");
+   QDir().mkpath(hostile);
+   const QByteArray before = treeChecksum(tmp.filePath("work"));
+   r = runTavrel({ "export", project, "--lumor-path", hostile, "--yes", "--TavrelCppExport_path=" + tmp.filePath("work/out") });
+   EXPECT_EQ(r.code, 1);
+   EXPECT_TRUE(r.err.contains("Lumor library path is not valid : ")) << r.err.toStdString();
+   EXPECT_TRUE(r.err.contains("The Lumor library path holds a double quote")) << r.err.toStdString();
+   EXPECT_EQ(treeChecksum(tmp.filePath("work")), before);
+
+   // Unset variables are named, not expanded to nothing ("/" exists).
+   r = runTavrel({ "export", project, "--lumor-path", "$TAVREL_TEST_FOO/${TAVREL_TEST_BAR}", "--yes", "--TavrelCppExport_path=" + tmp.filePath("work/out") },
+                 { "TAVREL_TEST_FOO", "TAVREL_TEST_BAR" });
+   EXPECT_EQ(r.code, 1);
+   EXPECT_TRUE(r.err.contains("environment variable 'TAVREL_TEST_FOO', which is not set")) << r.err.toStdString();
+   EXPECT_EQ(treeChecksum(tmp.filePath("work")), before);
+   EXPECT_FALSE(QFileInfo::exists(tmp.filePath("pwned")));
+}
+
+TEST(CliTextRules, AccessorBodiesAndTextLengthsAreWrittenAsTheyRead)
+{
+   QTemporaryDir tmp;
+   QDir().mkpath(tmp.filePath("lumor"));
+   const QString model = tmp.filePath("m.json");
+   ASSERT_TRUE(test_support::writeAll(model, R"J({"name": "M", "entities": [{"name": "A", "properties": [
+      {"name": "id", "type": "long", "primary_key": true},
+      {"name": "x", "type": "QString", "get_method": "return m_x.trimmed();", "set_method": "if (val != m_x) { m_x = val; }",
+       "min_length": 2, "max_length": "MAX_NAME"}]}]})J"));
+   const cli_run r = runTavrel({ "export", model, "--lumor-path", tmp.filePath("lumor"), "--yes", "--TavrelCppExport_path=" + tmp.filePath("out") });
+   ASSERT_EQ(r.code, 0) << r.err.toStdString();
+   const QString source = QString::fromUtf8(test_support::readAll(tmp.filePath("out/src/A.gen.cpp")));
+   EXPECT_TRUE(source.contains("QString A::getx() const { return m_x.trimmed(); }")) << source.toStdString();
+   EXPECT_TRUE(source.contains("void A::setx(const QString & val) { if (val != m_x) { m_x = val; } }")) << source.toStdString();
+   EXPECT_TRUE(source.contains("pAllValidator->add_MinLength(\"x\", 2);")) << source.toStdString();
+   EXPECT_TRUE(source.contains("pAllValidator->add_MaxLength(\"x\", MAX_NAME);")) << source.toStdString();
+}
