@@ -312,3 +312,18 @@ TEST(CliInterruptedWrite, KilledFirstImportIsExplained)
    EXPECT_EQ(runTavrel({ "import", test_support::examplePath("shop.json"), sCrashed }).code, 0);
    EXPECT_EQ(runTavrel({ "dump", sCrashed }).code, 0);
 }
+
+TEST(CliImportRules, ParentCyclesAreRefused)
+{
+   QTemporaryDir tmp;
+   ASSERT_TRUE(tmp.isValid());
+   const QString sModel = tmp.filePath("cycle.json");
+   ASSERT_TRUE(test_support::writeAll(sModel, R"J({"name": "P", "entities": [
+      {"name": "A", "parent": "B", "properties": [{"name": "id", "type": "long", "primary_key": true}]},
+      {"name": "B", "parent": "A"}, {"name": "S", "parent": "S"}]})J"));
+   const run_result r = runTavrel({ "import", sModel, tmp.filePath("cycle.tavrel") });
+   EXPECT_EQ(r.code, 1);
+   EXPECT_TRUE(r.err.contains(sModel + ": entities[0].parent: inheritance cycle A -> B -> A")) << str(r.err);
+   EXPECT_TRUE(r.err.contains(sModel + ": entities[2].parent: inheritance cycle S -> S")) << str(r.err);
+   EXPECT_FALSE(QFileInfo::exists(tmp.filePath("cycle.tavrel")));
+}
