@@ -111,7 +111,8 @@ TEST_F(ProjectFileRules, EnumerationValueKeyIsChecked)
 
 TEST_F(ProjectFileRules, RepeatedEnumerationValueKeyIsRefused)
 {
-   expectRefused("UPDATE t_enumeration_value SET value_key = 'New'", "Enumeration 'shop::Status' : value key 'New' is given more than once");
+   edit("UPDATE t_enumeration_value SET value_key = 'New'");
+   EXPECT_TRUE(loadError().contains("Enumeration 'shop::Status' : value key 'New' is given more than once")) << str(loadError());
 }
 
 TEST_F(ProjectFileRules, RepeatedIdsAndKeysAreRefused)

@@ -130,7 +130,7 @@ QStringList model_integrity::fileCollisions(const project & p, bool bForExport)
    {
       const QString sFold = lstItems.at(i).sFlat.toLower();
       auto itr = hashGroup.constFind(sFold);
-      if (itr == hashGroup.constEnd()) { hashGroup.insert(sFold, lstGroups.size()); lstGroups.append({ i }); }
+      if (itr == hashGroup.constEnd()) { hashGroup.insert(sFold, lstGroups.size()); lstGroups.append(QList<qsizetype>({ i })); }
       else { lstGroups[itr.value()].append(i); }
    }
 
