@@ -104,16 +104,18 @@ QString model_integrity::cycleText(const list_of_entity & lstEntities, const QLi
 
 QStringList model_integrity::fileCollisions(const project & p, bool bForExport)
 {
-   struct item { QString sLabel; QString sFlat; };
+   // Labels are made only for the clashes: large models have hardly any.
+   struct item { const char * szKind; QString sKey; QString sFlat; };
    QList<item> lstItems;
    QSet<QString> setKeys;
    auto add = [&](const char * szKind, const QString & sKey)
    {
       // Nameless and repeated keys are schema errors of their own.
       if (! bForExport && (sKey.isEmpty() || setKeys.contains(sKey))) { return; }
-      setKeys.insert(sKey);
-      lstItems.append(item { QString("%1 '%2'").arg(QString::fromLatin1(szKind), sKey), QString(sKey).replace("::", "_") });
+      if (! bForExport) { setKeys.insert(sKey); }
+      lstItems.append(item { szKind, sKey, QString(sKey).replace(QLatin1String("::"), QLatin1String("_")) });
    };
+   auto label = [&](qsizetype i) { return QString("%1 '%2'").arg(QString::fromLatin1(lstItems.at(i).szKind), lstItems.at(i).sKey); };
    for (const entity_ptr & pEntity : (* p.getListOfAllEntities()))
    {
       if (pEntity && (! bForExport || (pEntity->getId() != 0))) { add("entity", pEntity->getKey()); }
@@ -141,7 +143,7 @@ QStringList model_integrity::fileCollisions(const project & p, bool bForExport)
       QStringList lstLabels, lstFlats;
       for (qsizetype i : lstGroup)
       {
-         lstLabels.append(lstItems.at(i).sLabel);
+         lstLabels.append(label(i));
          if (! lstFlats.contains(lstItems.at(i).sFlat)) { lstFlats.append(lstItems.at(i).sFlat); }
       }
       QString sWho = lstLabels.mid(0, lstLabels.size() - 1).join(", ") + " and " + lstLabels.last();
@@ -169,7 +171,7 @@ QStringList model_integrity::fileCollisions(const project & p, bool bForExport)
          if (iGroup < 0) { continue; }
          for (qsizetype i : lstGroups.at(iGroup))
          {
-            QString sWho = lstItems.at(i).sLabel;
+            QString sWho = label(i);
             sWho[0] = sWho.at(0).toUpper();
             lst.append(QString("%1 gives a generated file of the same name as the project file '%2'").arg(sWho, sFile));
          }
