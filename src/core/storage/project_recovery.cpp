@@ -1,6 +1,7 @@
 #include "storage/project_recovery.h"
 
 #include <QAtomicInt>
+#include <QFile>
 #include <QFileInfo>
 #include <QSqlDatabase>
 #include <QSqlError>
@@ -44,6 +45,12 @@ QString project_recovery::recoverInterruptedWrite(const QString & sFile, bool bR
    const QString sJournal = sFile + "-journal";
    const QFileInfo journal(sJournal);
    if (! journal.exists() || ! journal.isFile() || ! QFileInfo(sFile).isFile()) { return QString(); }
+   // Only a journal that begins with its header holds changes to undo (a finished write may leave
+   // an emptied or zeroed one behind).
+   {
+      QFile f(sJournal);
+      if (f.open(QIODevice::ReadOnly) && (f.read(8) != QByteArray("\xd9\xd5\x05\xf9\x20\xa1\x63\xd7", 8))) { return QString(); }
+   }
 
    const bool bWasEmpty = (QFileInfo(sFile).size() == 0);
    const QString sError = rollBack(sFile);
