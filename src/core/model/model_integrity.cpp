@@ -23,34 +23,44 @@ QString nameProblem(const QString & sName)
    return QString(": name '%1' %2").arg(sName, model_names::identifierProblem(sName));
 }
 
-void checkNamed(QStringList & lst, const QString & sLabel, const QString & sName, const QString & sNamespace)
+// Labels are made only for a message: nearly every item of a large model is fine.
+template <typename Label>
+void checkNamed(QStringList & lst, const Label & label, const QString & sName, const QString & sNamespace)
 {
    const QString sNameProblem = nameProblem(sName);
-   if (! sNameProblem.isEmpty()) { lst.append(sLabel + " " + sNameProblem); }
+   if (! sNameProblem.isEmpty()) { lst.append(label() + " " + sNameProblem); }
    const QString sNamespaceProblem = model_names::namespacePartProblem(sNamespace);
-   if (! sNamespaceProblem.isEmpty()) { lst.append(QString("%1 : namespace '%2' : %3").arg(sLabel, sNamespace, sNamespaceProblem)); }
+   if (! sNamespaceProblem.isEmpty()) { lst.append(QString("%1 : namespace '%2' : %3").arg(label(), sNamespace, sNamespaceProblem)); }
 }
 
-void checkOptionalIdentifier(QStringList & lst, const QString & sLabel, const QString & sWhat, const QString & sValue)
+template <typename Label>
+void checkOptionalIdentifier(QStringList & lst, const Label & label, const char * szWhat, const QString & sValue)
 {
    if (sValue.isEmpty() || model_names::isCppIdentifier(sValue)) { return; }
-   lst.append(QString("%1 : %2 '%3' %4").arg(sLabel, sWhat, sValue, model_names::identifierProblem(sValue)));
+   lst.append(QString("%1 : %2 '%3' %4").arg(label(), QString::fromLatin1(szWhat), sValue, model_names::identifierProblem(sValue)));
 }
 
-// Ids of one kind: 0 means "not stored" and may repeat, any other id names one item.
-void checkId(QStringList & lst, QHash<long, QString> & hashIds, long lId, const QString & sLabel, const QString & sKindPlural)
+// Ids of one kind: 0 means "not stored" and may repeat, any other id names one item. The hash
+// keeps the first owner's position, its label is made when a repeat is reported.
+template <typename Position, typename Label, typename LabelOf>
+void checkId(QStringList & lst, QHash<long, Position> & hashIds, long lId, const Position & pos, const Label & label,
+             const LabelOf & labelOf, const char * szKindPlural)
 {
-   if (lId < 0) { lst.append(QString("%1 : id %2 is negative").arg(sLabel).arg(lId)); return; }
+   if (lId < 0) { lst.append(QString("%1 : id %2 is negative").arg(label()).arg(lId)); return; }
    if (lId == 0) { return; }
    auto itr = hashIds.constFind(lId);
    if (itr != hashIds.constEnd())
-   { lst.append(QString("%1 : id %2 is already used by %3 (ids of %4 must be unique)").arg(sLabel).arg(lId).arg(itr.value(), sKindPlural)); return; }
-   hashIds.insert(lId, sLabel);
+   {
+      lst.append(QString("%1 : id %2 is already used by %3 (ids of %4 must be unique)").arg(label()).arg(lId).arg(labelOf(itr.value()), QString::fromLatin1(szKindPlural)));
+      return;
+   }
+   hashIds.insert(lId, pos);
 }
 
-void checkCode(QStringList & lst, const QString & sLabel, const char * szWhat, int iCode, int iLast)
+template <typename Label>
+void checkCode(QStringList & lst, const Label & label, const char * szWhat, int iCode, int iLast)
 {
-   if ((iCode < 0) || (iCode > iLast)) { lst.append(QString("%1 has an invalid %2 code %3").arg(sLabel, QString::fromLatin1(szWhat)).arg(iCode)); }
+   if ((iCode < 0) || (iCode > iLast)) { lst.append(QString("%1 has an invalid %2 code %3").arg(label(), QString::fromLatin1(szWhat)).arg(iCode)); }
 }
 
 } // namespace
@@ -192,24 +202,43 @@ QStringList model_integrity::problems(const project & p)
    else if (! model_names::isCppIdentifier(sProjectName))
    { lst.append(QString("Project name '%1' %2").arg(sProjectName, model_names::identifierProblem(sProjectName))); }
 
-   QHash<long, QString> hashEnumIds, hashEntityIds, hashPropertyIds;
-   QHash<QString, QString> hashEnumKeys, hashEntityKeys;
+   auto enumLabel = [&lstEnums](qsizetype i)
+   {
+      const enumeration_ptr & pEnum = lstEnums.at(i);
+      return (pEnum->getName().isEmpty() ? QString("Enumeration #%1").arg(i + 1) : QString("Enumeration '%1'").arg(pEnum->getKey()));
+   };
+   auto entityLabel = [&lstEntities](qsizetype i)
+   {
+      const entity_ptr & pEntity = lstEntities.at(i);
+      return (pEntity->getName().isEmpty() ? QString("Entity #%1").arg(i + 1) : QString("Entity '%1'").arg(pEntity->getKey()));
+   };
+   auto propertyLabel = [&lstEntities, &entityLabel](const QPair<qsizetype, qsizetype> & pos)
+   {
+      const QString sName = lstEntities.at(pos.first)->getOwnProperties().at(pos.second)->getName();
+      return (sName.isEmpty() ? QString("%1 : property #%2").arg(entityLabel(pos.first)).arg(pos.second + 1)
+                              : QString("%1 : property '%2'").arg(entityLabel(pos.first), sName));
+   };
+
+   QHash<long, qsizetype> hashEnumIds, hashEntityIds;
+   QHash<long, QPair<qsizetype, qsizetype> > hashPropertyIds;
+   QHash<QString, qsizetype> hashEnumKeys;
+   QSet<QString> setEntityKeys;
    for (qsizetype i = 0; i < lstEnums.size(); ++i)
    {
       const enumeration_ptr & pEnum = lstEnums.at(i);
       if (! pEnum) { continue; }
-      const QString sLabel = (pEnum->getName().isEmpty() ? QString("Enumeration #%1").arg(i + 1) : QString("Enumeration '%1'").arg(pEnum->getKey()));
-      checkNamed(lst, sLabel, pEnum->getName(), pEnum->getNamespace());
-      checkId(lst, hashEnumIds, pEnum->getId(), sLabel, "enumerations");
-      checkOptionalIdentifier(lst, sLabel, "enum name", pEnum->getEnumName());
+      auto label = [&enumLabel, i] { return enumLabel(i); };
+      checkNamed(lst, label, pEnum->getName(), pEnum->getNamespace());
+      checkId(lst, hashEnumIds, pEnum->getId(), i, label, enumLabel, "enumerations");
+      checkOptionalIdentifier(lst, label, "enum name", pEnum->getEnumName());
       for (const auto & keyValue : pEnum->getAllKeyValue())
       {
          if (! model_names::isCppIdentifier(keyValue.first))
-         { lst.append(QString("%1 : value key '%2' %3").arg(sLabel, keyValue.first, model_names::identifierProblem(keyValue.first))); }
+         { lst.append(QString("%1 : value key '%2' %3").arg(label(), keyValue.first, model_names::identifierProblem(keyValue.first))); }
       }
       if (pEnum->getName().isEmpty()) { continue; }
-      if (hashEnumKeys.contains(pEnum->getKey())) { lst.append(QString("%1 is defined more than once").arg(sLabel)); }
-      else { hashEnumKeys.insert(pEnum->getKey(), sLabel); }
+      if (hashEnumKeys.contains(pEnum->getKey())) { lst.append(QString("%1 is defined more than once").arg(label())); }
+      else { hashEnumKeys.insert(pEnum->getKey(), i); }
    }
 
    for (qsizetype i = 0; i < lstEntities.size(); ++i)
@@ -217,27 +246,24 @@ QStringList model_integrity::problems(const project & p)
       const entity_ptr & pEntity = lstEntities.at(i);
       if (! pEntity) { continue; }
       const entity & e = (* pEntity);
+      auto label = [&entityLabel, i] { return entityLabel(i); };
+      checkNamed(lst, label, e.getName(), e.getNamespace());
+      checkId(lst, hashEntityIds, e.getId(), i, label, entityLabel, "entities");
+      checkOptionalIdentifier(lst, label, "validator method", e.getValidatorMethod());
+      if (e.getName().isEmpty()) { continue; }
       const QString sKey = e.getKey();
-      const QString sLabel = (e.getName().isEmpty() ? QString("Entity #%1").arg(i + 1) : QString("Entity '%1'").arg(sKey));
-      checkNamed(lst, sLabel, e.getName(), e.getNamespace());
-      checkId(lst, hashEntityIds, e.getId(), sLabel, "entities");
-      checkOptionalIdentifier(lst, sLabel, "validator method", e.getValidatorMethod());
-      if (! e.getName().isEmpty())
-      {
-         if (hashEntityKeys.contains(sKey)) { lst.append(QString("%1 is defined more than once").arg(sLabel)); }
-         else if (hashEnumKeys.contains(sKey)) { lst.append(QString("%1 has the same key as %2").arg(sLabel, hashEnumKeys.value(sKey))); }
-         else { hashEntityKeys.insert(sKey, sLabel); }
-      }
+      if (setEntityKeys.contains(sKey)) { lst.append(QString("%1 is defined more than once").arg(label())); }
+      else if (hashEnumKeys.contains(sKey)) { lst.append(QString("%1 has the same key as %2").arg(label(), enumLabel(hashEnumKeys.value(sKey)))); }
+      else { setEntityKeys.insert(sKey); }
    }
 
    for (qsizetype i = 0; i < lstEntities.size(); ++i)
    {
       const entity_ptr & pEntity = lstEntities.at(i);
       if (! pEntity) { continue; }
-      const QString sEntityLabel = (pEntity->getName().isEmpty() ? QString("Entity #%1").arg(i + 1) : QString("Entity '%1'").arg(pEntity->getKey()));
       const QString sParentKey = pEntity->getParentKey();
-      if (! sParentKey.isEmpty() && ! hashEntityKeys.contains(sParentKey))
-      { lst.append(QString("%1 : parent '%2' is not an entity of the project").arg(sEntityLabel, sParentKey)); }
+      if (! sParentKey.isEmpty() && ! setEntityKeys.contains(sParentKey))
+      { lst.append(QString("%1 : parent '%2' is not an entity of the project").arg(entityLabel(i), sParentKey)); }
 
       QSet<QString> setNames;
       const list_of_property & lstProperties = pEntity->getOwnProperties();
@@ -246,30 +272,30 @@ QStringList model_integrity::problems(const project & p)
          const property_ptr & pProperty = lstProperties.at(j);
          if (! pProperty) { continue; }
          const property & prop = (* pProperty);
+         const QPair<qsizetype, qsizetype> pos(i, j);
+         auto label = [&propertyLabel, pos] { return propertyLabel(pos); };
          const QString sName = prop.getName();
-         const QString sLabel = (sName.isEmpty() ? QString("%1 : property #%2").arg(sEntityLabel).arg(j + 1)
-                                                 : QString("%1 : property '%2'").arg(sEntityLabel, sName));
          const QString sProblem = nameProblem(sName);
-         if (! sProblem.isEmpty()) { lst.append(sLabel + " " + sProblem); }
-         else if (setNames.contains(sName)) { lst.append(sLabel + " is defined more than once"); }
+         if (! sProblem.isEmpty()) { lst.append(label() + " " + sProblem); }
+         else if (setNames.contains(sName)) { lst.append(label() + " is defined more than once"); }
          setNames.insert(sName);
-         checkId(lst, hashPropertyIds, prop.getId(), sLabel, "properties");
-         checkCode(lst, sLabel, "accessibility", prop.getAccessibility(), property::access_private);
+         checkId(lst, hashPropertyIds, prop.getId(), pos, label, propertyLabel, "properties");
+         checkCode(lst, label, "accessibility", prop.getAccessibility(), property::access_private);
          if (property_type_ptr pType = prop.getType())
          {
-            checkCode(lst, sLabel, "decoration", pType->getDecoration(), property_type::decoration_optional);
-            checkCode(lst, sLabel, "collection", pType->getCollection(), property_type::collection_std_vector);
+            checkCode(lst, label, "decoration", pType->getDecoration(), property_type::decoration_optional);
+            checkCode(lst, label, "collection", pType->getCollection(), property_type::collection_std_vector);
          }
          const QString sEnumKey = prop.getEnumerationKey();
          if (! sEnumKey.isEmpty() && ! hashEnumKeys.contains(sEnumKey))
-         { lst.append(QString("%1 : enumeration '%2' is not an enumeration of the project").arg(sLabel, sEnumKey)); }
+         { lst.append(QString("%1 : enumeration '%2' is not an enumeration of the project").arg(label(), sEnumKey)); }
          if (relationship_ptr pRelation = prop.getRelation())
          {
-            checkCode(lst, sLabel, "relation kind", pRelation->getType(), relationship::many_to_many);
+            checkCode(lst, label, "relation kind", pRelation->getType(), relationship::many_to_many);
             const QString sTarget = pRelation->getTargetKey();
-            if (sTarget.isEmpty()) { lst.append(sLabel + " has a relation without target"); }
-            else if (! hashEntityKeys.contains(sTarget))
-            { lst.append(QString("%1 : relation target '%2' is not an entity of the project").arg(sLabel, sTarget)); }
+            if (sTarget.isEmpty()) { lst.append(label() + " has a relation without target"); }
+            else if (! setEntityKeys.contains(sTarget))
+            { lst.append(QString("%1 : relation target '%2' is not an entity of the project").arg(label(), sTarget)); }
          }
       }
    }
