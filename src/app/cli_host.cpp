@@ -1,4 +1,5 @@
 #include "cli_host.h"
+#include "pimpl_setting.h"
 #include "plugin_finder.h"
 
 #include <QApplication>
@@ -28,8 +29,10 @@ const char * const k_sCommands =
    "  import MODEL.json PROJECT.tavrel   Create or refresh a project file from a JSON model\n"
    "                                     (plug-in settings stored in the project are kept).\n"
    "  dump PROJECT                       Print the model of a project as JSON.\n"
-   "  check PROJECT                      Print the schema problems (exit 1 when there are any)\n"
-   "                                     and the warnings (which do not fail).\n"
+   "  check PROJECT [--PluginName_generate_pimpl=0|1]\n"
+   "                                     Print the schema problems (exit 1 when there are any)\n"
+   "                                     and the warnings (which do not fail); the PIMPL ones\n"
+   "                                     when the export would use PIMPL (stored or given).\n"
    "  plugins                            List the plug-ins and their command-line parameters.\n"
    "  export PROJECT [options] [plug-in parameters]\n"
    "                                     Export the project with a plug-in, unattended.\n"
@@ -126,13 +129,18 @@ int cli_host::run(const QStringList & args)
    {
       if (parser.isSet(optPlugin) || parser.isSet(optLumor) || parser.isSet(optYes) || parser.isSet(optNo))
       { return usageError("options --plugin, --lumor-path, --yes and --no belong to the export command"); }
-      for (const QString & a : args) { if (isPluginParameter(a)) { return usageError("plug-in parameter '" + a + "' belongs to the export command"); } }
+      for (const QString & a : args)
+      {
+         // check shows the PIMPL warnings as the export would use it.
+         if ((command == "check") && pimpl_setting::isPImplParameter(a)) { continue; }
+         if (isPluginParameter(a)) { return usageError("plug-in parameter '" + a + "' belongs to the export command"); }
+      }
    }
    if (parser.isSet(optYes) && parser.isSet(optNo)) { return usageError("--yes and --no exclude each other"); }
 
    if (command == "import") { return cmdImport(positional); }
    if (command == "dump") { return cmdDump(positional); }
-   if (command == "check") { return cmdCheck(positional); }
+   if (command == "check") { return cmdCheck(positional, args); }
    if (command == "plugins")
    {
       if (! positional.isEmpty()) { return usageError("plugins takes no argument"); }
@@ -175,13 +183,14 @@ int cli_host::cmdDump(const QStringList & args)
    return exit_ok;
 }
 
-int cli_host::cmdCheck(const QStringList & args)
+int cli_host::cmdCheck(const QStringList & args, const QStringList & allArgs)
 {
    if (args.size() != 1) { return usageError("check needs PROJECT"); }
    model::project_ptr project;
    if (! openProject(args.at(0), project)) { return exit_failure; }
    const zy::ZyInvalidValueX errors = project->checkSchema();
-   const QStringList warnings = project->checkWarnings();
+   const bool bPImpl = pimpl_setting::isOn(plugin_finder::findPlugins(plugin_finder::pluginDirectory()), allArgs);
+   const QStringList warnings = project->checkWarnings(bPImpl);
    for (const auto & e : errors) { m_out << "error: " << e.getMessage() << "\n"; }
    for (const auto & w : warnings) { m_out << "warning: " << w << "\n"; }
    m_out << "Project '" << project->getName() << "' : " << project->getListOfAllEntities()->size() << " entities, "

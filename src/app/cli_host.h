@@ -38,7 +38,7 @@ protected:
 private:
    int cmdImport(const QStringList & args);
    int cmdDump(const QStringList & args);
-   int cmdCheck(const QStringList & args);
+   int cmdCheck(const QStringList & args, const QStringList & allArgs);
    int cmdPlugins();
    int cmdExport(const QStringList & positional, const QStringList & allArgs, const QString & pluginName,
                  const QString & lumorPath, bool bYes, bool bNo);

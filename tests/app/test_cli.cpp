@@ -106,7 +106,7 @@ TEST(Cli, ImportDumpCheckRoundTrip)
 
    r = runTavrel({ "check", project });
    EXPECT_EQ(r.code, 0) << r.out.toStdString() << r.err.toStdString();
-   EXPECT_TRUE(r.out.contains("Project 'Shop'")) << r.out.toStdString();
+   EXPECT_TRUE(r.out.contains("Project 'SHOP'")) << r.out.toStdString();
    EXPECT_TRUE(r.out.contains("0 error(s)"));
 }
 

@@ -128,11 +128,14 @@ TEST_P(BuiltInStyle, ExportRunsCleanAndWritesEveryClass)
          EXPECT_EQ(text.contains("   Q_OBJECT\n"), c.style >= 2) << header.toStdString();
       }
    }
-   for (const char * file : { "Shop.gen.pri", "Shop.gen.pro", "CMakeLists.txt", "src/Shop_all.gen.cpp", "src/Shop_main.gen.cpp",
-                              "include/Shop_precompiled_header.gen.h", "include/Shop_export.gen.h", "include/Shop_all_include.gen.h",
-                              "custom/Shop.pri", "custom/include/Shop_precompiled_header.h" })
+   // The project files are named after the model's project.
+   const QString P = QJsonDocument::fromJson(test_support::readAll(test_support::examplePath("shop.json"))).object().value("name").toString();
+   for (const char * file : { "%1.gen.pri", "%1.gen.pro", "CMakeLists.txt", "src/%1_all.gen.cpp", "src/%1_main.gen.cpp",
+                              "include/%1_precompiled_header.gen.h", "include/%1_export.gen.h", "include/%1_all_include.gen.h",
+                              "custom/%1.pri", "custom/include/%1_precompiled_header.h" })
    {
-      EXPECT_TRUE(QFileInfo::exists(out + "/" + file)) << file;
+      const QString sFile = QString::fromLatin1(file).arg(P);
+      EXPECT_TRUE(QFileInfo::exists(out + "/" + sFile)) << sFile.toStdString();
    }
 }
 

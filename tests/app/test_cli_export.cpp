@@ -62,9 +62,9 @@ TEST(CliExport, EveryParameterIntoANewDirectoryAnsweredYes)
    EXPECT_TRUE(QFileInfo::exists(out + "/include/shop_sales_Order.gen.h"));
    EXPECT_TRUE(QFileInfo::exists(out + "/src/shop_sales_Order.gen.cpp"));
    EXPECT_TRUE(QFileInfo::exists(out + "/CMakeLists.txt"));
-   EXPECT_TRUE(QFileInfo::exists(out + "/custom/Shop.pri"));
+   EXPECT_TRUE(QFileInfo::exists(out + "/custom/SHOP.pri"));
    // Relative library path in the qmake project file.
-   EXPECT_TRUE(test_support::readAll(out + "/Shop.gen.pro").contains("$$PWD/../../lumor/")) << test_support::readAll(out + "/Shop.gen.pro").constData();
+   EXPECT_TRUE(test_support::readAll(out + "/SHOP.gen.pro").contains("$$PWD/../../lumor/")) << test_support::readAll(out + "/SHOP.gen.pro").constData();
    // Style 1 derives the root class from the persistable interface.
    EXPECT_TRUE(test_support::readAll(out + "/include/shop_Base.gen.h").contains("public zy::IxPersistable"));
 }
@@ -181,8 +181,8 @@ TEST(CliExport, AllParametersIntoANewNestedDirectoryAnsweredYes)
    const QByteArray source = test_support::readAll(out + "/src/shop_sales_Order.gen.cpp");
    EXPECT_TRUE(source.startsWith("// source of Order\n")) << source.constData();
    EXPECT_TRUE(source.contains("Order_impl")) << source.constData();
-   EXPECT_TRUE(QFileInfo::exists(out + "/custom/Shop.pri"));
-   EXPECT_TRUE(test_support::readAll(out + "/Shop.gen.pro").contains("$$PWD/../../../lumor/"));
+   EXPECT_TRUE(QFileInfo::exists(out + "/custom/SHOP.pri"));
+   EXPECT_TRUE(test_support::readAll(out + "/SHOP.gen.pro").contains("$$PWD/../../../lumor/"));
 
    // Command-line values are not kept: a later run without them has no export directory.
    r = runExport({ model, "--lumor-path", tmp.filePath("lumor"), "--yes" });

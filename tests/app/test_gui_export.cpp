@@ -142,7 +142,7 @@ TEST_F(GuiDebugger, ListsEveryCallOfAnExportAsItHappens)
    QTreeWidget * pCalls = pDebugger->getCallList();
    EXPECT_EQ(pCalls->topLevelItem(0)->text(1), "PLUGIN_EXPORT_START");
    EXPECT_EQ(pCalls->topLevelItem(iCalls - 1)->text(1), "PLUGIN_EXPORT_END");
-   EXPECT_TRUE(pDebugger->getLogText().contains("start of Shop")) << pDebugger->getLogText().toStdString();
+   EXPECT_TRUE(pDebugger->getLogText().contains("start of SHOP")) << pDebugger->getLogText().toStdString();
 
    // The breakpoint held the export in a prompt while every earlier call was already listed.
    EXPECT_EQ(pDebugger->getBreakpointCount(), 1);

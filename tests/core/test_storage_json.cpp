@@ -471,7 +471,7 @@ TEST(StorageJson, DumpOfShopExampleRoundTrips)
    // Stable: the same model gives the same text.
    EXPECT_EQ(storage::project_storage::toJson(* p), dump);
 
-   EXPECT_EQ(str(q->getName()), "Shop");
+   EXPECT_EQ(str(q->getName()), "SHOP");
    EXPECT_EQ(q->getListOfAllEntities()->size(), 8);
    EXPECT_EQ(q->getListOfAllEnums()->size(), 2);
    for (qsizetype i = 0; i < p->getListOfAllEntities()->size(); ++i)

@@ -59,7 +59,7 @@ TEST(StorageProject, ImportThenLoadGivesTheSameModel)
    ASSERT_TRUE(ok.getValue()) << str(ok.getDesc());
    EXPECT_EQ(str(dumpOf(* pLoaded)), str(dumpOf(* pParsed)));
 
-   EXPECT_EQ(str(pLoaded->getName()), "Shop");
+   EXPECT_EQ(str(pLoaded->getName()), "SHOP");
    EXPECT_EQ(str(pLoaded->getLocation()), str(QFileInfo(dir.path()).absoluteFilePath()));
    EXPECT_EQ(str(pLoaded->getFilePath()), str(QFileInfo(sProject).absoluteFilePath()));
 

@@ -76,10 +76,12 @@ inline model::project_ptr parseModel(const QByteArray & json)
    return p;
 }
 
+// The model the golden files were recorded from: the shop example as it was then (project
+// "Shop"), frozen here so that the shipped example may change.
 inline model::project_ptr loadShop()
 {
    model::project_ptr p;
-   zy::ZyBool ok = storage::project_storage::readJsonFile(test_support::examplePath("shop.json"), p);
+   zy::ZyBool ok = storage::project_storage::readJsonFile(test_support::sourceDir() + "/tests/cpp_export/golden_model_shop.json", p);
    EXPECT_TRUE(static_cast<bool>(ok)) << ok.getDesc().toStdString();
    return p;
 }

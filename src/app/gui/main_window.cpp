@@ -1,4 +1,5 @@
 #include "gui/main_window.h"
+#include "pimpl_setting.h"
 
 #include <QAction>
 #include <QApplication>
@@ -333,7 +334,7 @@ zy::ZyBool main_window::openProject(const QString & path)
                  .arg(m_pProject->getName()).arg(m_pProject->getListOfAllEntities()->size())
                  .arg(m_pProject->getListOfAllEnums()->size()).arg(QDir::toNativeSeparators(context::ctx_project::getProjectFile())), 1);
    for (const auto & e : m_pProject->checkSchema()) { addMessage(tr("Schema error : %1").arg(e.getMessage()), 3); }
-   for (const QString & w : m_pProject->checkWarnings()) { addMessage(tr("Schema warning : %1").arg(w), 2); }
+   for (const QString & w : m_pProject->checkWarnings(app::pimpl_setting::isOn(m_lstPlugins, getAppArgs()))) { addMessage(tr("Schema warning : %1").arg(w), 2); }
    updateActions();
    updateTitle();
    return ok;

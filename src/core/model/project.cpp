@@ -6,6 +6,7 @@
 
 #include "model/entity.h"
 #include "model/enumeration.h"
+#include "model/model_integrity.h"
 #include "model/model_names.h"
 #include "model/model_text_rules.h"
 #include "model/property.h"
@@ -308,34 +309,11 @@ zy::ZyInvalidValueX project::checkSchema() const
       { lstResult.append(zy::ZyInvalidValue(QString("%1 has more than one primary key (%2)").arg(sLabel, lstPrimaryKeys.join(", ")), sPath)); }
    }
 
-   // Inheritance cycles, each reported once, at its first member in document order. Every
-   // entity is walked at most once (state 2 = known to end outside a cycle or already reported).
-   QVector<char> lstState(lstEntities.size(), 0);
-   for (qsizetype i = 0; i < lstEntities.size(); ++i)
+   // Inheritance cycles, each reported once, at its first member in document order.
+   for (const QList<qsizetype> & lstCycle : model_integrity::parentCycles(lstEntities))
    {
-      if (lstState.at(i) != 0) { continue; }
-      QList<qsizetype> lstPath;
-      qsizetype iCurrent = i;
-      while ((iCurrent >= 0) && (lstState.at(iCurrent) == 0))
-      {
-         lstState[iCurrent] = 1;
-         lstPath.append(iCurrent);
-         const entity_ptr & p = lstEntities.at(iCurrent);
-         const QString sParentKey = (p ? p->getParentKey() : QString());
-         iCurrent = (sParentKey.isEmpty() ? -1 : hashEntities.value(sParentKey, -1));
-      }
-      if ((iCurrent >= 0) && (lstState.at(iCurrent) == 1))
-      {
-         const qsizetype iStart = lstPath.indexOf(iCurrent);
-         QList<qsizetype> lstCycle = lstPath.mid(iStart);
-         qsizetype iMin = 0;
-         for (qsizetype k = 1; k < lstCycle.size(); ++k) { if (lstCycle.at(k) < lstCycle.at(iMin)) { iMin = k; } }
-         QStringList lstKeys;
-         for (qsizetype k = 0; k <= lstCycle.size(); ++k) { lstKeys.append(lstEntities.at(lstCycle.at((iMin + k) % lstCycle.size()))->getKey()); }
-         const qsizetype iFirst = lstCycle.at(iMin);
-         lstResult.append(zy::ZyInvalidValue(QString("%1 : inheritance cycle %2").arg(entityLabel(lstEntities.at(iFirst), iFirst), lstKeys.join(" -> ")), entityPath(iFirst)));
-      }
-      for (qsizetype k : lstPath) { lstState[k] = 2; }
+      const qsizetype iFirst = lstCycle.first();
+      lstResult.append(zy::ZyInvalidValue(QString("%1 : inheritance cycle %2").arg(entityLabel(lstEntities.at(iFirst), iFirst), model_integrity::cycleText(lstEntities, lstCycle)), entityPath(iFirst)));
    }
 
    for (qsizetype i = 0; i < lstEnums.size(); ++i)
@@ -367,10 +345,11 @@ zy::ZyInvalidValueX project::checkSchema() const
 
    // Texts the export writes as they are (accessor bodies, literals, comments, numbers).
    lstResult.append(model_text_rules::checkProject(* this, true));
+   for (const QString & sCollision : model_integrity::fileCollisions(* this, false)) { lstResult.append(zy::ZyInvalidValue(sCollision, "name")); }
    return lstResult;
 }
 
-QStringList project::checkWarnings() const
+QStringList project::checkWarnings(bool bWithPImpl) const
 {
    QStringList lstResult;
    const list_of_entity & lstEntities = (* m_pEntities);
@@ -380,7 +359,8 @@ QStringList project::checkWarnings() const
       const QString sUpper = m_sName.toUpper();
       lstResult.append(QString("Project '%1' : the generated CMakeLists.txt sets its file lists as %1_HEADERS and %1_SRCS "
                                "but reads them as %2_HEADERS and %2_SRCS (the upper-cased project name), so the CMake build "
-                               "of the generated code finds no files; name the project in upper case ('%2') to build with CMake")
+                               "of the generated code finds no files; rename the project from '%1' to '%2' (the \"name\" of "
+                               "the JSON model) to build with CMake")
                        .arg(m_sName, sUpper));
    }
 
@@ -407,7 +387,7 @@ QStringList project::checkWarnings() const
                              .arg(sKey, pProperty->getName(), pType->getPrimitiveType()));
          }
       }
-      if (pEntity->getListOfProperty(false, true, true).isEmpty())
+      if (bWithPImpl && pEntity->getListOfProperty(false, true, true).isEmpty())
       {
          lstResult.append(QString("Entity '%1' has no property of its own: with the PIMPL idiom on, its private implementation "
                                   "structure is declared but never defined, so the generated code does not compile").arg(sKey));
@@ -435,6 +415,7 @@ QStringList project::checkWarnings() const
                                   "in '%4'; the generated code does not compile (make the key protected or public)")
                           .arg(pEntity->getKey(), lstRelations.join(", "), pId->getName(), (pOwner ? pOwner->getKey() : QString("a base class"))));
       }
+      if (! bWithPImpl) { continue; }
       lstResult.append(QString("Entity '%1' : with the PIMPL idiom on, the generated relation code of %2 uses the primary key '%3' "
                                "inherited from '%4', which is not a member of this class's private implementation; the "
                                "generated code does not compile with PIMPL (it does without)")

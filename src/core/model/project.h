@@ -48,8 +48,11 @@ public:
 
    // Schema problems, one invalid value per problem, each message naming the item.
    zy::ZyInvalidValueX checkSchema() const;
-   // Models that are valid but whose generated code cannot build as written.
-   QStringList checkWarnings() const;
+   // Models that are valid but whose generated code cannot build as written; without
+   // bWithPImpl the warnings that only hold with the PIMPL idiom on are left out.
+   QStringList checkWarnings(bool bWithPImpl) const;
+   // All of them, PIMPL ones included.
+   QStringList checkWarnings() const { return checkWarnings(true); }
 
    void setName(const QString & s) { m_sName = s; }
    void setLocation(const QString & s) { m_sLocation = s; }

@@ -14,11 +14,13 @@
 
 #include "model/entity.h"
 #include "model/enumeration.h"
+#include "model/model_integrity.h"
 #include "model/model_text_rules.h"
 #include "model/project.h"
 #include "model/property.h"
 #include "model/property_type.h"
 #include "model/relationship.h"
+#include "storage/project_recovery.h"
 
 namespace storage {
 
@@ -83,6 +85,8 @@ QString dbErrorText(const QSqlError & err)
 // fail at the first statement, or treat a text file as garbage pages).
 QString fileProblem(const QString & sFile)
 {
+   const QString sInterrupted = project_recovery::recoverInterruptedWrite(sFile, false);
+   if (! sInterrupted.isEmpty()) { return sInterrupted; }
    QFileInfo info(sFile);
    if (! info.exists()) { return QString(); }
    if (! info.isFile()) { return QString("'%1' is not a file").arg(sFile); }
@@ -154,6 +158,16 @@ QVariant boundFromColumn(const QVariant & v)
       return QVariant(d);
    }
    return value.toVariant();
+}
+
+// One line per problem, as the JSON import reports them.
+QString refusalText(const QString & sFile, const QStringList & lstProblems)
+{
+   const qsizetype iMax = 100;
+   QStringList lst;
+   for (qsizetype i = 0; (i < lstProblems.size()) && (i < iMax); ++i) { lst.append(QString("%1: %2").arg(sFile, lstProblems.at(i))); }
+   if (lstProblems.size() > iMax) { lst.append(QString("... and %1 more errors").arg(lstProblems.size() - iMax)); }
+   return lst.join("\n");
 }
 
 QVariant text(const QString & s) { return QVariant(s.isNull() ? QString("") : s); }
@@ -363,7 +377,8 @@ public:
       while (q.next())
       {
          model::enumeration_ptr pEnum = hashEnums.value(q.value(0).toLongLong());
-         if (pEnum) { pEnum->addKeyValue(q.value(1).toString(), q.value(2).toString()); }
+         if (pEnum && ! pEnum->addKeyValue(q.value(1).toString(), q.value(2).toString()))
+         { m_sError = QString("Enumeration '%1' : value key '%2' is given more than once").arg(pEnum->getKey(), q.value(1).toString()); return false; }
       }
       if (! finished(q)) { return false; }
 
@@ -597,9 +612,11 @@ zy::ZyBool project_storage::loadProject(const QString & projectFile, model::proj
    const QFileInfo info(projectFile);
    const QString sFile = info.absoluteFilePath();
    if (! info.exists()) { return zy::ZyBool(false, QString("project file '%1' does not exist").arg(sFile)); }
+   const QString sInterrupted = project_recovery::recoverInterruptedWrite(sFile, true);
+   if (! sInterrupted.isEmpty()) { return zy::ZyBool(false, sInterrupted); }
    const QString sProblem = fileProblem(sFile);
    if (! sProblem.isEmpty()) { return zy::ZyBool(false, sProblem); }
-   if (info.size() == 0) { return zy::ZyBool(false, QString("'%1' is not a Tavrel project file (the file is empty)").arg(sFile)); }
+   if (QFileInfo(sFile).size() == 0) { return zy::ZyBool(false, QString("'%1' is not a Tavrel project file (the file is empty)").arg(sFile)); }
 
    auto pProject = std::make_shared<model::project>();
    QString sError;
@@ -617,6 +634,9 @@ zy::ZyBool project_storage::loadProject(const QString & projectFile, model::proj
       }
    }
    if (! sError.isEmpty()) { return zy::ZyBool(false, QString("cannot read project file '%1': %2").arg(sFile, sError)); }
+   // A hand-edited file meets the rules of the JSON import, or nothing reads it.
+   const QStringList lstProblems = model::model_integrity::problems(* pProject);
+   if (! lstProblems.isEmpty()) { return zy::ZyBool(false, refusalText(sFile, lstProblems)); }
 
    // A project file without its project row (only the schema written) is an empty model.
    if (pProject->getName().isEmpty() && pProject->getListOfAllEntities()->isEmpty() && pProject->getListOfAllEnums()->isEmpty())
@@ -624,8 +644,10 @@ zy::ZyBool project_storage::loadProject(const QString & projectFile, model::proj
    pProject->setLocation(info.absolutePath());
    pProject->setFilePath(sFile);
    pProject->resolveLinks();
-   const QString sTextProblems = model::model_text_rules::problemText(* pProject);
-   if (! sTextProblems.isEmpty()) { return zy::ZyBool(false, QString("project file '%1' is refused:\n%2").arg(sFile, sTextProblems)); }
+   // Text that would break out of where the export writes it, as the import refuses it.
+   QStringList lstTextProblems;
+   for (const auto & problem : model::model_text_rules::projectProblems(* pProject, false)) { lstTextProblems.append(problem.message()); }
+   if (! lstTextProblems.isEmpty()) { return zy::ZyBool(false, refusalText(sFile, lstTextProblems)); }
    result = pProject;
    return zy::ZyBool(true);
 }

@@ -14,6 +14,7 @@
 
 #include "model/entity.h"
 #include "model/enumeration.h"
+#include "model/model_integrity.h"
 #include "model/model_names.h"
 #include "model/model_text_rules.h"
 #include "model/project.h"
@@ -390,6 +391,7 @@ public:
       }
 
       checkReferences();
+      checkParentCycles();
       assignIds();
    }
 
@@ -649,6 +651,13 @@ private:
       {
          if (! m_hashEnumKeys.contains(ref.sKey)) { m_reader.error(ref.sPath, QString("%1 '%2' is not an enumeration of the document").arg(ref.sWhat, ref.sKey)); }
       }
+   }
+
+   void checkParentCycles()
+   {
+      const model::list_of_entity & lst = (* m_pProject->getListOfAllEntities());
+      for (const QList<qsizetype> & lstCycle : model::model_integrity::parentCycles(lst))
+      { m_reader.error(joinPath(indexPath("entities", lstCycle.first()), "parent"), "inheritance cycle " + model::model_integrity::cycleText(lst, lstCycle)); }
    }
 
    // Items without "id" get 1, 2, 3... in document order, skipping the ids given explicitly.

@@ -10,6 +10,7 @@
 #include "model/entity.h"
 #include "model/enumeration.h"
 #include "model/global_params.h"
+#include "model/model_integrity.h"
 #include "model/model_text_rules.h"
 #include "model/project.h"
 #include "plugin/cpp_export.h"
@@ -126,6 +127,10 @@ zy::ZyBool cpp_builder::build(model::project & project)
                                                                           QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes);
       if (answer != QMessageBox::Yes) { return zy::ZyBool(true, QString()); }
    }
+
+   // No answer makes two classes share a file: one would silently replace the other.
+   const QStringList lstCollisions = model::model_integrity::fileCollisions(project, true);
+   if (! lstCollisions.isEmpty()) { return zy::ZyBool(false, "Nothing was exported, generated files would overwrite each other :\n- " + lstCollisions.join("\n- ")); }
 
    QDir dir(D);
    if (! QDir().mkpath(dir.absoluteFilePath("include"))) { return zy::ZyBool(false, "Cannot create 'include' directory"); }

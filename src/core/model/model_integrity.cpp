@@ -1,0 +1,311 @@
+#include "model/model_integrity.h"
+
+#include <QHash>
+#include <QSet>
+#include <QVector>
+
+#include "model/entity.h"
+#include "model/enumeration.h"
+#include "model/model_names.h"
+#include "model/project.h"
+#include "model/property.h"
+#include "model/property_type.h"
+#include "model/relationship.h"
+
+namespace model {
+
+namespace {
+
+QString nameProblem(const QString & sName)
+{
+   if (sName.isEmpty()) { return QString("has no name"); }
+   if (model_names::isCppIdentifier(sName)) { return QString(); }
+   return QString(": name '%1' %2").arg(sName, model_names::identifierProblem(sName));
+}
+
+// Labels are made only for a message: nearly every item of a large model is fine.
+template <typename Label>
+void checkNamed(QStringList & lst, const Label & label, const QString & sName, const QString & sNamespace)
+{
+   const QString sNameProblem = nameProblem(sName);
+   if (! sNameProblem.isEmpty()) { lst.append(label() + " " + sNameProblem); }
+   const QString sNamespaceProblem = model_names::namespacePartProblem(sNamespace);
+   if (! sNamespaceProblem.isEmpty()) { lst.append(QString("%1 : namespace '%2' : %3").arg(label(), sNamespace, sNamespaceProblem)); }
+}
+
+template <typename Label>
+void checkOptionalIdentifier(QStringList & lst, const Label & label, const char * szWhat, const QString & sValue)
+{
+   if (sValue.isEmpty() || model_names::isCppIdentifier(sValue)) { return; }
+   lst.append(QString("%1 : %2 '%3' %4").arg(label(), QString::fromLatin1(szWhat), sValue, model_names::identifierProblem(sValue)));
+}
+
+// Ids of one kind: 0 means "not stored" and may repeat, any other id names one item. The hash
+// keeps the first owner's position, its label is made when a repeat is reported.
+template <typename Position, typename Label, typename LabelOf>
+void checkId(QStringList & lst, QHash<long, Position> & hashIds, long lId, const Position & pos, const Label & label,
+             const LabelOf & labelOf, const char * szKindPlural)
+{
+   if (lId < 0) { lst.append(QString("%1 : id %2 is negative").arg(label()).arg(lId)); return; }
+   if (lId == 0) { return; }
+   auto itr = hashIds.constFind(lId);
+   if (itr != hashIds.constEnd())
+   {
+      lst.append(QString("%1 : id %2 is already used by %3 (ids of %4 must be unique)").arg(label()).arg(lId).arg(labelOf(itr.value()), QString::fromLatin1(szKindPlural)));
+      return;
+   }
+   hashIds.insert(lId, pos);
+}
+
+template <typename Label>
+void checkCode(QStringList & lst, const Label & label, const char * szWhat, int iCode, int iLast)
+{
+   if ((iCode < 0) || (iCode > iLast)) { lst.append(QString("%1 has an invalid %2 code %3").arg(label(), QString::fromLatin1(szWhat)).arg(iCode)); }
+}
+
+} // namespace
+
+QList<QList<qsizetype> > model_integrity::parentCycles(const list_of_entity & lstEntities)
+{
+   QHash<QString, qsizetype> hashFirst;
+   hashFirst.reserve(lstEntities.size());
+   for (qsizetype i = 0; i < lstEntities.size(); ++i)
+   {
+      if (lstEntities.at(i) && ! hashFirst.contains(lstEntities.at(i)->getKey())) { hashFirst.insert(lstEntities.at(i)->getKey(), i); }
+   }
+
+   // Every entity is walked at most once (state 2 = known to end outside a cycle or reported).
+   QList<QList<qsizetype> > lstResult;
+   QVector<char> lstState(lstEntities.size(), 0);
+   for (qsizetype i = 0; i < lstEntities.size(); ++i)
+   {
+      if (lstState.at(i) != 0) { continue; }
+      QList<qsizetype> lstPath;
+      qsizetype iCurrent = i;
+      while ((iCurrent >= 0) && (lstState.at(iCurrent) == 0))
+      {
+         lstState[iCurrent] = 1;
+         lstPath.append(iCurrent);
+         const entity_ptr & p = lstEntities.at(iCurrent);
+         const QString sParentKey = (p ? p->getParentKey() : QString());
+         iCurrent = (sParentKey.isEmpty() ? -1 : hashFirst.value(sParentKey, -1));
+      }
+      if ((iCurrent >= 0) && (lstState.at(iCurrent) == 1))
+      {
+         const QList<qsizetype> lstCycle = lstPath.mid(lstPath.indexOf(iCurrent));
+         qsizetype iMin = 0;
+         for (qsizetype k = 1; k < lstCycle.size(); ++k) { if (lstCycle.at(k) < lstCycle.at(iMin)) { iMin = k; } }
+         QList<qsizetype> lstOrdered;
+         for (qsizetype k = 0; k < lstCycle.size(); ++k) { lstOrdered.append(lstCycle.at((iMin + k) % lstCycle.size())); }
+         lstResult.append(lstOrdered);
+      }
+      for (qsizetype k : lstPath) { lstState[k] = 2; }
+   }
+   return lstResult;
+}
+
+QString model_integrity::cycleText(const list_of_entity & lstEntities, const QList<qsizetype> & lstCycle)
+{
+   QStringList lstKeys;
+   for (qsizetype i : lstCycle) { lstKeys.append(lstEntities.at(i)->getKey()); }
+   if (! lstCycle.isEmpty()) { lstKeys.append(lstEntities.at(lstCycle.first())->getKey()); }
+   return lstKeys.join(" -> ");
+}
+
+QStringList model_integrity::fileCollisions(const project & p, bool bForExport)
+{
+   // Labels are made only for the clashes: large models have hardly any.
+   struct item { const char * szKind; QString sKey; QString sFlat; };
+   QList<item> lstItems;
+   QSet<QString> setKeys;
+   auto add = [&](const char * szKind, const QString & sKey)
+   {
+      // Nameless and repeated keys are schema errors of their own.
+      if (! bForExport && (sKey.isEmpty() || setKeys.contains(sKey))) { return; }
+      if (! bForExport) { setKeys.insert(sKey); }
+      lstItems.append(item { szKind, sKey, QString(sKey).replace(QLatin1String("::"), QLatin1String("_")) });
+   };
+   auto label = [&](qsizetype i) { return QString("%1 '%2'").arg(QString::fromLatin1(lstItems.at(i).szKind), lstItems.at(i).sKey); };
+   for (const entity_ptr & pEntity : (* p.getListOfAllEntities()))
+   {
+      if (pEntity && (! bForExport || (pEntity->getId() != 0))) { add("entity", pEntity->getKey()); }
+   }
+   for (const enumeration_ptr & pEnum : (* p.getListOfAllEnums()))
+   {
+      if (pEnum && (! bForExport || (pEnum->getId() != 0))) { add("enumeration", pEnum->getKey()); }
+   }
+
+   // Grouped without letter case, in document order of the group's first item.
+   QList<QList<qsizetype> > lstGroups;
+   QHash<QString, qsizetype> hashGroup;
+   for (qsizetype i = 0; i < lstItems.size(); ++i)
+   {
+      const QString sFold = lstItems.at(i).sFlat.toLower();
+      auto itr = hashGroup.constFind(sFold);
+      if (itr == hashGroup.constEnd()) { hashGroup.insert(sFold, lstGroups.size()); lstGroups.append(QList<qsizetype>({ i })); }
+      else { lstGroups[itr.value()].append(i); }
+   }
+
+   QStringList lst;
+   for (const QList<qsizetype> & lstGroup : std::as_const(lstGroups))
+   {
+      if (lstGroup.size() < 2) { continue; }
+      QStringList lstLabels, lstFlats;
+      for (qsizetype i : lstGroup)
+      {
+         lstLabels.append(label(i));
+         if (! lstFlats.contains(lstItems.at(i).sFlat)) { lstFlats.append(lstItems.at(i).sFlat); }
+      }
+      QString sWho = lstLabels.mid(0, lstLabels.size() - 1).join(", ") + " and " + lstLabels.last();
+      sWho[0] = sWho.at(0).toUpper();
+      if (lstFlats.size() == 1)
+      { lst.append(QString("%1 all give the same generated files 'include/%2.gen.h' and 'src/%2.gen.cpp'").arg(sWho, lstFlats.first())); }
+      else
+      {
+         lst.append(QString("%1 give generated files whose names differ only in letter case ('%2'): they share an include "
+                            "guard and are one file on a case-insensitive disk").arg(sWho, lstFlats.join("', '")));
+      }
+   }
+
+   // The project-level files live beside the entities' ones.
+   const QString sProject = p.getName();
+   if (! sProject.isEmpty())
+   {
+      const char * const aszProjectFiles[] = { "include/%1_precompiled_header.gen.h", "include/%1_export.gen.h",
+                                               "include/%1_all_include.gen.h", "src/%1_all.gen.cpp", "src/%1_main.gen.cpp" };
+      for (const char * szFile : aszProjectFiles)
+      {
+         const QString sFile = QString::fromLatin1(szFile).arg(sProject);
+         const QString sFlat = sFile.section('/', 1).section('.', 0, 0);
+         const qsizetype iGroup = hashGroup.value(sFlat.toLower(), -1);
+         if (iGroup < 0) { continue; }
+         for (qsizetype i : lstGroups.at(iGroup))
+         {
+            QString sWho = label(i);
+            sWho[0] = sWho.at(0).toUpper();
+            lst.append(QString("%1 gives a generated file of the same name as the project file '%2'").arg(sWho, sFile));
+         }
+      }
+   }
+   return lst;
+}
+
+QStringList model_integrity::problems(const project & p)
+{
+   QStringList lst;
+   const list_of_entity & lstEntities = (* p.getListOfAllEntities());
+   const list_of_enumeration & lstEnums = (* p.getListOfAllEnums());
+
+   const QString sProjectName = p.getName();
+   // A file holding only the tables (no model yet) takes its name from the file.
+   if (sProjectName.isEmpty()) { if (! lstEntities.isEmpty() || ! lstEnums.isEmpty()) { lst.append("Project has no name"); } }
+   else if (! model_names::isCppIdentifier(sProjectName))
+   { lst.append(QString("Project name '%1' %2").arg(sProjectName, model_names::identifierProblem(sProjectName))); }
+
+   auto enumLabel = [&lstEnums](qsizetype i)
+   {
+      const enumeration_ptr & pEnum = lstEnums.at(i);
+      return (pEnum->getName().isEmpty() ? QString("Enumeration #%1").arg(i + 1) : QString("Enumeration '%1'").arg(pEnum->getKey()));
+   };
+   auto entityLabel = [&lstEntities](qsizetype i)
+   {
+      const entity_ptr & pEntity = lstEntities.at(i);
+      return (pEntity->getName().isEmpty() ? QString("Entity #%1").arg(i + 1) : QString("Entity '%1'").arg(pEntity->getKey()));
+   };
+   auto propertyLabel = [&lstEntities, &entityLabel](const QPair<qsizetype, qsizetype> & pos)
+   {
+      const QString sName = lstEntities.at(pos.first)->getOwnProperties().at(pos.second)->getName();
+      return (sName.isEmpty() ? QString("%1 : property #%2").arg(entityLabel(pos.first)).arg(pos.second + 1)
+                              : QString("%1 : property '%2'").arg(entityLabel(pos.first), sName));
+   };
+
+   QHash<long, qsizetype> hashEnumIds, hashEntityIds;
+   QHash<long, QPair<qsizetype, qsizetype> > hashPropertyIds;
+   QHash<QString, qsizetype> hashEnumKeys;
+   QSet<QString> setEntityKeys;
+   for (qsizetype i = 0; i < lstEnums.size(); ++i)
+   {
+      const enumeration_ptr & pEnum = lstEnums.at(i);
+      if (! pEnum) { continue; }
+      auto label = [&enumLabel, i] { return enumLabel(i); };
+      checkNamed(lst, label, pEnum->getName(), pEnum->getNamespace());
+      checkId(lst, hashEnumIds, pEnum->getId(), i, label, enumLabel, "enumerations");
+      checkOptionalIdentifier(lst, label, "enum name", pEnum->getEnumName());
+      for (const auto & keyValue : pEnum->getAllKeyValue())
+      {
+         if (! model_names::isCppIdentifier(keyValue.first))
+         { lst.append(QString("%1 : value key '%2' %3").arg(label(), keyValue.first, model_names::identifierProblem(keyValue.first))); }
+      }
+      if (pEnum->getName().isEmpty()) { continue; }
+      if (hashEnumKeys.contains(pEnum->getKey())) { lst.append(QString("%1 is defined more than once").arg(label())); }
+      else { hashEnumKeys.insert(pEnum->getKey(), i); }
+   }
+
+   for (qsizetype i = 0; i < lstEntities.size(); ++i)
+   {
+      const entity_ptr & pEntity = lstEntities.at(i);
+      if (! pEntity) { continue; }
+      const entity & e = (* pEntity);
+      auto label = [&entityLabel, i] { return entityLabel(i); };
+      checkNamed(lst, label, e.getName(), e.getNamespace());
+      checkId(lst, hashEntityIds, e.getId(), i, label, entityLabel, "entities");
+      checkOptionalIdentifier(lst, label, "validator method", e.getValidatorMethod());
+      if (e.getName().isEmpty()) { continue; }
+      const QString sKey = e.getKey();
+      if (setEntityKeys.contains(sKey)) { lst.append(QString("%1 is defined more than once").arg(label())); }
+      else if (hashEnumKeys.contains(sKey)) { lst.append(QString("%1 has the same key as %2").arg(label(), enumLabel(hashEnumKeys.value(sKey)))); }
+      else { setEntityKeys.insert(sKey); }
+   }
+
+   for (qsizetype i = 0; i < lstEntities.size(); ++i)
+   {
+      const entity_ptr & pEntity = lstEntities.at(i);
+      if (! pEntity) { continue; }
+      const QString sParentKey = pEntity->getParentKey();
+      if (! sParentKey.isEmpty() && ! setEntityKeys.contains(sParentKey))
+      { lst.append(QString("%1 : parent '%2' is not an entity of the project").arg(entityLabel(i), sParentKey)); }
+
+      QSet<QString> setNames;
+      const list_of_property & lstProperties = pEntity->getOwnProperties();
+      for (qsizetype j = 0; j < lstProperties.size(); ++j)
+      {
+         const property_ptr & pProperty = lstProperties.at(j);
+         if (! pProperty) { continue; }
+         const property & prop = (* pProperty);
+         const QPair<qsizetype, qsizetype> pos(i, j);
+         auto label = [&propertyLabel, pos] { return propertyLabel(pos); };
+         const QString sName = prop.getName();
+         const QString sProblem = nameProblem(sName);
+         if (! sProblem.isEmpty()) { lst.append(label() + " " + sProblem); }
+         else if (setNames.contains(sName)) { lst.append(label() + " is defined more than once"); }
+         setNames.insert(sName);
+         checkId(lst, hashPropertyIds, prop.getId(), pos, label, propertyLabel, "properties");
+         checkCode(lst, label, "accessibility", prop.getAccessibility(), property::access_private);
+         if (property_type_ptr pType = prop.getType())
+         {
+            checkCode(lst, label, "decoration", pType->getDecoration(), property_type::decoration_optional);
+            checkCode(lst, label, "collection", pType->getCollection(), property_type::collection_std_vector);
+         }
+         const QString sEnumKey = prop.getEnumerationKey();
+         if (! sEnumKey.isEmpty() && ! hashEnumKeys.contains(sEnumKey))
+         { lst.append(QString("%1 : enumeration '%2' is not an enumeration of the project").arg(label(), sEnumKey)); }
+         if (relationship_ptr pRelation = prop.getRelation())
+         {
+            checkCode(lst, label, "relation kind", pRelation->getType(), relationship::many_to_many);
+            const QString sTarget = pRelation->getTargetKey();
+            if (sTarget.isEmpty()) { lst.append(label() + " has a relation without target"); }
+            else if (! setEntityKeys.contains(sTarget))
+            { lst.append(QString("%1 : relation target '%2' is not an entity of the project").arg(label(), sTarget)); }
+         }
+      }
+   }
+
+   for (const QList<qsizetype> & lstCycle : parentCycles(lstEntities))
+   {
+      const entity_ptr & pFirst = lstEntities.at(lstCycle.first());
+      lst.append(QString("Entity '%1' : inheritance cycle %2").arg(pFirst->getKey(), cycleText(lstEntities, lstCycle)));
+   }
+   return lst;
+}
+
+} // namespace model
