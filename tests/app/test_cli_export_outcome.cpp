@@ -3,6 +3,9 @@
 #include <QFileInfo>
 #include <QLockFile>
 #include <QProcess>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
 #include <QThread>
 #include <QTemporaryDir>
 
@@ -160,6 +163,32 @@ TEST_F(CliOutcome, ExportPathThatIsAFile)
    EXPECT_EQ(r.code, 1);
    EXPECT_TRUE(lastLine(r.err).contains("the export path '" + m_tmp.filePath("plain") + "' is an existing file, not a directory")) << r.err.toStdString();
    EXPECT_FALSE(r.err.contains("needed its dialog")) << r.err.toStdString();
+   EXPECT_EQ(test_support::readAll(m_tmp.filePath("plain")), QByteArray("x"));
+}
+
+TEST_F(CliOutcome, StoredExportPathThatIsAFile)
+{
+   // The path comes from the project's saved settings, as the desktop host stores it.
+   const QString project = m_tmp.filePath("shop.tavrel");
+   ASSERT_EQ(runTavrel({ "import", m_sModel, project }).code, 0);
+   ASSERT_TRUE(test_support::writeAll(m_tmp.filePath("plain"), "x"));
+   {
+      QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "stored_path");
+      db.setDatabaseName(project);
+      ASSERT_TRUE(db.open());
+      QSqlQuery query(db);
+      ASSERT_TRUE(query.prepare("INSERT INTO t_plugin_params (plugin_guid, param_key, param_value, param_type) VALUES (?, ?, ?, ?)"));
+      query.addBindValue(QString("7C3E9A52-4B1D-4F86-9E27-5D0A8C61B3F4"));
+      query.addBindValue(QString("CPP_EXPORT_PATH"));
+      query.addBindValue(m_tmp.filePath("plain"));
+      query.addBindValue(static_cast<int>(QMetaType::QString));
+      ASSERT_TRUE(query.exec()) << query.lastError().text().toStdString();
+      db.close();
+   }
+   QSqlDatabase::removeDatabase("stored_path");
+   outcome r = runTavrel({ "export", project, "--lumor-path", m_tmp.filePath("lumor"), "--yes" });
+   EXPECT_EQ(r.code, 1);
+   EXPECT_TRUE(lastLine(r.err).contains("the export path '" + m_tmp.filePath("plain") + "' is an existing file, not a directory")) << r.err.toStdString();
    EXPECT_EQ(test_support::readAll(m_tmp.filePath("plain")), QByteArray("x"));
 }
 
