@@ -17,9 +17,9 @@ const QByteArray k_personJson = R"json({
 class WriteGuard : public export_fixture
 {
 protected:
-   // Digest of every entry under the temporary directory except the export directory itself:
-   // names, kinds, link targets and contents.
-   QByteArray outsideDigest() const
+   // Digest of every entry under the temporary directory except the export directory (given
+   // relative to it): names, kinds, link targets and contents.
+   QByteArray outsideDigest(const QString & exportDir = "out") const
    {
       QCryptographicHash hash(QCryptographicHash::Sha256);
       QDirIterator it(m_tmp.path(), QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
@@ -28,7 +28,7 @@ protected:
       {
          it.next();
          const QString rel = QDir(m_tmp.path()).relativeFilePath(it.filePath());
-         if ((rel == "out") || rel.startsWith("out/")) { continue; }
+         if ((rel == exportDir) || rel.startsWith(exportDir + "/")) { continue; }
          const QFileInfo info = it.fileInfo();
          QString line = rel + "|" + (info.isSymLink() ? ("link:" + info.symLinkTarget()) : (info.isDir() ? "dir" : "file"));
          if (info.isFile() && ! info.isSymLink()) { line += "|" + QString::fromLatin1(QCryptographicHash::hash(test_support::readAll(it.filePath()), QCryptographicHash::Sha256).toHex()); }
@@ -74,13 +74,17 @@ TEST_F(WriteGuard, HostileProjectNameWritesNothingOutside)
    model::project_ptr p = person();
    ASSERT_TRUE(p);
    p->setName("../../x");
-   const QByteArray before = outsideDigest();
+   // Two levels below the temporary directory, so that where the name leads is watched too.
+   ASSERT_TRUE(QDir().mkpath(m_tmp.path() + "/a/out"));
+   m_plugin.setCppExportPath(m_tmp.path() + "/a/out");
+   const QByteArray before = outsideDigest("a/out");
    tools::message_box::setFixedAnswer(QMessageBox::Yes);
    zy::ZyBool ok = exportProject(* p);
    EXPECT_FALSE(static_cast<bool>(ok));
    EXPECT_TRUE(ok.getDesc().startsWith("Cannot write outside the export directory")) << ok.getDesc().toStdString();
-   EXPECT_EQ(outsideDigest(), before);
-   EXPECT_FALSE(QFileInfo::exists(m_tmp.path() + "/../x.gen.pri"));
+   EXPECT_EQ(outsideDigest("a/out"), before);
+   EXPECT_FALSE(QFileInfo::exists(m_tmp.path() + "/x.gen.pri"));
+   EXPECT_FALSE(QFileInfo::exists(m_tmp.path() + "/x.gen.pro"));
 }
 
 TEST_F(WriteGuard, LinkedClassFileIsNotWrittenThrough)
@@ -164,4 +168,17 @@ TEST_F(WriteGuard, SystemReasonOfAFailedWrite)
    ok = exportProject(* p);
    EXPECT_EQ(ok.getDesc(), QString("Cannot create 'include' directory"));
    EXPECT_EQ(m_pBuilder->getLastFailureReason(), "Not a directory : " + out("include"));
+}
+
+TEST_F(WriteGuard, LinkedBuildDirectoryStaysUntouched)
+{
+   model::project_ptr p = person();
+   ASSERT_TRUE(p);
+   // The user's own build place: nothing is written there, so the link may stay.
+   ASSERT_TRUE(QDir().mkpath(m_tmp.path() + "/builds"));
+   ASSERT_TRUE(QFile::link(m_tmp.path() + "/builds", out("build")));
+   zy::ZyBool ok = exportProject(* p);
+   EXPECT_TRUE(static_cast<bool>(ok)) << ok.getDesc().toStdString();
+   EXPECT_TRUE(QFileInfo(out("build")).isSymLink());
+   EXPECT_TRUE(QDir(m_tmp.path() + "/builds").isEmpty());
 }

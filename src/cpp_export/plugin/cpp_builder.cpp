@@ -141,8 +141,10 @@ zy::ZyBool cpp_builder::build(model::project & project)
 
    if (! makeDirectory(dir.absoluteFilePath("include"))) { return zy::ZyBool(false, "Cannot create 'include' directory"); }
    if (! makeDirectory(dir.absoluteFilePath("src"))) { return zy::ZyBool(false, "Cannot create 'src' directory"); }
-   if (! makeDirectory(dir.absoluteFilePath("bin"))) { return zy::ZyBool(false, "Cannot create 'bin' directory"); }
-   if (! makeDirectory(dir.absoluteFilePath("build"))) { return zy::ZyBool(false, "Cannot create 'build' directory"); }
+   // Nothing is written into these two: a link to the user's own build place is fine.
+   auto makeEmptyDirectory = [&](const QString & path) { return (QFileInfo(path).isDir() || makeDirectory(path)); };
+   if (! makeEmptyDirectory(dir.absoluteFilePath("bin"))) { return zy::ZyBool(false, "Cannot create 'bin' directory"); }
+   if (! makeEmptyDirectory(dir.absoluteFilePath("build"))) { return zy::ZyBool(false, "Cannot create 'build' directory"); }
 
    executeScript(& project, nullptr, nullptr, nullptr, "PLUGIN_EXPORT_START", QString(), QString());
 

@@ -92,7 +92,7 @@ bool cpp_builder::writeFile(const QString & path, const QString & text, QString 
       return fail(sError);
    }
    // Anything but "it exists already" is the reason itself (no directory, no permission...).
-   if (! QFileInfo::exists(path) && ! QFileInfo(path).isSymLink()) { return fail(newFile.errorString()); }
+   if (! QFileInfo::exists(path)) { return fail(newFile.errorString()); }
 
    QSaveFile file(path);
    if (! file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text))

@@ -29,7 +29,7 @@ QString cpp_builder::refusedPath(const QString & path) const
    const QString sPath = QFileInfo(path).absoluteFilePath();
    // Both the path as given and its normalised form must stay below the root: a name holding
    // ".." is judged by where it leads, not by how it starts.
-   if (! sPath.startsWith(sPrefix) || ! QDir::cleanPath(sPath).startsWith(sPrefix) || (QDir::cleanPath(sPath).size() <= sPrefix.size()))
+   if (! sPath.startsWith(sPrefix) || ! QDir::cleanPath(sPath).startsWith(sPrefix))
    { return "Cannot write outside the export directory '" + QDir::toNativeSeparators(sRoot) + "' : " + QDir::toNativeSeparators(path); }
 
    // No step below the root may be a link: writing would reach whatever it points to. The steps
