@@ -1,12 +1,9 @@
-#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
-#include <QLockFile>
 #include <QProcess>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
-#include <QThread>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -225,27 +222,11 @@ TEST_F(CliOutcome, ControlCharactersAreShownEscaped)
    EXPECT_FALSE(r.err.contains(QChar(0x1b))) << r.err.toStdString();
 }
 
-// Holds the export lock of the directory named by TAVREL_TEST_LOCK_DIR until it is killed; run
-// by LockOfARunningExportAndAKilledOne as a process of its own.
-TEST(CliLockHolder, DISABLED_HoldUntilKilled)
-{
-   const QString dir = qEnvironmentVariable("TAVREL_TEST_LOCK_DIR");
-   ASSERT_FALSE(dir.isEmpty());
-   QLockFile lock(dir + "/.tavrel_export.lock");
-   ASSERT_TRUE(lock.tryLock(0));
-   std::fputs("locked\n", stdout);
-   std::fflush(stdout);
-   QThread::sleep(600);
-}
-
 TEST_F(CliOutcome, LockOfARunningExportAndAKilledOne)
 {
    QProcess holder;
-   holder.setProgram(QCoreApplication::applicationFilePath());
-   holder.setArguments({ "--gtest_filter=CliLockHolder.DISABLED_HoldUntilKilled", "--gtest_also_run_disabled_tests" });
-   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-   env.insert("TAVREL_TEST_LOCK_DIR", m_tmp.filePath("out"));
-   holder.setProcessEnvironment(env);
+   holder.setProgram(test_support::binaryDir() + "/bin/test_lock_holder");
+   holder.setArguments({ m_tmp.filePath("out") });
    holder.start();
    ASSERT_TRUE(holder.waitForStarted());
    QByteArray said;
