@@ -1,6 +1,7 @@
 #include "cli_host.h"
 #include "pimpl_setting.h"
 #include "plugin_finder.h"
+#include "plugin_parameters.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -17,7 +18,9 @@
 #include "model/project.h"
 #include "plugin/export_interface.h"
 #include "storage/project_storage.h"
+#include "tools/custom_javascript.h"
 #include "tools/message_box.h"
+#include "tools/terminal_text.h"
 #include "view/main_wnd.h"
 
 namespace app {
@@ -73,7 +76,7 @@ bool cli_host::eventFilter(QObject * watched, QEvent * event)
       {
          QString title = pDialog->windowTitle();
          m_lstDismissedDialogs.append(title);
-         m_err << "tavrel: dialog '" << title << "' dismissed (unattended run)\n";
+         m_err << "tavrel: dialog '" << tools::terminal_text::escape(title, false) << "' dismissed (unattended run)\n";
          m_err.flush();
          QTimer::singleShot(0, pDialog, & QDialog::reject);
       }
@@ -83,14 +86,14 @@ bool cli_host::eventFilter(QObject * watched, QEvent * event)
 
 int cli_host::usageError(const QString & text)
 {
-   m_err << "tavrel: " << text << "\n" << "Try 'tavrel --help'.\n";
+   m_err << "tavrel: " << tools::terminal_text::escape(text) << "\n" << "Try 'tavrel --help'.\n";
    m_err.flush();
    return exit_usage;
 }
 
 int cli_host::failure(const QString & text)
 {
-   m_err << "tavrel: " << text << "\n";
+   m_err << "tavrel: " << tools::terminal_text::escape(text) << "\n";
    m_err.flush();
    return exit_failure;
 }
@@ -189,11 +192,12 @@ int cli_host::cmdCheck(const QStringList & args, const QStringList & allArgs)
    model::project_ptr project;
    if (! openProject(args.at(0), project)) { return exit_failure; }
    const zy::ZyInvalidValueX errors = project->checkSchema();
-   const bool bPImpl = pimpl_setting::isOn(plugin_finder::findPlugins(plugin_finder::pluginDirectory()), allArgs);
+   const bool bPImpl = pimpl_setting::isOn(plugin_finder::findPlugins(), allArgs);
    const QStringList warnings = project->checkWarnings(bPImpl);
-   for (const auto & e : errors) { m_out << "error: " << e.getMessage() << "\n"; }
-   for (const auto & w : warnings) { m_out << "warning: " << w << "\n"; }
-   m_out << "Project '" << project->getName() << "' : " << project->getListOfAllEntities()->size() << " entities, "
+   // One line per problem, whatever the model's names hold.
+   for (const auto & e : errors) { m_out << "error: " << tools::terminal_text::escape(e.getMessage(), false) << "\n"; }
+   for (const auto & w : warnings) { m_out << "warning: " << tools::terminal_text::escape(w, false) << "\n"; }
+   m_out << "Project '" << tools::terminal_text::escape(project->getName(), false) << "' : " << project->getListOfAllEntities()->size() << " entities, "
          << project->getListOfAllEnums()->size() << " enumerations, " << errors.size() << " error(s), "
          << warnings.size() << " warning(s)\n";
    m_out.flush();
@@ -244,11 +248,27 @@ int cli_host::cmdExport(const QStringList & positional, const QStringList & allA
       return failure("no export plug-in named '" + pluginName + "' (available : " + names.join(", ") + ")");
    }
 
+   // The plug-in's parameters are checked against its own description before anything is opened.
+   const plugin_parameters params(pPlugin->getName(), pPlugin->getCommandLineInfos());
+   for (const QString & a : allArgs)
+   {
+      const QString why = params.usageError(a);
+      if (! why.isEmpty()) { return usageError(why); }
+   }
+
    model::project_ptr project;
    if (! openProject(positional.at(0), project)) { return exit_failure; }
    // Text that would break out of the generated code is refused whatever --yes says.
    const QString sTextProblems = model::model_text_rules::problemText(* project);
    if (! sTextProblems.isEmpty()) { return failure("export refused, the model holds text that would break out of the generated code :\n" + sTextProblems); }
+
+   // Values of the right form that still cannot give a complete export stop it before it starts.
+   for (const QString & a : allArgs)
+   {
+      if (! params.concerns(a)) { continue; }
+      const QString why = params.exportError(a, [](const QString & dir) { return context::ctx_project::getPathFromProjectFile(dir); });
+      if (! why.isEmpty()) { return failure("export not started : " + why); }
+   }
 
    context::ctx_global::initGlobalParams(lumorPath);
    tools::message_box::setUnattended(true);
@@ -258,26 +278,26 @@ int cli_host::cmdExport(const QStringList & positional, const QStringList & allA
    m_pMainWnd->setAppArgs(allArgs);
    context::ctx_global::setMainWnd(m_pMainWnd.get());
 
-   QObject::connect(pPlugin, & plugin::base_interface::onMessage, this, [this](const QString & text, int kind, int)
+   int iErrorMessages = 0;
+   QObject::connect(pPlugin, & plugin::base_interface::onMessage, this, [this, & iErrorMessages](const QString & text, int kind, int)
    {
       const char * prefix = ((kind == 3) ? "error: " : ((kind == 2) ? "warning: " : ""));
-      m_err << prefix << text << "\n";
+      if (kind == 3) { ++iErrorMessages; }
+      m_err << prefix << tools::terminal_text::escape(text) << "\n";
       m_err.flush();
    });
 
    m_lstDismissedDialogs.clear();
+   tools::message_box::clearHistory();
    m_pMainWnd->setExecutingPlugin(true);
    zy::ZyBool result = pPlugin->exportProject(* project);
    m_pMainWnd->setExecutingPlugin(false);
    QObject::disconnect(pPlugin, nullptr, this, nullptr);
 
    if (! result) { return failure(result.getDesc().isEmpty() ? QString("export failed") : result.getDesc()); }
-   if (! m_lstDismissedDialogs.isEmpty())
-   {
-      return failure("export cancelled : the plug-in needed its dialog '" + m_lstDismissedDialogs.first() +
-                     "', which an unattended run cannot show; give its settings on the command line (see 'tavrel plugins')");
-   }
-   if (! result.getDesc().isEmpty()) { m_err << result.getDesc() << "\n"; m_err.flush(); }
+   const QString sIncomplete = incompleteExport(pPlugin, iErrorMessages);
+   if (! sIncomplete.isEmpty()) { return failure(sIncomplete); }
+   if (! result.getDesc().isEmpty()) { m_err << tools::terminal_text::escape(result.getDesc()) << "\n"; m_err.flush(); }
    return exit_ok;
 }
 

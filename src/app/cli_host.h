@@ -46,6 +46,9 @@ private:
    int usageError(const QString & text);
    int failure(const QString & text);
    bool openProject(const QString & path, model::project_ptr & project);
+   // Why an export that returned success did not produce the complete tree (a declined
+   // question, a dialog it needed, errors it reported, failed script calls); empty when it did.
+   QString incompleteExport(plugin::export_interface * pPlugin, int iErrorMessages);
 };
 
 } // namespace app

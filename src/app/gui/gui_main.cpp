@@ -16,6 +16,7 @@
 #include "plugin/export_interface.h"
 #include "tools/custom_javascript.h"
 #include "tools/message_box.h"
+#include "tools/terminal_text.h"
 
 namespace {
 
@@ -153,7 +154,7 @@ int main(int argc, char ** argv)
          if (! ok)
          {
             w.addMessage(ok.getDesc(), 3);
-            if (bScreenshots) { std::fprintf(stderr, "tavrel-gui: %s\n", qPrintable(ok.getDesc())); return 1; }
+            if (bScreenshots) { std::fprintf(stderr, "tavrel-gui: %s\n", qPrintable(tools::terminal_text::escape(ok.getDesc()))); return 1; }
             tools::message_box::critical(& w, context::ctx_global::getAppName(), ok.getDesc());
          }
       }

@@ -528,6 +528,7 @@ zy::ZyBool custom_javascript::executeScript(model::project * pProject, model::en
                                             model::enumeration * pEnumeration, const QHash<QString, QVariant> & params)
 {
    const zy::ZyBool result = runExecute(pProject, pEntity, pProperty, pEnumeration, params);
+   if (! result) { ++m_iFailedCalls; m_sLastFailure = result.getDesc(); }
    if (m_bDebugging)
    {
       const QString action = params.value("action").toString();

@@ -63,6 +63,10 @@ private:
    QString m_sCurrentAction;
    bool m_bRunning = false;
    QList<call_record> m_lstCalls;
+   // Calls of this engine that failed, and the message of the last one (a host that runs
+   // unattended tells from them that the export is incomplete).
+   int m_iFailedCalls = 0;
+   QString m_sLastFailure;
    // The items of the running call, read by the script's views; a view of an earlier call
    // (kept by the script in a global) reads nothing.
    int m_iCallSerial = 0;
@@ -100,6 +104,8 @@ public:
    // The calls made while debugging, oldest first (the last 10000 are kept).
    QList<call_record> getCallHistory() const { return m_lstCalls; }
    void clearCallHistory() { m_lstCalls.clear(); }
+   int getFailedCallCount() const { return m_iFailedCalls; }
+   QString getLastFailure() const { return m_sLastFailure; }
 
 Q_SIGNALS:
    // Emitted for every call while debugging: the action, the default value and the answer.

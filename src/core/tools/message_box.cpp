@@ -4,6 +4,8 @@
 #include <QMutexLocker>
 #include <QQueue>
 
+#include "tools/terminal_text.h"
+
 #include <cstdio>
 
 namespace tools {
@@ -119,7 +121,7 @@ QMessageBox::StandardButton show(message_box::enum_kind kind, QWidget * parent, 
    {
       if (print)
       {
-         const QString line = QString("[%1] %2: %3 -> %4\n").arg(kindName(kind), title, text, buttonName(answer));
+         const QString line = QString("[%1] %2: %3 -> %4\n").arg(kindName(kind), terminal_text::escape(title), terminal_text::escape(text), buttonName(answer));
          std::fputs(line.toLocal8Bit().constData(), stderr);
          std::fflush(stderr);
       }

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLockFile>
 #include <QSaveFile>
 #include <QTextStream>
 
@@ -96,6 +97,7 @@ QString cpp_builder::getLumorPath(bool bForceCheck, bool bWithPwdPrefix) const
 zy::ZyBool cpp_builder::build(model::project & project)
 {
    tools::wait_cursor wait;
+   m_sLastFailureReason.clear();
    if (! m_pCppExport) { return zy::ZyBool(false, k_sNoPlugin); }
    model::list_of_entity_ptr pEntities = project.getListOfAllEntities();
    if (! pEntities) { return zy::ZyBool(false, "This project doesn't have a valid list of entities"); }
@@ -133,10 +135,30 @@ zy::ZyBool cpp_builder::build(model::project & project)
    if (! lstCollisions.isEmpty()) { return zy::ZyBool(false, "Nothing was exported, generated files would overwrite each other :\n- " + lstCollisions.join("\n- ")); }
 
    QDir dir(D);
-   if (! QDir().mkpath(dir.absoluteFilePath("include"))) { return zy::ZyBool(false, "Cannot create 'include' directory"); }
-   if (! QDir().mkpath(dir.absoluteFilePath("src"))) { return zy::ZyBool(false, "Cannot create 'src' directory"); }
-   if (! QDir().mkpath(dir.absoluteFilePath("bin"))) { return zy::ZyBool(false, "Cannot create 'bin' directory"); }
-   if (! QDir().mkpath(dir.absoluteFilePath("build"))) { return zy::ZyBool(false, "Cannot create 'build' directory"); }
+   // One export at a time in a directory: two would mix their files. The lock goes with this
+   // call however it ends; one left by a killed process is taken over.
+   QLockFile lock(dir.absoluteFilePath(lockFileName()));
+   lock.setStaleLockTime(0);
+   if (! lock.tryLock(0) && (lock.error() == QLockFile::LockFailedError))
+   {
+      qint64 iPid = 0;
+      QString sHost, sApp;
+      lock.getLockInfo(& iPid, & sHost, & sApp);
+      return zy::ZyBool(false, "Another export into this directory is running (process " + QString::number(iPid) + ", lock file '" +
+                               QDir::toNativeSeparators(dir.absoluteFilePath(lockFileName())) + "') : " + D);
+   }
+   // A lock that cannot be made at all (a directory that can't be written) is left to the
+   // creation of the directories below, which says why.
+
+   m_sWriteRoot = D;
+   struct write_root_reset { QString & root; ~write_root_reset() { root.clear(); } } resetRoot{ m_sWriteRoot };
+
+   if (! makeDirectory(dir.absoluteFilePath("include"))) { return zy::ZyBool(false, "Cannot create 'include' directory"); }
+   if (! makeDirectory(dir.absoluteFilePath("src"))) { return zy::ZyBool(false, "Cannot create 'src' directory"); }
+   // Nothing is written into these two: a link to the user's own build place is fine.
+   auto makeEmptyDirectory = [&](const QString & path) { return (QFileInfo(path).isDir() || makeDirectory(path)); };
+   if (! makeEmptyDirectory(dir.absoluteFilePath("bin"))) { return zy::ZyBool(false, "Cannot create 'bin' directory"); }
+   if (! makeEmptyDirectory(dir.absoluteFilePath("build"))) { return zy::ZyBool(false, "Cannot create 'build' directory"); }
 
    executeScript(& project, nullptr, nullptr, nullptr, "PLUGIN_EXPORT_START", QString(), QString());
 
@@ -147,14 +169,19 @@ zy::ZyBool cpp_builder::build(model::project & project)
       const QString sFlat = generators::flatKey(sKey);
       m_sCurrentHeaderFile = dir.absoluteFilePath("include/" + sFlat + ".gen.h");
       m_sCurrentSourceFile = dir.absoluteFilePath("src/" + sFlat + ".gen.cpp");
+      for (const QString & sFile : { m_sCurrentHeaderFile, m_sCurrentSourceFile })
+      {
+         const QString sRefused = refusedPath(sFile);
+         if (! sRefused.isEmpty()) { return zy::ZyBool(false, sRefused); }
+      }
       QString sOldHeader = getFileText(m_sCurrentHeaderFile);
       QString sOldSource = getFileText(m_sCurrentSourceFile);
       const QString sNewHeader = buildHelper(project, item, true);
       const QString sNewSource = buildHelper(project, item, false);
       // No "\r\n" to turn into "\n": getFileText drops every '\r' already.
-      if (! isSame(sOldHeader, sNewHeader) && ! writeFile(m_sCurrentHeaderFile, sNewHeader))
+      if (! isSame(sOldHeader, sNewHeader) && ! writeFile(m_sCurrentHeaderFile, sNewHeader, & m_sLastFailureReason))
       { return zy::ZyBool(false, "An error occurred opening header file : " + m_sCurrentHeaderFile); }
-      if (! isSame(sOldSource, sNewSource) && ! writeFile(m_sCurrentSourceFile, sNewSource))
+      if (! isSame(sOldSource, sNewSource) && ! writeFile(m_sCurrentSourceFile, sNewSource, & m_sLastFailureReason))
       { return zy::ZyBool(false, "An error occurred opening source file : " + m_sCurrentSourceFile); }
       executeScript(& project, pEntity, nullptr, pEnumeration, "AFTER_CLOSING_FILE", sNewHeader, m_sCurrentHeaderFile);
       executeScript(& project, pEntity, nullptr, pEnumeration, "AFTER_CLOSING_FILE", sNewSource, m_sCurrentSourceFile);

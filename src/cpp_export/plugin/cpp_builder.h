@@ -49,6 +49,11 @@ private:
    // Project-level templates, by resource name.
    QHash<QString, parser_ptr> m_hashProjectParsers;
 
+   // The export directory while build() runs: nothing is written outside it. Empty otherwise.
+   QString m_sWriteRoot;
+   // The system's reason (with the path) for the last directory or file that could not be made.
+   QString m_sLastFailureReason;
+
 public:
    explicit cpp_builder(cpp_export * plugin);
    virtual ~cpp_builder();
@@ -67,6 +72,11 @@ public:
    cpp_export * getPlugin() const { return m_pCppExport; }
    QString getCurrentHeaderFile() const { return m_sCurrentHeaderFile; }
    QString getCurrentSourceFile() const { return m_sCurrentSourceFile; }
+   // Why the last build failed to create or write a path, as the system says it; empty when
+   // the failure had no such reason.
+   QString getLastFailureReason() const { return m_sLastFailureReason; }
+   // Name of the lock file that keeps two exports out of one directory.
+   static QString lockFileName() { return QStringLiteral(".tavrel_export.lock"); }
 
 Q_SIGNALS:
    void onMessage(const QString & text, int kind, int duration);
@@ -93,8 +103,14 @@ protected:
    zy::ZyBool build_MainFile(model::project & project);
    zy::ZyBool build_AllIcludes(model::project & project);
 
-   // Writes a generated text in one piece: a failed write leaves the former file whole.
-   static bool writeFile(const QString & path, const QString & text);
+   // Writes a generated text in one piece: a failed write leaves the former file whole. On
+   // failure pReason gets the system's reason with the path.
+   static bool writeFile(const QString & path, const QString & text, QString * pReason = nullptr);
+   // Why path may not be written by this build (outside the export directory, or reached through
+   // a symbolic link); empty when it may, and always outside build().
+   QString refusedPath(const QString & path) const;
+   // Creates a directory with its parents; on failure keeps the reason (getLastFailureReason).
+   bool makeDirectory(const QString & path);
    // Parser of a built-in template; a resource that can't be read gives an empty template.
    static parser_ptr parserFromResource(const QString & path);
 

@@ -6,6 +6,7 @@
 #include <QSaveFile>
 #include <QTextStream>
 
+#include <cerrno>
 #include <cstring>
 
 #include "model/entity.h"
@@ -70,8 +71,11 @@ void collapseEmptyLines(QString & out)
 
 } // namespace
 
-bool cpp_builder::writeFile(const QString & path, const QString & text)
+bool cpp_builder::writeFile(const QString & path, const QString & text, QString * pReason)
 {
+   auto fail = [&](const QString & sError) { if (pReason) { * pReason = sError + " : " + QDir::toNativeSeparators(path); } return false; };
+   // Never through a link, whoever calls: its target may be anywhere.
+   if (QFileInfo(path).isSymLink()) { return fail(QStringLiteral("Is a symbolic link")); }
    // A new file has no former content to protect: it is written in place, without the temporary
    // copy, link and disk sync of QSaveFile, which cost milliseconds per file on a cold export.
    QFile newFile(path);
@@ -82,19 +86,28 @@ bool cpp_builder::writeFile(const QString & path, const QString & text)
       stream << text;
       stream.flush();
       if ((stream.status() == QTextStream::Ok) && newFile.flush()) { newFile.close(); return true; }
+      const QString sError = newFile.errorString();
       newFile.close();
       newFile.remove();
-      return false;
+      return fail(sError);
    }
+   // Anything but "it exists already" is the reason itself (no directory, no permission...).
+   if (! QFileInfo::exists(path)) { return fail(newFile.errorString()); }
 
    QSaveFile file(path);
-   if (! file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text)) { return false; }
+   if (! file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text))
+   {
+      // A directory in the file's place: the save file's message names its temporary file.
+      if (QFileInfo(path).isDir()) { return fail(QString::fromLocal8Bit(std::strerror(EISDIR))); }
+      return fail(file.errorString());
+   }
    QTextStream stream(& file);
    tools::string_helper::initTextStream(& stream);
    stream << text;
    stream.flush();
-   if (stream.status() != QTextStream::Ok) { file.cancelWriting(); return false; }
-   return file.commit();
+   if (stream.status() != QTextStream::Ok) { const QString sError = file.errorString(); file.cancelWriting(); return fail(sError); }
+   if (! file.commit()) { return fail(file.errorString()); }
+   return true;
 }
 
 cpp_builder::parser_ptr cpp_builder::parserFromResource(const QString & path)
@@ -263,6 +276,8 @@ zy::ZyBool cpp_builder::build_Generic(model::project & project, parser_ptr parse
 {
    if (! parser) { return zy::ZyBool(false, "No template parser defined to create file : " + fileName); }
    if (parser->textList().size() != parser->actionList().size()) { return zy::ZyBool(false, "Invalid template parser to create file : " + fileName); }
+   const QString sRefused = refusedPath(fileName);
+   if (! sRefused.isEmpty()) { return zy::ZyBool(false, sRefused); }
    QString sOld = (QFileInfo::exists(fileName) ? getFileText(fileName) : QString());
    // The slow "\r\n" search only when there is a '\r' at all.
    if (sOld.contains(QLatin1Char('\r'))) { sOld.replace(QStringLiteral("\r\n"), QStringLiteral("\n")); }
@@ -278,7 +293,7 @@ zy::ZyBool cpp_builder::build_Generic(model::project & project, parser_ptr parse
    if (! expand(parser, dispatchPiece, & project, pEntity, pEnumeration, fileName, out, sError))
    { return zy::ZyBool(false, "An error occurred with custom javascript for file '" + fileName + "' :\n" + sError); }
 
-   if (! isSame(sOld, out) && ! writeFile(fileName, out))
+   if (! isSame(sOld, out) && ! writeFile(fileName, out, & m_sLastFailureReason))
    { return zy::ZyBool(false, "An error occurred opening file : " + fileName); }
 
    executeScript(& project, pEntity, nullptr, pEnumeration, "AFTER_CLOSING_FILE", out, fileName);
@@ -294,13 +309,14 @@ zy::ZyBool cpp_builder::build_CustomFile(model::project & project, model::entity
    { m_pParserCustomSource = parserFromResource(":/cpp_export/documents/template_custom_source.cpp"); }
 
    const QDir dir(m_pCppExport ? m_pCppExport->getCppExportPath(true) : QString());
-   if (! QDir().mkpath(dir.absoluteFilePath("custom"))) { return zy::ZyBool(false, "Cannot create 'custom' directory"); }
-   if (! QDir().mkpath(dir.absoluteFilePath("custom/include"))) { return zy::ZyBool(false, "Cannot create 'custom/include' directory"); }
-   if (! QDir().mkpath(dir.absoluteFilePath("custom/src"))) { return zy::ZyBool(false, "Cannot create 'custom/src' directory"); }
+   if (! makeDirectory(dir.absoluteFilePath("custom"))) { return zy::ZyBool(false, "Cannot create 'custom' directory"); }
+   if (! makeDirectory(dir.absoluteFilePath("custom/include"))) { return zy::ZyBool(false, "Cannot create 'custom/include' directory"); }
+   if (! makeDirectory(dir.absoluteFilePath("custom/src"))) { return zy::ZyBool(false, "Cannot create 'custom/src' directory"); }
 
    const QString sKey = generators::flatKey(pEntity ? pEntity->getKey() : (pEnumeration ? pEnumeration->getKey() : QString()));
    const QString sHeader = dir.absoluteFilePath("custom/include/" + sKey + ".h");
    const QString sSource = dir.absoluteFilePath("custom/src/" + sKey + ".cpp");
+   // A dangling link does not exist for this test: build_Generic then refuses to write through it.
    if (! QFileInfo::exists(sHeader))
    {
       zy::ZyBool ok = build_Generic(project, m_pParserCustomHeader, sHeader, pEntity, pEnumeration);

@@ -47,7 +47,7 @@ zy::ZyBool cpp_builder::build_PriFile(model::project & project)
    const QString sName = project.getName();
    zy::ZyBool ok = build_Generic(project, projectParser("template_qmake_pri.pri"), dir.absoluteFilePath(sName + ".gen.pri"), nullptr, nullptr);
    if (! ok) { return ok; }
-   if (! QDir().mkpath(dir.absoluteFilePath("custom"))) { return zy::ZyBool(false, "Cannot create 'custom' directory"); }
+   if (! makeDirectory(dir.absoluteFilePath("custom"))) { return zy::ZyBool(false, "Cannot create 'custom' directory"); }
    const QString sCompanion = dir.absoluteFilePath("custom/" + sName + ".pri");
    if (QFileInfo::exists(sCompanion)) { return zy::ZyBool(true); }
    return build_Generic(project, projectParser("template_custom_qmake_pri.pri"), sCompanion, nullptr, nullptr);
@@ -60,7 +60,7 @@ zy::ZyBool cpp_builder::build_PrecompiledHeader(model::project & project)
    const QString sName = project.getName();
    zy::ZyBool ok = build_Generic(project, projectParser("template_precompiled_header.h"), dir.absoluteFilePath("include/" + sName + "_precompiled_header.gen.h"), nullptr, nullptr);
    if (! ok) { return ok; }
-   if (! QDir().mkpath(dir.absoluteFilePath("custom/include"))) { return zy::ZyBool(false, "Cannot create 'custom/include' directory"); }
+   if (! makeDirectory(dir.absoluteFilePath("custom/include"))) { return zy::ZyBool(false, "Cannot create 'custom/include' directory"); }
    const QString sCompanion = dir.absoluteFilePath("custom/include/" + sName + "_precompiled_header.h");
    if (QFileInfo::exists(sCompanion)) { return zy::ZyBool(true); }
    return build_Generic(project, projectParser("template_custom_precompiled_header.h"), sCompanion, nullptr, nullptr);

@@ -293,7 +293,11 @@ zy::ZyBool cpp_export::exportProject(model::project & project)
    }
 
    tools::wait_cursor wait;
-   return m_pCppBuilder->build(project);
+   zy::ZyBool result = m_pCppBuilder->build(project);
+   // The builder's message stays as it is; the system's reason follows it on a line of its own.
+   const QString sReason = m_pCppBuilder->getLastFailureReason();
+   if (! result && ! sReason.isEmpty()) { result = zy::ZyBool(false, result.getDesc() + "\n" + sReason); }
+   return result;
 }
 
 } // namespace plugin
