@@ -15,7 +15,11 @@ const QByteArray k_model = R"json({
   "enumerations": [{"name": "Color", "values": [{"key": "Red", "value": "1"}]}]
 })json";
 
+// Short, for the scripts that never end: they overrun it however busy the machine is.
 const int k_timeLimitMs = 300;
+// For the scripts that do end: a wall-clock limit as short as the one above is overrun by a
+// plain call when the test process waits for a processor on a loaded machine.
+const int k_roomyTimeLimitMs = 120000;
 
 const char * const k_loopScript = "function execute(params) { for (;;) { } }\n";
 const char * const k_throwScript = "function execute(params) { throw new Error('refused ' + params.action); }\n";
@@ -27,6 +31,13 @@ const char * const k_hoardScript =
 QString interruptedByTime(const QString & action)
 {
    return QString("Custom javascript execution interrupted : time limit of %1 ms exceeded for action '%2'").arg(k_timeLimitMs).arg(action);
+}
+
+// A call after the engine was dropped for a time overrun in the action given first.
+QString stoppedByTime(const QString & overrunAction, const QString & action)
+{
+   return QString("Custom javascript stopped earlier (time limit of %1 ms exceeded for action '%2') : cannot execute action '%3'")
+      .arg(k_timeLimitMs).arg(overrunAction, action);
 }
 
 class ScriptHardening : public export_fixture
@@ -43,13 +54,13 @@ protected:
       ASSERT_TRUE(m_pProject);
    }
 
-   // A script with a short time limit, set before loading since the top level runs under it.
-   std::shared_ptr<tools::custom_javascript> loadScript(const QString & source, int memoryLimitMb = 512)
+   // The time limit is set before loading since the top level runs under it.
+   std::shared_ptr<tools::custom_javascript> loadScript(const QString & source, int timeLimitMs, int memoryLimitMb = 512)
    {
       const QString path = m_tmp.path() + "/script.js";
       EXPECT_TRUE(writeText(path, source));
       auto pScript = std::make_shared<tools::custom_javascript>();
-      pScript->setTimeLimit(k_timeLimitMs);
+      pScript->setTimeLimit(timeLimitMs);
       pScript->setMemoryLimit(memoryLimitMb);
       const zy::ZyBool ok = pScript->initEngine(path, & m_plugin);
       EXPECT_TRUE(static_cast<bool>(ok)) << ok.getDesc().toStdString();
@@ -104,26 +115,52 @@ protected:
 
 TEST_F(ScriptHardening, EndlessLoopStopsAFirstExportAtTheFirstCustomFile)
 {
-   loadScript(k_loopScript);
+   std::shared_ptr<tools::custom_javascript> pScript = loadScript(k_loopScript, k_timeLimitMs);
    const zy::ZyBool ok = exportProject(* m_pProject);
    ASSERT_FALSE(static_cast<bool>(ok));
+   // The export's start notice overran (its answer is not used); the engine was dropped then.
    EXPECT_EQ(ok.getDesc(), "An error occurred with custom javascript for file '" + out("custom/include/Person.h") + "' :\n"
-                            + interruptedByTime("INCLUDE_MACRO_GUARD"));
+                            + stoppedByTime("PLUGIN_EXPORT_START", "INCLUDE_MACRO_GUARD"));
    // Class files hold the error, as the pipeline writes it; nothing else was written.
-   EXPECT_EQ(outText("include/Person.gen.h"), interruptedByTime("COMMENT_FILE_CREATED_BY"));
-   EXPECT_EQ(outText("src/Person.gen.cpp"), interruptedByTime("COMMENT_FILE_CREATED_BY"));
+   EXPECT_EQ(outText("include/Person.gen.h"), stoppedByTime("PLUGIN_EXPORT_START", "COMMENT_FILE_CREATED_BY"));
+   EXPECT_EQ(outText("src/Person.gen.cpp"), stoppedByTime("PLUGIN_EXPORT_START", "COMMENT_FILE_CREATED_BY"));
    expectNoPartialFile({ "include/Person.gen.h", "src/Person.gen.cpp" });
-   EXPECT_EQ(errorMessages(), QStringList({ interruptedByTime("COMMENT_FILE_CREATED_BY"), interruptedByTime("COMMENT_FILE_CREATED_BY") }));
+   EXPECT_EQ(errorMessages(), QStringList({ stoppedByTime("PLUGIN_EXPORT_START", "COMMENT_FILE_CREATED_BY"),
+                                            stoppedByTime("PLUGIN_EXPORT_START", "COMMENT_FILE_CREATED_BY") }));
+   EXPECT_FALSE(pScript->isLoaded());
+}
+
+// An endless loop costs one time limit per export, not one per generated fragment: only the
+// first call reaches the script, every later one fails at once with the reason.
+TEST_F(ScriptHardening, EndlessLoopIsRunOnceAndTheEngineDropped)
+{
+   exportOnceWithoutScript();
+   std::shared_ptr<tools::custom_javascript> pScript =
+      loadScript("function execute(params) { tavrel.log('entered ' + params.action); for (;;) { } }\n", k_timeLimitMs);
+   QStringList lstEntered;
+   QObject::connect(pScript.get(), & tools::custom_javascript::onScriptLog,
+                    [& lstEntered](const QString & action, const QString & text) { lstEntered.append(action + " : " + text); });
+   const zy::ZyBool ok = exportProject(* m_pProject);
+   ASSERT_FALSE(static_cast<bool>(ok));
+   EXPECT_EQ(lstEntered, QStringList({ "PLUGIN_EXPORT_START : entered PLUGIN_EXPORT_START" }));
+   EXPECT_EQ(ok.getDesc(), "An error occurred with custom javascript for file '" + out("shop.gen.pri") + "' :\n"
+                            + stoppedByTime("PLUGIN_EXPORT_START", "COMMENT_PRO_FILE_CREATED_BY"));
+   EXPECT_EQ(errorMessages(), QStringList({ stoppedByTime("PLUGIN_EXPORT_START", "COMMENT_FILE_CREATED_BY"),
+                                            stoppedByTime("PLUGIN_EXPORT_START", "COMMENT_FILE_CREATED_BY"),
+                                            stoppedByTime("PLUGIN_EXPORT_START", "COMMENT_FILE_CREATED_BY"),
+                                            stoppedByTime("PLUGIN_EXPORT_START", "COMMENT_FILE_CREATED_BY") }));
+   expectNoPartialFile({ "include/Person.gen.h", "src/Person.gen.cpp", "include/Color.gen.h", "src/Color.gen.cpp" });
+   EXPECT_FALSE(pScript->isLoaded());
 }
 
 TEST_F(ScriptHardening, EndlessLoopLeavesTheFilesOfAnEarlierExportWhole)
 {
    exportOnceWithoutScript();
-   loadScript(k_loopScript);
+   loadScript(k_loopScript, k_timeLimitMs);
    const zy::ZyBool ok = exportProject(* m_pProject);
    ASSERT_FALSE(static_cast<bool>(ok));
    EXPECT_EQ(ok.getDesc(), "An error occurred with custom javascript for file '" + out("shop.gen.pri") + "' :\n"
-                            + interruptedByTime("COMMENT_PRO_FILE_CREATED_BY"));
+                            + stoppedByTime("PLUGIN_EXPORT_START", "COMMENT_PRO_FILE_CREATED_BY"));
    expectNoPartialFile({ "include/Person.gen.h", "src/Person.gen.cpp", "include/Color.gen.h", "src/Color.gen.cpp" });
    EXPECT_NE(m_lstMessages.last().text, "All entities have been exported to a C++ project : '" + m_sExportDir + "'");
 }
@@ -131,7 +168,7 @@ TEST_F(ScriptHardening, EndlessLoopLeavesTheFilesOfAnEarlierExportWhole)
 TEST_F(ScriptHardening, ThrowingInEveryActionEndsTheExportWithTheScriptError)
 {
    exportOnceWithoutScript();
-   loadScript(k_throwScript);
+   loadScript(k_throwScript, k_roomyTimeLimitMs);
    const zy::ZyBool ok = exportProject(* m_pProject);
    ASSERT_FALSE(static_cast<bool>(ok));
    EXPECT_EQ(ok.getDesc(), "An error occurred with custom javascript for file '" + out("shop.gen.pri") + "' :\n"
@@ -144,8 +181,7 @@ TEST_F(ScriptHardening, UnboundedAllocationIsStoppedByTheMemoryLimitAndTheEngine
 {
    exportOnceWithoutScript();
    // The time limit is far off: only the memory check can end the first call this early.
-   std::shared_ptr<tools::custom_javascript> pScript = loadScript(k_hoardScript, 64);
-   pScript->setTimeLimit(20000);
+   std::shared_ptr<tools::custom_javascript> pScript = loadScript(k_hoardScript, k_roomyTimeLimitMs, 64);
    const zy::ZyBool ok = exportProject(* m_pProject);
    ASSERT_FALSE(static_cast<bool>(ok));
    // The first call is the export's start notice; every later call fails at once, saying why.
@@ -163,7 +199,7 @@ TEST_F(ScriptHardening, AnswerLongerThanTheCapIsRefused)
    exportOnceWithoutScript();
    loadScript(QString("function execute(params) {\n"
                       "   if (params.action === 'PROJECT_NAME') { return 'x'.repeat(%1); }\n"
-                      "}\n").arg(tools::custom_javascript::maxResultLength() + 1));
+                      "}\n").arg(tools::custom_javascript::maxResultLength() + 1), k_roomyTimeLimitMs);
    const zy::ZyBool ok = exportProject(* m_pProject);
    ASSERT_FALSE(static_cast<bool>(ok));
    EXPECT_EQ(ok.getDesc(), "An error occurred with custom javascript for file '" + out("shop.gen.pri") + "' :\n"
@@ -179,7 +215,7 @@ TEST(ScriptHardeningEngine, UnboundedAllocationAtLoadIsStopped)
    const QString path = tmp.path() + "/hoard.js";
    ASSERT_TRUE(writeText(path, "var kept = [];\nfor (var i = 0; ; ++i) { kept.push('line ' + i); }\nfunction execute(params) { }\n"));
    tools::custom_javascript js;
-   js.setTimeLimit(20000);
+   js.setTimeLimit(k_roomyTimeLimitMs);
    js.setMemoryLimit(64);
    const zy::ZyBool ok = js.initEngine(path, nullptr);
    EXPECT_FALSE(static_cast<bool>(ok));
@@ -198,7 +234,7 @@ TEST(ScriptHardeningEngine, ReloadAfterTheMemoryLimitGivesAWorkingEngine)
                                "   return 'kept ' + kept.length;\n"
                                "}\n"));
    tools::custom_javascript js;
-   js.setTimeLimit(20000);
+   js.setTimeLimit(k_roomyTimeLimitMs);
    js.setMemoryLimit(64);
    ASSERT_TRUE(static_cast<bool>(js.initEngine(path, nullptr)));
    QHash<QString, QVariant> params;
@@ -256,6 +292,10 @@ TEST(ScriptHardeningEngine, ThrownValueWhoseTextNeverEndsIsStopped)
                                                      "   throw { toString: function () { return 'plain'; }, get lineNumber() { for (;;) { } } };\n"
                                                      "}\n")));
    EXPECT_EQ(callAction(js, "A"), interruptedByTime("A"));
+   // The overrun dropped the engine: a fresh one for the second case.
+   ASSERT_TRUE(static_cast<bool>(loadEngine(js, tmp, "function execute(params) {\n"
+                                                     "   throw { toString: function () { return 'plain'; }, get lineNumber() { for (;;) { } } };\n"
+                                                     "}\n")));
    EXPECT_EQ(callAction(js, "B"), interruptedByTime("B"));
 }
 

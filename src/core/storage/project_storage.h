@@ -33,6 +33,8 @@ public:
    // Parses a JSON model document into a model held in memory. Errors name the file, the place
    // (line and column for syntax errors, the JSON path for semantic ones) and the reason.
    static zy::ZyBool parseJson(const QByteArray & json, const QString & fileName, model::project_ptr & result);
+   // The same, freeing the text once it is parsed (a large model needs the memory for its items).
+   static zy::ZyBool parseJson(QByteArray && json, const QString & fileName, model::project_ptr & result);
    static zy::ZyBool readJsonFile(const QString & jsonFile, model::project_ptr & result);
    // The JSON model document of a project (import of the result gives the same model).
    static QByteArray toJson(const model::project & project);

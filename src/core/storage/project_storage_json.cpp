@@ -66,9 +66,21 @@ class json_reader
 {
    QString m_sFile;
    QStringList m_lstErrors;
+   QSet<QString> m_setTexts;
 
 public:
    explicit json_reader(const QString & sFile) : m_sFile(sFile) { ; }
+
+   // Equal texts of the document share one copy in the model: names, types and descriptions
+   // repeat over thousands of items.
+   QString shared(const QString & s)
+   {
+      if (s.isEmpty()) { return s; }
+      const auto itr = m_setTexts.constFind(s);
+      if (itr != m_setTexts.constEnd()) { return (* itr); }
+      m_setTexts.insert(s);
+      return s;
+   }
 
    void error(const QString & sPath, const QString & sReason)
    {
@@ -127,7 +139,7 @@ public:
       if (! has(sKey)) { return false; }
       const QJsonValue v = value(sKey);
       if (! v.isString()) { return wrongType(sKey, "a string"); }
-      sOut = v.toString();
+      sOut = m_reader.shared(v.toString());
       return true;
    }
 
@@ -362,7 +374,8 @@ class model_reader
 public:
    model_reader(json_reader & reader, const model::project_ptr & pProject) : m_reader(reader), m_pProject(pProject) { ; }
 
-   void readProject(const QJsonObject & root)
+   // Takes the document's only reference, so that each item can be freed once read.
+   void readProject(QJsonObject root)
    {
       object_reader obj(m_reader, root, QString(), { "name", "entities", "enumerations" });
       QString sName;
@@ -371,22 +384,27 @@ public:
       QJsonArray lstEnums;
       if (obj.readArray("enumerations", lstEnums))
       {
+         root.remove("enumerations");
          for (qsizetype i = 0; i < lstEnums.size(); ++i)
          {
             const QString sPath = indexPath("enumerations", i);
             if (! lstEnums.at(i).isObject()) { m_reader.error(sPath, QString("expected an object, got %1").arg(kindOf(lstEnums.at(i)))); continue; }
             readEnumeration(lstEnums.at(i).toObject(), sPath);
+            lstEnums[i] = QJsonValue();
          }
       }
 
       QJsonArray lstEntities;
       if (obj.readArray("entities", lstEntities))
       {
+         root.remove("entities");
          for (qsizetype i = 0; i < lstEntities.size(); ++i)
          {
             const QString sPath = indexPath("entities", i);
             if (! lstEntities.at(i).isObject()) { m_reader.error(sPath, QString("expected an object, got %1").arg(kindOf(lstEntities.at(i)))); continue; }
             readEntity(lstEntities.at(i).toObject(), sPath);
+            // Frees the item's part of the document: the model grows while the document shrinks.
+            lstEntities[i] = QJsonValue();
          }
       }
 
@@ -920,14 +938,19 @@ void lineAndColumn(const QByteArray & data, qsizetype iOffset, int & iLine, int 
 
 zy::ZyBool project_storage::parseJson(const QByteArray & json, const QString & fileName, model::project_ptr & result)
 {
+   return parseJson(QByteArray(json), fileName, result);
+}
+
+zy::ZyBool project_storage::parseJson(QByteArray && json, const QString & fileName, model::project_ptr & result)
+{
    result.reset();
    json_reader reader(fileName);
-   QByteArray data = json;
+   QByteArray data = std::move(json);
    // A byte-order mark is tolerated (and left out of the positions).
    if (data.startsWith("\xEF\xBB\xBF")) { data.remove(0, 3); }
 
    QJsonParseError parseError;
-   const QJsonDocument doc = QJsonDocument::fromJson(data, & parseError);
+   QJsonDocument doc = QJsonDocument::fromJson(data, & parseError);
    if (parseError.error != QJsonParseError::NoError)
    {
       // The parser reports the offset just past the character it stopped at, sometimes after
@@ -946,9 +969,13 @@ zy::ZyBool project_storage::parseJson(const QByteArray & json, const QString & f
    }
 
    reportDuplicateMembers(data, reader);
+   // From here on the document is read alone, and its items are freed as they are read.
+   data = QByteArray();
+   QJsonObject root = doc.object();
+   doc = QJsonDocument();
    auto pProject = std::make_shared<model::project>();
    model_reader modelReader(reader, pProject);
-   modelReader.readProject(doc.object());
+   modelReader.readProject(std::move(root));
    // Texts that would break out of the generated code where the export writes them.
    if (! reader.hasErrors()) { for (const auto & x : model::model_text_rules::projectProblems(* pProject, false)) { reader.error(x.sPath, x.detail()); } }
    if (reader.hasErrors()) { return zy::ZyBool(false, reader.text()); }
@@ -963,9 +990,9 @@ zy::ZyBool project_storage::readJsonFile(const QString & jsonFile, model::projec
    result.reset();
    QFile file(jsonFile);
    if (! file.open(QIODevice::ReadOnly)) { return zy::ZyBool(false, QString("%1: cannot read the file: %2").arg(jsonFile, file.errorString())); }
-   const QByteArray data = file.readAll();
+   QByteArray data = file.readAll();
    file.close();
-   zy::ZyBool ok = parseJson(data, jsonFile, result);
+   zy::ZyBool ok = parseJson(std::move(data), jsonFile, result);
    if (ok && result) { result->setLocation(QFileInfo(jsonFile).absolutePath()); }
    return ok;
 }

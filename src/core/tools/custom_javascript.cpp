@@ -600,9 +600,12 @@ zy::ZyBool custom_javascript::runExecute(model::project * pProject, model::entit
    }
    if ((stop == script_watchdog::stop_time) || engine.isInterrupted())
    {
-      // The flag must go, or every later call would stop at once.
-      engine.setInterrupted(false);
-      return zy::ZyBool(false, tr("Custom javascript execution interrupted : time limit of %1 ms exceeded for action '%2'").arg(m_iTimeLimitMs).arg(action));
+      // A script that overran once will most likely overrun at every call (an endless loop):
+      // drop it, so that an export costs one time limit and not one per generated fragment.
+      m_sStopReason = tr("time limit of %1 ms exceeded for action '%2'").arg(m_iTimeLimitMs).arg(action);
+      result = QJSValue();
+      releaseEngine();
+      return zy::ZyBool(false, tr("Custom javascript execution interrupted : %1").arg(m_sStopReason));
    }
    return outcome;
 }

@@ -26,10 +26,11 @@ class script_host_api;
 // its return value, as text, replaces params.default_value ("undefined" keeps it).
 // params.project, .entity, .property and .enumeration are read-only views (null without the
 // item) whose fields are read from the model when the script uses them; JSON.stringify gives
-// all their fields. A call running longer than the time limit is interrupted. So is a call that
-// makes the process grow by more than the memory limit (resident size, polled every few
-// milliseconds; 0 turns the check off): the engine is then dropped, since what the script keeps
-// in its globals would fill memory again, and every later call fails at once with the reason.
+// all their fields. A call running longer than the time limit is interrupted, and so is a call
+// that makes the process grow by more than the memory limit (resident size, polled every few
+// milliseconds; 0 turns the check off). Either way the engine is then dropped (an endless loop
+// would overrun again at every call, what the script keeps in its globals would fill memory
+// again) and every later call fails at once with the reason, until the file is loaded again.
 // An answer longer than maxResultLength() characters is refused. The script also sees a global
 // "tavrel" object: tavrel.log(...) reports a line (onScriptLog, and the plug-in's onMessage),
 // tavrel.breakpoint(text) pauses the call while debugging (onScriptBreakpoint; the time limit
@@ -50,7 +51,7 @@ private:
    plugin::base_interface * m_pPlugin = nullptr;
    int m_iTimeLimitMs = 10000;
    int m_iMemoryLimitMb = 512;
-   // Why the engine was dropped during a call (memory); empty while it is usable.
+   // Why the engine was dropped during a call (time or memory); empty while it is usable.
    QString m_sStopReason;
    bool m_bDebugging = false;
 
