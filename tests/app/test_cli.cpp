@@ -1,7 +1,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -10,32 +9,13 @@
 
 namespace {
 
-struct run_result
-{
-   int code = -1;
-   QString out;
-   QString err;
-};
+using run_result = test_support::cli_result;
 
 run_result runTavrel(const QStringList & args, const QString & workDir = QString())
 {
-   QProcess proc;
-   proc.setProgram(test_support::binaryDir() + "/bin/tavrel");
-   proc.setArguments(args);
-   if (! workDir.isEmpty()) { proc.setWorkingDirectory(workDir); }
-   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-   env.remove("LUMOR_DIR");
-   env.insert("QT_QPA_PLATFORM", "offscreen");
-   // Keeps the saved global settings of the machine out of the tests.
-   env.insert("XDG_CONFIG_HOME", QDir::tempPath() + "/tavrel-test-config");
-   proc.setProcessEnvironment(env);
-   proc.start();
-   run_result r;
-   if (! proc.waitForFinished(120000)) { proc.kill(); proc.waitForFinished(); return r; }
-   r.code = ((proc.exitStatus() == QProcess::NormalExit) ? proc.exitCode() : -2);
-   r.out = QString::fromUtf8(proc.readAllStandardOutput());
-   r.err = QString::fromUtf8(proc.readAllStandardError());
-   return r;
+   test_support::cli_options options;
+   options.workDir = workDir;
+   return test_support::runTavrel(args, options);
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -29,11 +28,7 @@ struct item
    bool abstract = false;
 };
 
-struct run_result
-{
-   int code = -1;
-   QString err;
-};
+using run_result = test_support::cli_result;
 
 std::ostream & operator<<(std::ostream & os, const combination & c) { return os << "style " << c.style << (c.pimpl ? " with PIMPL" : " without PIMPL"); }
 
@@ -63,24 +58,13 @@ run_result runExport(const QTemporaryDir & tmp, const combination & c)
    QDir().mkpath(tmp.filePath("lumor"));
    QDir().mkpath(tmp.filePath("config"));
 
-   QProcess proc;
-   proc.setProgram(test_support::binaryDir() + "/bin/tavrel");
-   proc.setArguments({ "export", model, "--lumor-path", tmp.filePath("lumor"),
-                       "--TavrelCppExport_path=" + tmp.filePath("out"),
-                       "--TavrelCppExport_template_type=" + QString::number(c.style),
-                       "--TavrelCppExport_generate_pimpl=" + QString(c.pimpl ? "1" : "0"),
-                       "--TavrelCppExport_generate_custom_files=1" });
-   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-   env.remove("LUMOR_DIR");
-   env.insert("QT_QPA_PLATFORM", "offscreen");
-   env.insert("XDG_CONFIG_HOME", tmp.filePath("config"));
-   proc.setProcessEnvironment(env);
-   proc.start();
-   run_result r;
-   if (! proc.waitForFinished(180000)) { proc.kill(); proc.waitForFinished(); return r; }
-   r.code = ((proc.exitStatus() == QProcess::NormalExit) ? proc.exitCode() : -2);
-   r.err = QString::fromUtf8(proc.readAllStandardError());
-   return r;
+   test_support::cli_options options;
+   options.configHome = tmp.filePath("config");
+   return test_support::runTavrel({ "export", model, "--lumor-path", tmp.filePath("lumor"),
+                                    "--TavrelCppExport_path=" + tmp.filePath("out"),
+                                    "--TavrelCppExport_template_type=" + QString::number(c.style),
+                                    "--TavrelCppExport_generate_pimpl=" + QString(c.pimpl ? "1" : "0"),
+                                    "--TavrelCppExport_generate_custom_files=1" }, options);
 }
 
 class BuiltInStyle : public ::testing::TestWithParam<combination> {};

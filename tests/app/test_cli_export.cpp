@@ -1,6 +1,5 @@
 #include <QDir>
 #include <QFileInfo>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -9,31 +8,13 @@
 
 namespace {
 
-struct export_run
-{
-   int code = -1;
-   QString out;
-   QString err;
-};
+using export_run = test_support::cli_result;
 
 export_run runExport(const QStringList & args, const QString & lumorEnv = QString())
 {
-   QProcess proc;
-   proc.setProgram(test_support::binaryDir() + "/bin/tavrel");
-   proc.setArguments(QStringList() << "export" << args);
-   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-   env.remove("LUMOR_DIR");
-   if (! lumorEnv.isEmpty()) { env.insert("LUMOR_DIR", lumorEnv); }
-   env.insert("QT_QPA_PLATFORM", "offscreen");
-   env.insert("XDG_CONFIG_HOME", QDir::tempPath() + "/tavrel-test-config");
-   proc.setProcessEnvironment(env);
-   proc.start();
-   export_run r;
-   if (! proc.waitForFinished(180000)) { proc.kill(); proc.waitForFinished(); return r; }
-   r.code = ((proc.exitStatus() == QProcess::NormalExit) ? proc.exitCode() : -2);
-   r.out = QString::fromUtf8(proc.readAllStandardOutput());
-   r.err = QString::fromUtf8(proc.readAllStandardError());
-   return r;
+   test_support::cli_options options;
+   if (! lumorEnv.isEmpty()) { options.env.insert("LUMOR_DIR", lumorEnv); }
+   return test_support::runTavrel(QStringList() << "export" << args, options);
 }
 
 // A copy of the example model in a fresh directory, so that its project file lands there.

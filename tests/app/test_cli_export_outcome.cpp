@@ -14,31 +14,8 @@
 
 namespace {
 
-struct outcome
-{
-   int code = -1;
-   QString out;
-   QString err;
-};
-
-outcome runTavrel(const QStringList & args)
-{
-   QProcess proc;
-   proc.setProgram(test_support::binaryDir() + "/bin/tavrel");
-   proc.setArguments(args);
-   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-   env.remove("LUMOR_DIR");
-   env.insert("QT_QPA_PLATFORM", "offscreen");
-   env.insert("XDG_CONFIG_HOME", QDir::tempPath() + "/tavrel-test-config");
-   proc.setProcessEnvironment(env);
-   proc.start();
-   outcome r;
-   if (! proc.waitForFinished(180000)) { proc.kill(); proc.waitForFinished(); return r; }
-   r.code = ((proc.exitStatus() == QProcess::NormalExit) ? proc.exitCode() : -2);
-   r.out = QString::fromUtf8(proc.readAllStandardOutput());
-   r.err = QString::fromUtf8(proc.readAllStandardError());
-   return r;
-}
+using outcome = test_support::cli_result;
+using test_support::runTavrel;
 
 // The example model in a fresh directory with a library directory and an export directory.
 class CliOutcome : public ::testing::Test

@@ -2,7 +2,6 @@
 // the import for speed or memory must not change a single stored value.
 
 #include <QDir>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -13,18 +12,9 @@ namespace {
 
 QByteArray runTavrelOut(const QStringList & args, int & code)
 {
-   QProcess proc;
-   proc.setProgram(test_support::binaryDir() + "/bin/tavrel");
-   proc.setArguments(args);
-   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-   env.insert("QT_QPA_PLATFORM", "offscreen");
-   env.insert("XDG_CONFIG_HOME", QDir::tempPath() + "/tavrel-test-config");
-   proc.setProcessEnvironment(env);
-   proc.start();
-   code = -1;
-   if (! proc.waitForFinished(120000)) { proc.kill(); proc.waitForFinished(); return QByteArray(); }
-   code = ((proc.exitStatus() == QProcess::NormalExit) ? proc.exitCode() : -2);
-   return proc.readAllStandardOutput();
+   const test_support::cli_result r = test_support::runTavrel(args);
+   code = r.code;
+   return r.out.toUtf8();
 }
 
 } // namespace

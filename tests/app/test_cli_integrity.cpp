@@ -3,7 +3,6 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QTemporaryDir>
@@ -17,31 +16,8 @@
 
 namespace {
 
-struct run_result
-{
-   int code = -1;
-   QString out;
-   QString err;
-};
-
-run_result runTavrel(const QStringList & args)
-{
-   QProcess proc;
-   proc.setProgram(test_support::binaryDir() + "/bin/tavrel");
-   proc.setArguments(args);
-   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-   env.remove("LUMOR_DIR");
-   env.insert("QT_QPA_PLATFORM", "offscreen");
-   env.insert("XDG_CONFIG_HOME", QDir::tempPath() + "/tavrel-test-config");
-   proc.setProcessEnvironment(env);
-   proc.start();
-   run_result r;
-   if (! proc.waitForFinished(120000)) { proc.kill(); proc.waitForFinished(); return r; }
-   r.code = ((proc.exitStatus() == QProcess::NormalExit) ? proc.exitCode() : -2);
-   r.out = QString::fromUtf8(proc.readAllStandardOutput());
-   r.err = QString::fromUtf8(proc.readAllStandardError());
-   return r;
-}
+using run_result = test_support::cli_result;
+using test_support::runTavrel;
 
 std::string str(const QString & s) { return s.toStdString(); }
 

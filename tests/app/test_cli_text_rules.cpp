@@ -5,7 +5,6 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
-#include <QProcess>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QTemporaryDir>
@@ -17,31 +16,13 @@
 
 namespace {
 
-struct cli_run
-{
-   int code = -1;
-   QString out;
-   QString err;
-};
+using cli_run = test_support::cli_result;
 
 cli_run runTavrel(const QStringList & args, const QStringList & lstUnset = QStringList())
 {
-   QProcess proc;
-   proc.setProgram(test_support::binaryDir() + "/bin/tavrel");
-   proc.setArguments(args);
-   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-   env.remove("LUMOR_DIR");
-   for (const QString & s : lstUnset) { env.remove(s); }
-   env.insert("QT_QPA_PLATFORM", "offscreen");
-   env.insert("XDG_CONFIG_HOME", QDir::tempPath() + "/tavrel-test-config");
-   proc.setProcessEnvironment(env);
-   proc.start();
-   cli_run r;
-   if (! proc.waitForFinished(180000)) { proc.kill(); proc.waitForFinished(); return r; }
-   r.code = ((proc.exitStatus() == QProcess::NormalExit) ? proc.exitCode() : -2);
-   r.out = QString::fromUtf8(proc.readAllStandardOutput());
-   r.err = QString::fromUtf8(proc.readAllStandardError());
-   return r;
+   test_support::cli_options options;
+   options.unset = lstUnset;
+   return test_support::runTavrel(args, options);
 }
 
 // Every entry below a directory: relative path, kind and content.

@@ -2,7 +2,6 @@
 #include <QFile>
 #include <QListWidget>
 #include <QPlainTextEdit>
-#include <QProcess>
 #include <QRegularExpression>
 
 #include <gtest/gtest.h>
@@ -71,17 +70,10 @@ TEST_F(GuiExport, WritesTheSameTreeAsTheCommandLineHost)
    EXPECT_EQ(tools::message_box::history().first().kind, tools::message_box::kind_question);
    EXPECT_EQ(tools::message_box::history().first().answer, QMessageBox::Yes);
 
-   QProcess proc;
-   proc.setProgram(test_support::binaryDir() + "/bin/tavrel");
-   proc.setArguments({ "export", m_tmp.filePath("cli/shop.tavrel"), "--lumor-path", lumor, "--yes" });
-   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-   env.remove("LUMOR_DIR");
-   env.insert("QT_QPA_PLATFORM", "offscreen");
-   env.insert("XDG_CONFIG_HOME", m_tmp.filePath("config"));
-   proc.setProcessEnvironment(env);
-   proc.start();
-   ASSERT_TRUE(proc.waitForFinished(180000));
-   ASSERT_EQ(proc.exitCode(), 0) << proc.readAllStandardError().toStdString();
+   test_support::cli_options options;
+   options.configHome = m_tmp.filePath("config");
+   const test_support::cli_result run = test_support::runTavrel({ "export", m_tmp.filePath("cli/shop.tavrel"), "--lumor-path", lumor, "--yes" }, options);
+   ASSERT_EQ(run.code, 0) << run.err.toStdString();
 
    const QMap<QString, QString> gui = readTree(m_tmp.filePath("gui/out"));
    const QMap<QString, QString> cli = readTree(m_tmp.filePath("cli/out"));

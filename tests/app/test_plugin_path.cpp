@@ -1,5 +1,4 @@
 #include <QDir>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -12,17 +11,13 @@ namespace {
 // TAVREL_PLUGIN_PATH.
 QString listPlugins(const QString & ownDir, const QString & extraPath, int & iCode)
 {
-   QProcess proc;
-   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-   env.insert("QT_QPA_PLATFORM", "offscreen");
-   env.insert("TAVREL_PLUGIN_DIR", ownDir);
-   if (extraPath.isEmpty()) { env.remove("TAVREL_PLUGIN_PATH"); }
-   else { env.insert("TAVREL_PLUGIN_PATH", extraPath); }
-   proc.setProcessEnvironment(env);
-   proc.start(test_support::binaryDir() + "/bin/tavrel", { "plugins" });
-   if (! proc.waitForFinished(120000)) { proc.kill(); proc.waitForFinished(); }
-   iCode = proc.exitCode();
-   return QString::fromUtf8(proc.readAllStandardOutput() + proc.readAllStandardError());
+   test_support::cli_options options;
+   options.env.insert("TAVREL_PLUGIN_DIR", ownDir);
+   if (extraPath.isEmpty()) { options.unset.append("TAVREL_PLUGIN_PATH"); }
+   else { options.env.insert("TAVREL_PLUGIN_PATH", extraPath); }
+   const test_support::cli_result r = test_support::runTavrel({ "plugins" }, options);
+   iCode = r.code;
+   return r.out + r.err;
 }
 
 } // namespace
