@@ -1,9 +1,15 @@
 #include "test_support.h"
 
+#include <QCryptographicHash>
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+
+#include "storage/project_storage.h"
 
 namespace test_support {
 
@@ -47,6 +53,66 @@ cli_result runTavrel(const QStringList & args, const cli_options & options)
    r.out = QString::fromUtf8(proc.readAllStandardOutput());
    r.err = QString::fromUtf8(proc.readAllStandardError());
    return r;
+}
+
+QStringList treeState(const QString & sRoot, const QStringList & lstSkip)
+{
+   const QDir root(sRoot);
+   QStringList lst;
+   QDirIterator itr(sRoot, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+   while (itr.hasNext())
+   {
+      itr.next();
+      const QString rel = root.relativeFilePath(itr.filePath());
+      bool bSkip = false;
+      for (const QString & s : lstSkip) { bSkip = bSkip || (rel == s) || rel.startsWith(s + "/"); }
+      if (bSkip) { continue; }
+      const QFileInfo info = itr.fileInfo();
+      QString line = rel + "|" + (info.isSymLink() ? ("link:" + info.symLinkTarget()) : (info.isDir() ? "dir" : "file"));
+      if (info.isFile() && ! info.isSymLink()) { line += "|" + QString::fromLatin1(QCryptographicHash::hash(readAll(itr.filePath()), QCryptographicHash::Sha256).toHex()); }
+      lst.append(line);
+   }
+   lst.sort();
+   return lst;
+}
+
+bool execOnProject(const QString & sFile, const QString & sql, const QVariant & value)
+{
+   QSqlDatabase db;
+   if (! storage::project_storage::openDatabase(sFile, db).getValue()) { return false; }
+   bool bOk = false;
+   {
+      QSqlQuery q(db);
+      bOk = (q.prepare(sql) && (q.addBindValue(value), q.exec()) && (q.numRowsAffected() == 1));
+   }
+   storage::project_storage::closeDatabase(db);
+   return bOk;
+}
+
+QList<hostile_value> hostileValues()
+{
+   return {
+      { "UPDATE t_entity SET table_name = ? WHERE name = 'Customer'", QString("t\"); system(\"id\"); //"),
+        "Entity 'shop::Customer' : table name" },
+      { "UPDATE t_entity SET description = ? WHERE name = 'Customer'", QString("ends here */ int injected;"),
+        "Entity 'shop::Customer' : description" },
+      { "UPDATE t_property SET description = ? WHERE name = 'bio'", QString("bio\n#error injected"),
+        "Entity 'shop::CustomerProfile' : property 'bio' : description" },
+      { "UPDATE t_property SET column_name = ? WHERE name = 'avatar_url'", QString("ava\"tar"),
+        "Entity 'shop::CustomerProfile' : property 'avatar_url' : column name" },
+      { "UPDATE t_property SET column_name = ? WHERE name = 'avatar_url'", QString("ava\\tar"),
+        "Entity 'shop::CustomerProfile' : property 'avatar_url' : column name" },
+      { "UPDATE t_property SET min_value = ? WHERE name = 'newsletter'", QString("\"1\\\"\""),
+        "Entity 'shop::CustomerProfile' : property 'newsletter' : min value" },
+      { "UPDATE t_enumeration_value SET value_text = ? WHERE value_key = 'Paid'", QString("1); system(\"x\"); int y = (2"),
+        "Enumeration 'shop::sales::OrderStatus' : value of 'Paid'" },
+      { "UPDATE t_property SET description = ? WHERE name = 'bio'", QString("nul") + QChar(0) + "inside",
+        "Entity 'shop::CustomerProfile' : property 'bio' : description" },
+      { "UPDATE t_property SET get_method = ? WHERE name = 'bio'", QString("return m_bio; } void evil() { system(\"x\");"),
+        "Entity 'shop::CustomerProfile' : property 'bio' : get method" },
+      { "UPDATE t_property SET set_method = ? WHERE name = 'bio'", QString("m_bio = val; } void evil() { system(\"x\");"),
+        "Entity 'shop::CustomerProfile' : property 'bio' : set method" },
+   };
 }
 
 } // namespace test_support

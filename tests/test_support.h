@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
+#include <QVariant>
 
 namespace test_support {
 
@@ -33,5 +34,26 @@ struct cli_options
 };
 
 cli_result runTavrel(const QStringList & args, const cli_options & options = cli_options());
+
+// Every entry below sRoot but those at or below the skipped paths (relative to sRoot), one line
+// each, sorted: relative path, kind (dir, file, or link and its target) and a file's SHA-256.
+// Two equal states mean nothing below sRoot was created, removed, replaced or written.
+QStringList treeState(const QString & sRoot, const QStringList & lstSkip = QStringList());
+
+// Runs one statement with one bound value on a project file, as a hand edit would; true when
+// it changed exactly one row.
+bool execOnProject(const QString & sFile, const QString & sql, const QVariant & value);
+
+// A value a careless or hostile user writes into a project file with SQL, and what the refusal
+// must name.
+struct hostile_value
+{
+   const char * sql;
+   QString value;
+   const char * expected;
+};
+
+// One for each way model text could break out of generated code (the shop example's items).
+QList<hostile_value> hostileValues();
 
 } // namespace test_support

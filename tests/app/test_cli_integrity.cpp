@@ -1,4 +1,3 @@
-#include <QCryptographicHash>
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
@@ -41,25 +40,6 @@ bool execSql(const QString & sFile, const QStringList & lstSql)
 }
 
 // Every file below a directory with its content's hash, except those under the given paths.
-QStringList treeState(const QString & sRoot, const QStringList & lstSkip)
-{
-   QStringList lst;
-   QDirIterator itr(sRoot, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
-   while (itr.hasNext())
-   {
-      const QString sPath = itr.next();
-      bool bSkip = false;
-      for (const QString & s : lstSkip) { if (sPath.startsWith(s)) { bSkip = true; } }
-      if (bSkip) { continue; }
-      const QFileInfo info(sPath);
-      QString sLine = QDir(sRoot).relativeFilePath(sPath);
-      if (info.isFile()) { sLine += " " + QCryptographicHash::hash(test_support::readAll(sPath), QCryptographicHash::Sha256).toHex(); }
-      lst.append(sLine);
-   }
-   lst.sort();
-   return lst;
-}
-
 QStringList filesUnder(const QString & sDir)
 {
    QStringList lst;
@@ -90,7 +70,7 @@ protected:
    // check, dump and export --yes all refuse the file with the reason; nothing is written anywhere.
    void expectRefusedEverywhere(const QString & sReason)
    {
-      const QStringList lstBefore = treeState(m_tmp.path(), { m_sProject });
+      const QStringList lstBefore = test_support::treeState(m_tmp.path(), { QDir(m_tmp.path()).relativeFilePath(m_sProject) });
       run_result r = runTavrel({ "check", m_sProject });
       EXPECT_EQ(r.code, 1);
       EXPECT_TRUE(r.err.contains(sReason)) << str(r.out + r.err);
@@ -101,7 +81,7 @@ protected:
       r = runTavrel({ "export", m_sProject, "--yes", "--lumor-path", m_tmp.filePath("lumor"), "--TavrelCppExport_path=" + m_sOut });
       EXPECT_EQ(r.code, 1);
       EXPECT_TRUE(r.err.contains(sReason)) << str(r.err);
-      EXPECT_EQ(treeState(m_tmp.path(), { m_sProject }), lstBefore);
+      EXPECT_EQ(test_support::treeState(m_tmp.path(), { QDir(m_tmp.path()).relativeFilePath(m_sProject) }), lstBefore);
       EXPECT_EQ(filesUnder(m_sOut), QStringList());
    }
 };

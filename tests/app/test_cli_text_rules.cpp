@@ -1,9 +1,7 @@
 // Model text that would break out of the generated code, and Lumor library paths that would
 // break out of the generated project files, through the real command-line program.
 
-#include <QCryptographicHash>
 #include <QDir>
-#include <QDirIterator>
 #include <QFileInfo>
 #include <QSqlDatabase>
 #include <QSqlQuery>
@@ -25,68 +23,8 @@ cli_run runTavrel(const QStringList & args, const QStringList & lstUnset = QStri
    return test_support::runTavrel(args, options);
 }
 
-// Every entry below a directory: relative path, kind and content.
-QByteArray treeChecksum(const QString & sDir)
-{
-   QStringList lst;
-   QDirIterator itr(sDir, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
-   while (itr.hasNext()) { lst.append(itr.next()); }
-   lst.sort();
-   QCryptographicHash hash(QCryptographicHash::Sha256);
-   for (const QString & s : lst)
-   {
-      const QFileInfo info(s);
-      hash.addData(QDir(sDir).relativeFilePath(s).toUtf8());
-      if (info.isSymLink()) { hash.addData("link:" + info.symLinkTarget().toUtf8()); }
-      else if (info.isDir()) { hash.addData("dir"); }
-      else { hash.addData("file:" + test_support::readAll(s)); }
-   }
-   return hash.result().toHex();
-}
-
-bool execOn(const QString & sFile, const QString & sql, const QString & sValue)
-{
-   QSqlDatabase db;
-   if (! storage::project_storage::openDatabase(sFile, db).getValue()) { return false; }
-   bool bOk = false;
-   {
-      QSqlQuery q(db);
-      bOk = (q.prepare(sql) && (q.addBindValue(sValue), q.exec()) && (q.numRowsAffected() == 1));
-   }
-   storage::project_storage::closeDatabase(db);
-   return bOk;
-}
-
-struct hostile_value
-{
-   const char * sql;
-   QString value;
-   const char * expected;
-};
-
-QList<hostile_value> hostileValues()
-{
-   return {
-      { "UPDATE t_entity SET table_name = ? WHERE name = 'Customer'", QString("t\"); system(\"id\"); //"),
-        "Entity 'shop::Customer' : table name" },
-      { "UPDATE t_entity SET description = ? WHERE name = 'Customer'", QString("ends here */ int injected;"),
-        "Entity 'shop::Customer' : description" },
-      { "UPDATE t_property SET description = ? WHERE name = 'bio'", QString("bio\n#error injected"),
-        "Entity 'shop::CustomerProfile' : property 'bio' : description" },
-      { "UPDATE t_property SET column_name = ? WHERE name = 'avatar_url'", QString("ava\"tar"),
-        "Entity 'shop::CustomerProfile' : property 'avatar_url' : column name" },
-      { "UPDATE t_property SET column_name = ? WHERE name = 'avatar_url'", QString("ava\\tar"),
-        "Entity 'shop::CustomerProfile' : property 'avatar_url' : column name" },
-      { "UPDATE t_property SET min_value = ? WHERE name = 'newsletter'", QString("\"1\\\"\""),
-        "Entity 'shop::CustomerProfile' : property 'newsletter' : min value" },
-      { "UPDATE t_enumeration_value SET value_text = ? WHERE value_key = 'Paid'", QString("1); system(\"x\"); int y = (2"),
-        "Enumeration 'shop::sales::OrderStatus' : value of 'Paid'" },
-      { "UPDATE t_property SET description = ? WHERE name = 'bio'", QString("nul") + QChar(0) + "inside",
-        "Entity 'shop::CustomerProfile' : property 'bio' : description" },
-      { "UPDATE t_property SET set_method = ? WHERE name = 'bio'", QString("m_bio = val; } void evil() { system(\"x\");"),
-        "Entity 'shop::CustomerProfile' : property 'bio' : set method" },
-   };
-}
+using test_support::hostile_value;
+using test_support::hostileValues;
 
 } // namespace
 
@@ -100,18 +38,18 @@ TEST(CliTextRules, EditedProjectFileIsRefusedByCheckAndExport)
       QDir().mkpath(tmp.filePath("lumor"));
       cli_run r = runTavrel({ "import", test_support::examplePath("shop.json"), project });
       ASSERT_EQ(r.code, 0) << r.err.toStdString();
-      ASSERT_TRUE(execOn(project, h.sql, h.value)) << h.sql;
+      ASSERT_TRUE(test_support::execOnProject(project, h.sql, h.value)) << h.sql;
 
       r = runTavrel({ "check", project });
       EXPECT_EQ(r.code, 1) << h.expected;
       EXPECT_TRUE(r.err.contains(h.expected)) << r.err.toStdString();
 
-      const QByteArray before = treeChecksum(tmp.filePath("work"));
+      const QStringList before = test_support::treeState(tmp.filePath("work"));
       r = runTavrel({ "export", project, "--lumor-path", tmp.filePath("lumor"), "--yes", "--TavrelCppExport_path=" + tmp.filePath("work/out") });
       EXPECT_EQ(r.code, 1) << h.expected;
       EXPECT_TRUE(r.err.contains(h.expected)) << r.err.toStdString();
       // Nothing in or beside the export directory changed.
-      EXPECT_EQ(treeChecksum(tmp.filePath("work")), before) << h.expected;
+      EXPECT_EQ(test_support::treeState(tmp.filePath("work")), before) << h.expected;
       EXPECT_TRUE(QDir(tmp.filePath("work/out")).isEmpty()) << h.expected;
    }
 }
@@ -173,19 +111,19 @@ TEST(CliTextRules, LumorPathThatWouldBreakOutIsRefusedBeforeWriting)
    // A directory of that name exists, so only the characters can refuse it.
    const QString hostile = tmp.filePath("lumor\")\nexecute_process(COMMAND touch " + tmp.filePath("pwned") + ")\n#");
    QDir().mkpath(hostile);
-   const QByteArray before = treeChecksum(tmp.filePath("work"));
+   const QStringList before = test_support::treeState(tmp.filePath("work"));
    r = runTavrel({ "export", project, "--lumor-path", hostile, "--yes", "--TavrelCppExport_path=" + tmp.filePath("work/out") });
    EXPECT_EQ(r.code, 1);
    EXPECT_TRUE(r.err.contains("Lumor library path is not valid : ")) << r.err.toStdString();
    EXPECT_TRUE(r.err.contains("The Lumor library path holds a double quote")) << r.err.toStdString();
-   EXPECT_EQ(treeChecksum(tmp.filePath("work")), before);
+   EXPECT_EQ(test_support::treeState(tmp.filePath("work")), before);
 
    // Unset variables are named, not expanded to nothing ("/" exists).
    r = runTavrel({ "export", project, "--lumor-path", "$TAVREL_TEST_FOO/${TAVREL_TEST_BAR}", "--yes", "--TavrelCppExport_path=" + tmp.filePath("work/out") },
                  { "TAVREL_TEST_FOO", "TAVREL_TEST_BAR" });
    EXPECT_EQ(r.code, 1);
    EXPECT_TRUE(r.err.contains("environment variable 'TAVREL_TEST_FOO', which is not set")) << r.err.toStdString();
-   EXPECT_EQ(treeChecksum(tmp.filePath("work")), before);
+   EXPECT_EQ(test_support::treeState(tmp.filePath("work")), before);
    EXPECT_FALSE(QFileInfo::exists(tmp.filePath("pwned")));
 }
 

@@ -25,51 +25,8 @@ QByteArray withEnumValue(const QByteArray & value)
    return "{\"name\": \"Shop\", \"enumerations\": [{\"name\": \"Status\", \"values\": [{\"key\": \"A\", \"value\": " + value + "}]}]}";
 }
 
-// Runs one statement on a project file through a connection of its own.
-bool execOn(const QString & sFile, const QString & sql, const QVariant & value)
-{
-   QSqlDatabase db;
-   if (! storage::project_storage::openDatabase(sFile, db).getValue()) { return false; }
-   bool bOk = false;
-   {
-      QSqlQuery q(db);
-      bOk = (q.prepare(sql) && (q.addBindValue(value), q.exec()) && (q.numRowsAffected() == 1));
-   }
-   storage::project_storage::closeDatabase(db);
-   return bOk;
-}
-
-struct hostile_value
-{
-   const char * sql;
-   QString value;
-   const char * expected;   // what the refusal must name
-};
-
-// The values a careless or hostile user writes into a project file with SQL.
-QList<hostile_value> hostileValues()
-{
-   return {
-      { "UPDATE t_entity SET table_name = ? WHERE name = 'Customer'", QString("t\"); system(\"id\"); //"),
-        "Entity 'shop::Customer' : table name" },
-      { "UPDATE t_entity SET description = ? WHERE name = 'Customer'", QString("ends here */ int injected;"),
-        "Entity 'shop::Customer' : description" },
-      { "UPDATE t_property SET description = ? WHERE name = 'bio'", QString("bio\n#error injected"),
-        "Entity 'shop::CustomerProfile' : property 'bio' : description" },
-      { "UPDATE t_property SET column_name = ? WHERE name = 'avatar_url'", QString("ava\"tar"),
-        "Entity 'shop::CustomerProfile' : property 'avatar_url' : column name" },
-      { "UPDATE t_property SET column_name = ? WHERE name = 'avatar_url'", QString("ava\\tar"),
-        "Entity 'shop::CustomerProfile' : property 'avatar_url' : column name" },
-      { "UPDATE t_property SET min_value = ? WHERE name = 'newsletter'", QString("\"1\\\"\""),
-        "Entity 'shop::CustomerProfile' : property 'newsletter' : min value" },
-      { "UPDATE t_enumeration_value SET value_text = ? WHERE value_key = 'Paid'", QString("1); system(\"x\"); int y = (2"),
-        "Enumeration 'shop::sales::OrderStatus' : value of 'Paid'" },
-      { "UPDATE t_property SET description = ? WHERE name = 'bio'", QString("nul") + QChar(0) + "inside",
-        "Entity 'shop::CustomerProfile' : property 'bio' : description" },
-      { "UPDATE t_property SET get_method = ? WHERE name = 'bio'", QString("return m_bio; } void evil() { system(\"x\");"),
-        "Entity 'shop::CustomerProfile' : property 'bio' : get method" },
-   };
-}
+using test_support::hostile_value;
+using test_support::hostileValues;
 
 } // namespace
 
@@ -224,7 +181,7 @@ TEST(ModelTextRules, ProjectFileEditedWithSqlIsRefused)
       QTemporaryDir dir;
       const QString sFile = dir.filePath("shop.tavrel");
       ASSERT_TRUE(storage::project_storage::importJson(test_support::examplePath("shop.json"), sFile).getValue());
-      ASSERT_TRUE(execOn(sFile, h.sql, h.value)) << h.sql;
+      ASSERT_TRUE(test_support::execOnProject(sFile, h.sql, h.value)) << h.sql;
       model::project_ptr p;
       const zy::ZyBool ok = storage::project_storage::loadProject(sFile, p);
       EXPECT_FALSE(ok.getValue()) << h.expected;

@@ -40,6 +40,14 @@ static inline void PrintTo(const QString & text, std::ostream * os) { * os << '"
 
 namespace builder_test {
 
+// One entity with a key and nothing else: the smallest model that exports.
+inline const QByteArray k_personJson = R"json({
+  "name": "shop",
+  "entities": [
+    {"name": "Person", "namespace": "ns", "properties": [{"name": "id", "type": "long", "primary_key": true}]}
+  ]
+})json";
+
 // Reaches the builder's protected steps.
 class builder_probe : public plugin::cpp_builder
 {

@@ -6,13 +6,6 @@ using namespace builder_test;
 
 namespace {
 
-const QByteArray k_personJson = R"json({
-  "name": "shop",
-  "entities": [
-    {"name": "Person", "namespace": "ns", "properties": [{"name": "id", "type": "long", "primary_key": true}]}
-  ]
-})json";
-
 const QByteArray k_plainJson = R"json({
   "name": "shop",
   "entities": [

@@ -1,4 +1,3 @@
-#include <QCryptographicHash>
 #include <QLockFile>
 
 #include "builder_test_support.h"
@@ -7,37 +6,12 @@ using namespace builder_test;
 
 namespace {
 
-const QByteArray k_personJson = R"json({
-  "name": "shop",
-  "entities": [
-    {"name": "Person", "namespace": "ns", "properties": [{"name": "id", "type": "long", "primary_key": true}]}
-  ]
-})json";
-
 class WriteGuard : public export_fixture
 {
 protected:
-   // Digest of every entry under the temporary directory except the export directory (given
-   // relative to it): names, kinds, link targets and contents.
-   QByteArray outsideDigest(const QString & exportDir = "out") const
-   {
-      QCryptographicHash hash(QCryptographicHash::Sha256);
-      QDirIterator it(m_tmp.path(), QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
-      QStringList lst;
-      while (it.hasNext())
-      {
-         it.next();
-         const QString rel = QDir(m_tmp.path()).relativeFilePath(it.filePath());
-         if ((rel == exportDir) || rel.startsWith(exportDir + "/")) { continue; }
-         const QFileInfo info = it.fileInfo();
-         QString line = rel + "|" + (info.isSymLink() ? ("link:" + info.symLinkTarget()) : (info.isDir() ? "dir" : "file"));
-         if (info.isFile() && ! info.isSymLink()) { line += "|" + QString::fromLatin1(QCryptographicHash::hash(test_support::readAll(it.filePath()), QCryptographicHash::Sha256).toHex()); }
-         lst.append(line);
-      }
-      lst.sort();
-      hash.addData(lst.join('\n').toUtf8());
-      return hash.result();
-   }
+   // Every entry under the temporary directory except the export directory (given relative
+   // to it).
+   QStringList outsideState(const QString & exportDir = "out") const { return test_support::treeState(m_tmp.path(), { exportDir }); }
 
    model::project_ptr person()
    {
@@ -59,13 +33,13 @@ TEST_F(WriteGuard, HostileEntityNameWritesNothingOutside)
    pEntity->setNamespace(QString());
    pEntity->setName("../../victim");
    ASSERT_TRUE(test_support::writeAll(m_tmp.path() + "/victim.gen.h", "keep"));
-   const QByteArray before = outsideDigest();
+   const QStringList before = outsideState();
    // "Export in spite of schema errors?" answered Yes.
    tools::message_box::setFixedAnswer(QMessageBox::Yes);
    zy::ZyBool ok = exportProject(* p);
    EXPECT_FALSE(static_cast<bool>(ok));
    EXPECT_TRUE(ok.getDesc().startsWith("Cannot write outside the export directory '" + m_sExportDir + "' : ")) << ok.getDesc().toStdString();
-   EXPECT_EQ(outsideDigest(), before);
+   EXPECT_EQ(outsideState(), before);
    EXPECT_EQ(test_support::readAll(m_tmp.path() + "/victim.gen.h"), QByteArray("keep"));
 }
 
@@ -77,12 +51,12 @@ TEST_F(WriteGuard, HostileProjectNameWritesNothingOutside)
    // Two levels below the temporary directory, so that where the name leads is watched too.
    ASSERT_TRUE(QDir().mkpath(m_tmp.path() + "/a/out"));
    m_plugin.setCppExportPath(m_tmp.path() + "/a/out");
-   const QByteArray before = outsideDigest("a/out");
+   const QStringList before = outsideState("a/out");
    tools::message_box::setFixedAnswer(QMessageBox::Yes);
    zy::ZyBool ok = exportProject(* p);
    EXPECT_FALSE(static_cast<bool>(ok));
    EXPECT_TRUE(ok.getDesc().startsWith("Cannot write outside the export directory")) << ok.getDesc().toStdString();
-   EXPECT_EQ(outsideDigest("a/out"), before);
+   EXPECT_EQ(outsideState("a/out"), before);
    EXPECT_FALSE(QFileInfo::exists(m_tmp.path() + "/x.gen.pri"));
    EXPECT_FALSE(QFileInfo::exists(m_tmp.path() + "/x.gen.pro"));
 }
@@ -94,12 +68,12 @@ TEST_F(WriteGuard, LinkedClassFileIsNotWrittenThrough)
    ASSERT_TRUE(test_support::writeAll(m_tmp.path() + "/target.h", "outside"));
    ASSERT_TRUE(QDir().mkpath(out("include")));
    ASSERT_TRUE(QFile::link(m_tmp.path() + "/target.h", out("include/ns_Person.gen.h")));
-   const QByteArray before = outsideDigest();
+   const QStringList before = outsideState();
    zy::ZyBool ok = exportProject(* p);
    EXPECT_FALSE(static_cast<bool>(ok));
    EXPECT_TRUE(ok.getDesc().contains("symbolic link '" + out("include/ns_Person.gen.h") + "'")) << ok.getDesc().toStdString();
    EXPECT_EQ(test_support::readAll(m_tmp.path() + "/target.h"), QByteArray("outside"));
-   EXPECT_EQ(outsideDigest(), before);
+   EXPECT_EQ(outsideState(), before);
 }
 
 TEST_F(WriteGuard, DanglingCustomLinkCreatesNothingOutside)
@@ -108,12 +82,12 @@ TEST_F(WriteGuard, DanglingCustomLinkCreatesNothingOutside)
    ASSERT_TRUE(p);
    ASSERT_TRUE(QDir().mkpath(out("custom/include")));
    ASSERT_TRUE(QFile::link(m_tmp.path() + "/planted.h", out("custom/include/ns_Person.h")));
-   const QByteArray before = outsideDigest();
+   const QStringList before = outsideState();
    zy::ZyBool ok = exportProject(* p);
    EXPECT_FALSE(static_cast<bool>(ok));
    EXPECT_TRUE(ok.getDesc().contains("symbolic link '" + out("custom/include/ns_Person.h") + "'")) << ok.getDesc().toStdString();
    EXPECT_FALSE(QFileInfo::exists(m_tmp.path() + "/planted.h"));
-   EXPECT_EQ(outsideDigest(), before);
+   EXPECT_EQ(outsideState(), before);
 }
 
 TEST_F(WriteGuard, LinkedSubfoldersAreRefused)
