@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QTemporaryDir>
 
+#include "storage/json_key_table.h"
 #include "storage/json_layout.h"
 #include "storage/project_storage.h"
 #include "model/project.h"
@@ -154,4 +155,27 @@ TEST(JsonImportPieces, FileReadAsTheTextIs)
       EXPECT_EQ(okFile.getDesc().toStdString(), okWhole.getDesc().toStdString());
       if (pFile && pWhole) { EXPECT_EQ(storage::project_storage::toJson(* pFile).toStdString(), storage::project_storage::toJson(* pWhole).toStdString()); }
    }
+}
+
+TEST(JsonImportPieces, KeyTableFindsTheFirstIndexOfEachKey)
+{
+   QStringList lstKeys;
+   int iAsked = 0;
+   storage::json_key_table table([& lstKeys, & iAsked](qint32 i) { ++iAsked; return lstKeys.at(i); });
+   EXPECT_EQ(table.find("a"), -1);
+   for (qint32 i = 0; i < 5000; ++i)
+   {
+      const QString sKey = QString("ns::Item%1").arg(i);
+      ASSERT_EQ(table.find(sKey), -1) << i;
+      table.insert(sKey, qint32(lstKeys.size()), i * 2);
+      lstKeys.append(sKey);
+   }
+   for (qint32 i = 0; i < 5000; ++i) { EXPECT_EQ(table.find(QString("ns::Item%1").arg(i)), i * 2) << i; }
+   EXPECT_FALSE(table.contains("ns::Item5000"));
+   EXPECT_FALSE(table.contains("ns::item1"));
+   EXPECT_FALSE(table.contains(QString()));
+   // Only keys with an equal hash are asked for: about one per lookup, not one per item.
+   iAsked = 0;
+   for (qint32 i = 0; i < 5000; ++i) { table.find(QString("ns::Item%1").arg(i)); }
+   EXPECT_LT(iAsked, 5100);
 }

@@ -21,6 +21,7 @@
 #include "model/property.h"
 #include "model/property_type.h"
 #include "model/relationship.h"
+#include "storage/json_key_table.h"
 #include "storage/json_layout.h"
 #include "storage/json_model_codes.h"
 #include "storage/json_text.h"
@@ -367,9 +368,9 @@ class model_reader
    json_reader & m_reader;
    model::project_ptr m_pProject;
 
-   // Key -> index of the first entity or enumeration in its array (a path would cost a text each).
-   QHash<QString, qsizetype> m_hashEntityKeys;
-   QHash<QString, qsizetype> m_hashEnumKeys;
+   // Key -> index of the first entity or enumeration in its array.
+   json_key_table m_entityKeys { [this](qint32 i) { return m_pProject->getListOfAllEntities()->at(i)->getKey(); } };
+   json_key_table m_enumKeys { [this](qint32 i) { return m_pProject->getListOfAllEnums()->at(i)->getKey(); } };
    QList<reference> m_lstEntityRefs;
    QList<reference> m_lstEnumRefs;
 
@@ -519,8 +520,9 @@ private:
       if (bNameOk && bNamespaceOk)
       {
          const QString sKey = pEnum->getKey();
-         if (m_hashEnumKeys.contains(sKey)) { m_reader.error(sPath, QString("key '%1' is already used by %2").arg(sKey, indexPath("enumerations", m_hashEnumKeys.value(sKey)))); }
-         else { m_hashEnumKeys.insert(sKey, iIndex); }
+         const qint32 iFirst = m_enumKeys.find(sKey);
+         if (iFirst >= 0) { m_reader.error(sPath, QString("key '%1' is already used by %2").arg(sKey, indexPath("enumerations", iFirst))); }
+         else { m_enumKeys.insert(sKey, qint32(m_pProject->getListOfAllEnums()->size()), qint32(iIndex)); }
       }
       m_pProject->addEnumeration(pEnum);
    }
@@ -578,9 +580,11 @@ private:
       if (bNameOk && bNamespaceOk)
       {
          const QString sKey = pEntity->getKey();
-         if (m_hashEntityKeys.contains(sKey)) { m_reader.error(sPath, QString("key '%1' is already used by %2").arg(sKey, indexPath("entities", m_hashEntityKeys.value(sKey)))); }
-         else if (m_hashEnumKeys.contains(sKey)) { m_reader.error(sPath, QString("key '%1' is already used by %2").arg(sKey, indexPath("enumerations", m_hashEnumKeys.value(sKey)))); }
-         else { m_hashEntityKeys.insert(sKey, iIndex); }
+         const qint32 iFirst = m_entityKeys.find(sKey);
+         const qint32 iEnum = ((iFirst >= 0) ? -1 : m_enumKeys.find(sKey));
+         if (iFirst >= 0) { m_reader.error(sPath, QString("key '%1' is already used by %2").arg(sKey, indexPath("entities", iFirst))); }
+         else if (iEnum >= 0) { m_reader.error(sPath, QString("key '%1' is already used by %2").arg(sKey, indexPath("enumerations", iEnum))); }
+         else { m_entityKeys.insert(sKey, qint32(m_pProject->getListOfAllEntities()->size()), qint32(iIndex)); }
       }
       m_pProject->addEntity(pEntity);
    }
@@ -715,11 +719,11 @@ private:
    {
       for (const reference & ref : m_lstEntityRefs)
       {
-         if (! m_hashEntityKeys.contains(ref.sKey)) { m_reader.error(ref.sPath, QString("%1 '%2' is not an entity of the document").arg(ref.sWhat, ref.sKey)); }
+         if (! m_entityKeys.contains(ref.sKey)) { m_reader.error(ref.sPath, QString("%1 '%2' is not an entity of the document").arg(ref.sWhat, ref.sKey)); }
       }
       for (const reference & ref : m_lstEnumRefs)
       {
-         if (! m_hashEnumKeys.contains(ref.sKey)) { m_reader.error(ref.sPath, QString("%1 '%2' is not an enumeration of the document").arg(ref.sWhat, ref.sKey)); }
+         if (! m_enumKeys.contains(ref.sKey)) { m_reader.error(ref.sPath, QString("%1 '%2' is not an enumeration of the document").arg(ref.sWhat, ref.sKey)); }
       }
    }
 
