@@ -179,3 +179,31 @@ TEST(JsonImportPieces, KeyTableFindsTheFirstIndexOfEachKey)
    for (qint32 i = 0; i < 5000; ++i) { table.find(QString("ns::Item%1").arg(i)); }
    EXPECT_LT(iAsked, 5100);
 }
+
+TEST(JsonImportPieces, LargeFileReadAfterItsPagesWereGivenBack)
+{
+   // Over the 8 MB slice, so that pages are given back before the last items are read, and
+   // read again by the whole-document parse when the last item is broken.
+   QByteArray text("{\"name\": \"Big\", \"entities\": [\n");
+   const QByteArray sFill(400, 'x');
+   for (int i = 0; i < 24000; ++i) { text += "{\"name\": \"Item" + QByteArray::number(i) + "\", \"description\": \"" + sFill + "\"},\n"; }
+   const QByteArray valid = text + "{\"name\": \"Last\"}]}\n";
+   const QByteArray broken = text + "{\"name\": \"Last\" 1}]}\n";
+   ASSERT_GT(valid.size(), 9 * 1024 * 1024);
+   QTemporaryDir dir;
+   ASSERT_TRUE(dir.isValid());
+   const QString sFile = dir.filePath("big.json");
+   for (const QByteArray & s : { valid, broken })
+   {
+      ASSERT_TRUE(test_support::writeAll(sFile, s));
+      model::project_ptr pFile, pWhole;
+      const zy::ZyBool okFile = storage::project_storage::readJsonFile(sFile, pFile);
+      const zy::ZyBool okWhole = storage::json_layout::parseWhole(s, sFile, pWhole);
+      ASSERT_EQ(bool(okFile), bool(okWhole));
+      EXPECT_EQ(okFile.getDesc().toStdString(), okWhole.getDesc().toStdString());
+      if (pFile && pWhole) { EXPECT_TRUE(storage::project_storage::toJson(* pFile) == storage::project_storage::toJson(* pWhole)); }
+   }
+   model::project_ptr p;
+   EXPECT_FALSE(storage::project_storage::readJsonFile(sFile, p));
+   EXPECT_TRUE(p == nullptr);
+}
