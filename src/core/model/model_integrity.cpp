@@ -1,5 +1,7 @@
 #include "model/model_integrity.h"
 
+#include <algorithm>
+
 #include <QHash>
 #include <QSet>
 #include <QVector>
@@ -67,6 +69,8 @@ void checkCode(QStringList & lst, const Label & label, const char * szWhat, int 
 
 QList<QList<qsizetype> > model_integrity::parentCycles(const list_of_entity & lstEntities)
 {
+   // No parent, no cycle: a large model then needs no key table.
+   if (std::none_of(lstEntities.cbegin(), lstEntities.cend(), [](const entity_ptr & p) { return (p && ! p->getParentKey().isEmpty()); })) { return {}; }
    QHash<QString, qsizetype> hashFirst;
    hashFirst.reserve(lstEntities.size());
    for (qsizetype i = 0; i < lstEntities.size(); ++i)

@@ -194,9 +194,19 @@ void project::resolveLinks()
    const list_of_entity & lstEntities = (* m_pEntities);
    const list_of_enumeration & lstEnums = (* m_pEnumerations);
 
+   // Built on the first parent or relation target: a large model without either needs no table.
    QHash<QString, entity_ptr> hashEntities;
-   hashEntities.reserve(lstEntities.size());
-   for (const entity_ptr & p : lstEntities) { if (p && ! hashEntities.contains(p->getKey())) { hashEntities.insert(p->getKey(), p); } }
+   bool bEntitiesHashed = false;
+   auto entityByKey = [&](const QString & sKey) -> entity_ptr
+   {
+      if (! bEntitiesHashed)
+      {
+         hashEntities.reserve(lstEntities.size());
+         for (const entity_ptr & p : lstEntities) { if (p && ! hashEntities.contains(p->getKey())) { hashEntities.insert(p->getKey(), p); } }
+         bEntitiesHashed = true;
+      }
+      return hashEntities.value(sKey);
+   };
    QHash<QString, enumeration_ptr> hashEnums;
    for (const enumeration_ptr & p : lstEnums) { if (p && ! hashEnums.contains(p->getKey())) { hashEnums.insert(p->getKey(), p); } }
 
@@ -204,7 +214,7 @@ void project::resolveLinks()
    {
       if (! pEntity) { continue; }
       const QString sParentKey = pEntity->getParentKey();
-      pEntity->setParent(sParentKey.isEmpty() ? entity_ptr() : hashEntities.value(sParentKey));
+      pEntity->setParent(sParentKey.isEmpty() ? entity_ptr() : entityByKey(sParentKey));
 
       for (const property_ptr & pProperty : pEntity->getOwnProperties())
       {
@@ -215,7 +225,7 @@ void project::resolveLinks()
          if (pRelation)
          {
             pRelation->setProperty(pProperty);
-            pRelation->setEntityTarget(hashEntities.value(pRelation->getTargetKey()));
+            pRelation->setEntityTarget(entityByKey(pRelation->getTargetKey()));
          }
 
          const QString sEnumKey = pProperty->getEnumerationKey();

@@ -21,7 +21,10 @@
 #include "model/property.h"
 #include "model/property_type.h"
 #include "model/relationship.h"
+#include "storage/json_key_table.h"
+#include "storage/json_layout.h"
 #include "storage/json_model_codes.h"
+#include "storage/json_text.h"
 
 namespace storage {
 
@@ -30,6 +33,7 @@ namespace {
 namespace codes = json_model_codes;
 
 const int k_iMaxReportedErrors = 100;
+const qsizetype k_iMaxSharedTexts = 4096;
 
 const QStringList & triggerNames()
 {
@@ -78,6 +82,9 @@ public:
       if (s.isEmpty()) { return s; }
       const auto itr = m_setTexts.constFind(s);
       if (itr != m_setTexts.constEnd()) { return (* itr); }
+      // Bounded: texts met once (names, descriptions) would otherwise fill it; frequent ones
+      // come back right after a clear.
+      if (m_setTexts.size() >= k_iMaxSharedTexts) { m_setTexts.clear(); }
       m_setTexts.insert(s);
       return s;
    }
@@ -361,8 +368,9 @@ class model_reader
    json_reader & m_reader;
    model::project_ptr m_pProject;
 
-   QHash<QString, QString> m_hashEntityKeys;      // key -> path of the first entity
-   QHash<QString, QString> m_hashEnumKeys;        // key -> path of the first enumeration
+   // Key -> index of the first entity or enumeration in its array.
+   json_key_table m_entityKeys { [this](qint32 i) { return m_pProject->getListOfAllEntities()->at(i)->getKey(); } };
+   json_key_table m_enumKeys { [this](qint32 i) { return m_pProject->getListOfAllEnums()->at(i)->getKey(); } };
    QList<reference> m_lstEntityRefs;
    QList<reference> m_lstEnumRefs;
 
@@ -378,8 +386,7 @@ public:
    void readProject(QJsonObject root)
    {
       object_reader obj(m_reader, root, QString(), { "name", "entities", "enumerations" });
-      QString sName;
-      if (obj.require("name") && obj.readIdentifier("name", sName, false)) { m_pProject->setName(sName); }
+      readName(obj);
 
       QJsonArray lstEnums;
       if (obj.readArray("enumerations", lstEnums))
@@ -389,7 +396,7 @@ public:
          {
             const QString sPath = indexPath("enumerations", i);
             if (! lstEnums.at(i).isObject()) { m_reader.error(sPath, QString("expected an object, got %1").arg(kindOf(lstEnums.at(i)))); continue; }
-            readEnumeration(lstEnums.at(i).toObject(), sPath);
+            readEnumeration(lstEnums.at(i).toObject(), i);
             lstEnums[i] = QJsonValue();
          }
       }
@@ -402,18 +409,62 @@ public:
          {
             const QString sPath = indexPath("entities", i);
             if (! lstEntities.at(i).isObject()) { m_reader.error(sPath, QString("expected an object, got %1").arg(kindOf(lstEntities.at(i)))); continue; }
-            readEntity(lstEntities.at(i).toObject(), sPath);
+            readEntity(lstEntities.at(i).toObject(), i);
             // Frees the item's part of the document: the model grows while the document shrinks.
             lstEntities[i] = QJsonValue();
          }
       }
+      finish();
+   }
 
+   // The same reading, each item parsed from its own part of the text and freed once read;
+   // false when a part does not parse (the whole document then tells where and why).
+   bool readPieces(json_text & text, const json_layout::layout & layout)
+   {
+      const QByteArray & data = text.bytes();
+      const QJsonDocument name = QJsonDocument::fromJson("[" + data.mid(layout.name.iBegin, layout.name.iEnd - layout.name.iBegin) + "]");
+      if (! name.isArray() || (name.array().size() != 1)) { return false; }
+      QJsonObject root;
+      root.insert("name", name.array().at(0));
+      object_reader obj(m_reader, root, QString(), { "name", "entities", "enumerations" });
+      readName(obj);
+      if (! readPieceList(text, layout.lstEnumerations, & model_reader::readEnumeration)) { return false; }
+      if (! readPieceList(text, layout.lstEntities, & model_reader::readEntity)) { return false; }
+      finish();
+      return true;
+   }
+
+private:
+   void readName(object_reader & obj)
+   {
+      QString sName;
+      if (obj.require("name") && obj.readIdentifier("name", sName, false)) { m_pProject->setName(sName); }
+   }
+
+   bool readPieceList(json_text & text, const QList<json_layout::span> & lst, void (model_reader::* pRead)(const QJsonObject &, qsizetype))
+   {
+      // Given back in slices: one call per item would cost more than it saves.
+      const qsizetype k_iSlice = 8 * 1024 * 1024;
+      qsizetype iFrom = (lst.isEmpty() ? 0 : lst.first().iBegin);
+      for (qsizetype i = 0; i < lst.size(); ++i)
+      {
+         const json_layout::span & s = lst.at(i);
+         QJsonParseError error;
+         const QJsonDocument doc = QJsonDocument::fromJson(QByteArray::fromRawData(text.bytes().constData() + s.iBegin, s.iEnd - s.iBegin), & error);
+         if ((error.error != QJsonParseError::NoError) || ! doc.isObject()) { return false; }
+         (this->*pRead)(doc.object(), i);
+         if ((s.iEnd - iFrom >= k_iSlice) || (i + 1 == lst.size())) { text.giveBack(iFrom, s.iEnd); iFrom = s.iEnd; }
+      }
+      return true;
+   }
+
+   void finish()
+   {
       checkReferences();
       checkParentCycles();
       assignIds();
    }
 
-private:
    void readId(object_reader & obj, model::persistable & item, QHash<long, QString> & hashIds, QList<model::persistable *> & lstWithoutId, const QString & sKindPlural)
    {
       long lId = 0;
@@ -425,8 +476,9 @@ private:
       hashIds.insert(lId, obj.path());
    }
 
-   void readEnumeration(const QJsonObject & json, const QString & sPath)
+   void readEnumeration(const QJsonObject & json, qsizetype iIndex)
    {
+      const QString sPath = indexPath("enumerations", iIndex);
       object_reader obj(m_reader, json, sPath, { "id", "name", "namespace", "enum_name", "use_qt_enum", "description", "version", "values", "meta" });
       auto pEnum = std::make_shared<model::enumeration>();
       readId(obj, * pEnum, m_hashEnumIds, m_lstEnumsWithoutId, "enumerations");
@@ -468,14 +520,16 @@ private:
       if (bNameOk && bNamespaceOk)
       {
          const QString sKey = pEnum->getKey();
-         if (m_hashEnumKeys.contains(sKey)) { m_reader.error(sPath, QString("key '%1' is already used by %2").arg(sKey, m_hashEnumKeys.value(sKey))); }
-         else { m_hashEnumKeys.insert(sKey, sPath); }
+         const qint32 iFirst = m_enumKeys.find(sKey);
+         if (iFirst >= 0) { m_reader.error(sPath, QString("key '%1' is already used by %2").arg(sKey, indexPath("enumerations", iFirst))); }
+         else { m_enumKeys.insert(sKey, qint32(m_pProject->getListOfAllEnums()->size()), qint32(iIndex)); }
       }
       m_pProject->addEnumeration(pEnum);
    }
 
-   void readEntity(const QJsonObject & json, const QString & sPath)
+   void readEntity(const QJsonObject & json, qsizetype iIndex)
    {
+      const QString sPath = indexPath("entities", iIndex);
       object_reader obj(m_reader, json, sPath, { "id", "name", "namespace", "version", "description", "table", "parent", "abstract", "read_only",
                                                  "soft_delete_column", "validator_method", "triggers", "meta", "properties" });
       auto pEntity = std::make_shared<model::entity>();
@@ -526,9 +580,11 @@ private:
       if (bNameOk && bNamespaceOk)
       {
          const QString sKey = pEntity->getKey();
-         if (m_hashEntityKeys.contains(sKey)) { m_reader.error(sPath, QString("key '%1' is already used by %2").arg(sKey, m_hashEntityKeys.value(sKey))); }
-         else if (m_hashEnumKeys.contains(sKey)) { m_reader.error(sPath, QString("key '%1' is already used by %2").arg(sKey, m_hashEnumKeys.value(sKey))); }
-         else { m_hashEntityKeys.insert(sKey, sPath); }
+         const qint32 iFirst = m_entityKeys.find(sKey);
+         const qint32 iEnum = ((iFirst >= 0) ? -1 : m_enumKeys.find(sKey));
+         if (iFirst >= 0) { m_reader.error(sPath, QString("key '%1' is already used by %2").arg(sKey, indexPath("entities", iFirst))); }
+         else if (iEnum >= 0) { m_reader.error(sPath, QString("key '%1' is already used by %2").arg(sKey, indexPath("enumerations", iEnum))); }
+         else { m_entityKeys.insert(sKey, qint32(m_pProject->getListOfAllEntities()->size()), qint32(iIndex)); }
       }
       m_pProject->addEntity(pEntity);
    }
@@ -663,11 +719,11 @@ private:
    {
       for (const reference & ref : m_lstEntityRefs)
       {
-         if (! m_hashEntityKeys.contains(ref.sKey)) { m_reader.error(ref.sPath, QString("%1 '%2' is not an entity of the document").arg(ref.sWhat, ref.sKey)); }
+         if (! m_entityKeys.contains(ref.sKey)) { m_reader.error(ref.sPath, QString("%1 '%2' is not an entity of the document").arg(ref.sWhat, ref.sKey)); }
       }
       for (const reference & ref : m_lstEnumRefs)
       {
-         if (! m_hashEnumKeys.contains(ref.sKey)) { m_reader.error(ref.sPath, QString("%1 '%2' is not an enumeration of the document").arg(ref.sWhat, ref.sKey)); }
+         if (! m_enumKeys.contains(ref.sKey)) { m_reader.error(ref.sPath, QString("%1 '%2' is not an enumeration of the document").arg(ref.sWhat, ref.sKey)); }
       }
    }
 
@@ -934,21 +990,44 @@ void lineAndColumn(const QByteArray & data, qsizetype iOffset, int & iLine, int 
    iColumn = int(QString::fromUtf8(data.mid(iLineStart, iOffset - iLineStart)).size()) + 1;
 }
 
-} // namespace
-
-zy::ZyBool project_storage::parseJson(const QByteArray & json, const QString & fileName, model::project_ptr & result)
-{
-   return parseJson(QByteArray(json), fileName, result);
-}
-
-zy::ZyBool project_storage::parseJson(QByteArray && json, const QString & fileName, model::project_ptr & result)
+// Whole-document parse, or item by item when the layout of the text allows it; both give the
+// same model and the same messages.
+zy::ZyBool parseText(json_text & text, const QString & fileName, model::project_ptr & result, bool bPiecewise)
 {
    result.reset();
-   json_reader reader(fileName);
-   QByteArray data = std::move(json);
-   // A byte-order mark is tolerated (and left out of the positions).
-   if (data.startsWith("\xEF\xBB\xBF")) { data.remove(0, 3); }
+   auto finishProject = [& result](json_reader & reader, const model::project_ptr & pProject) -> zy::ZyBool
+   {
+      // Texts that would break out of the generated code where the export writes them.
+      if (! reader.hasErrors()) { for (const auto & x : model::model_text_rules::projectProblems(* pProject, false)) { reader.error(x.sPath, x.detail()); } }
+      if (reader.hasErrors()) { return zy::ZyBool(false, reader.text()); }
+      pProject->resolveLinks();
+      result = pProject;
+      return zy::ZyBool(true);
+   };
 
+   json_layout::layout layout;
+   if (bPiecewise && json_layout::split(text.bytes().constData(), text.bytes().size(), layout))
+   {
+      json_reader reader(fileName);
+      auto pProject = std::make_shared<model::project>();
+      reportDuplicateMembers(text.bytes(), reader);
+      text.giveBack(0, text.bytes().size());
+      bool bRead = false;
+      {
+         model_reader modelReader(reader, pProject);
+         bRead = modelReader.readPieces(text, layout);
+      }
+      if (bRead)
+      {
+         layout = json_layout::layout();
+         text.release();
+         return finishProject(reader, pProject);
+      }
+   }
+   layout = json_layout::layout();
+
+   json_reader reader(fileName);
+   const QByteArray & data = text.bytes();
    QJsonParseError parseError;
    QJsonDocument doc = QJsonDocument::fromJson(data, & parseError);
    if (parseError.error != QJsonParseError::NoError)
@@ -970,29 +1049,43 @@ zy::ZyBool project_storage::parseJson(QByteArray && json, const QString & fileNa
 
    reportDuplicateMembers(data, reader);
    // From here on the document is read alone, and its items are freed as they are read.
-   data = QByteArray();
+   text.release();
    QJsonObject root = doc.object();
    doc = QJsonDocument();
    auto pProject = std::make_shared<model::project>();
-   model_reader modelReader(reader, pProject);
-   modelReader.readProject(std::move(root));
-   // Texts that would break out of the generated code where the export writes them.
-   if (! reader.hasErrors()) { for (const auto & x : model::model_text_rules::projectProblems(* pProject, false)) { reader.error(x.sPath, x.detail()); } }
-   if (reader.hasErrors()) { return zy::ZyBool(false, reader.text()); }
+   {
+      model_reader modelReader(reader, pProject);
+      modelReader.readProject(std::move(root));
+   }
+   return finishProject(reader, pProject);
+}
 
-   pProject->resolveLinks();
-   result = pProject;
-   return zy::ZyBool(true);
+} // namespace
+
+zy::ZyBool project_storage::parseJson(const QByteArray & json, const QString & fileName, model::project_ptr & result)
+{
+   return parseJson(QByteArray(json), fileName, result);
+}
+
+zy::ZyBool project_storage::parseJson(QByteArray && json, const QString & fileName, model::project_ptr & result)
+{
+   json_text text(std::move(json));
+   return parseText(text, fileName, result, true);
+}
+
+zy::ZyBool json_layout::parseWhole(const QByteArray & json, const QString & fileName, model::project_ptr & result)
+{
+   json_text text { QByteArray(json) };
+   return parseText(text, fileName, result, false);
 }
 
 zy::ZyBool project_storage::readJsonFile(const QString & jsonFile, model::project_ptr & result)
 {
    result.reset();
-   QFile file(jsonFile);
-   if (! file.open(QIODevice::ReadOnly)) { return zy::ZyBool(false, QString("%1: cannot read the file: %2").arg(jsonFile, file.errorString())); }
-   QByteArray data = file.readAll();
-   file.close();
-   zy::ZyBool ok = parseJson(std::move(data), jsonFile, result);
+   json_text text;
+   QString sError;
+   if (! text.open(jsonFile, sError)) { return zy::ZyBool(false, QString("%1: cannot read the file: %2").arg(jsonFile, sError)); }
+   zy::ZyBool ok = parseText(text, jsonFile, result, true);
    if (ok && result) { result->setLocation(QFileInfo(jsonFile).absolutePath()); }
    return ok;
 }
