@@ -1,11 +1,9 @@
 #include "plugin/cpp_builder.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QLockFile>
 #include <QSaveFile>
-#include <QTextStream>
 
 #include "context/ctx_global.h"
 #include "model/entity.h"
@@ -19,6 +17,7 @@
 #include "tools/custom_javascript.h"
 #include "tools/message_box.h"
 #include "tools/string_helper.h"
+#include "tools/text_file.h"
 #include "tools/wait_cursor.h"
 
 namespace plugin {
@@ -26,7 +25,6 @@ namespace plugin {
 namespace {
 
 const int k_iDuration = 10000;
-const char * const k_sNoPlugin = "There is no plugin associated to the C++ builder class";
 
 // Views, not copies: the comparison runs on every generated file.
 QStringView removeUpTo(QStringView text, QLatin1String marker)
@@ -41,25 +39,7 @@ cpp_builder::cpp_builder(cpp_export * plugin) : QObject(nullptr), m_pCppExport(p
 
 cpp_builder::~cpp_builder() { ; }
 
-QString cpp_builder::getFileText(const QString & path) const
-{
-   QFile file(path);
-   if (! file.exists() || ! file.open(QIODevice::ReadOnly)) { return QString(); }
-   // Read whole and filtered here as text mode does (every '\r' dropped): its byte-by-byte
-   // filter cost more than the rest of reading.
-   QByteArray bytes = file.readAll();
-   if (bytes.contains('\r')) { bytes.removeIf([](char c) { return (c == '\r'); }); }
-   // A byte-order mark chooses the encoding: left to the text stream as it always was. Without
-   // one the stream decodes UTF-8, which the direct conversion does several times faster.
-   const bool bMark = (bytes.startsWith("\xEF\xBB\xBF") || bytes.startsWith("\xFF\xFE") || bytes.startsWith("\xFE\xFF")
-                       || bytes.startsWith(QByteArrayView("\0\0\xFE\xFF", 4)));
-   if (bMark)
-   {
-      QTextStream stream(bytes);
-      return stream.readAll();
-   }
-   return QString::fromUtf8(bytes);
-}
+QString cpp_builder::getFileText(const QString & path) const { return tools::readTextFile(path); }
 
 bool cpp_builder::isSame(const QString & oldText, const QString & newText) const
 {

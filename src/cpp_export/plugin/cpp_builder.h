@@ -15,6 +15,9 @@ namespace plugin {
 
 class cpp_export;
 
+// Returned by every build step called on a builder that has no plug-in.
+inline constexpr const char * k_sNoPlugin = "There is no plugin associated to the C++ builder class";
+
 // Turns a project into a C++ source tree: one header and source per entity and enumeration,
 // the project-level files and the user-owned custom files. Files are rewritten only when their
 // body changed.

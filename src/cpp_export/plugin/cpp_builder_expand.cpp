@@ -18,12 +18,11 @@
 #include "tools/custom_javascript.h"
 #include "tools/message_box.h"
 #include "tools/string_helper.h"
+#include "tools/text_file.h"
 
 namespace plugin {
 
 namespace {
-
-const char * const k_sNoPlugin = "There is no plugin associated to the C++ builder class";
 
 // A maximal run of at least three line feeds at or after iFrom; false when there is none. Any
 // three consecutive characters hold one position of each residue modulo 3, so probing every
@@ -44,8 +43,8 @@ bool findEmptyLineRun(const QChar * pText, qsizetype iSize, qsizetype iFrom, qsi
 
 // Runs of three or more line feeds become two, so that generators emitting nothing leave at
 // most one empty line (the same result as replacing "\n\n\n" until none is left). Done in place,
-// moving the text between runs in blocks: appending character by character, or searching for
-// the three-character string, cost a quarter to a half of an export.
+// moving the text between runs in blocks, because it runs over every generated file: appending
+// character by character, or searching for the three-character string, weighs on the export.
 void collapseEmptyLines(QString & out)
 {
    const qsizetype iSize = out.size();
@@ -77,7 +76,7 @@ bool cpp_builder::writeFile(const QString & path, const QString & text, QString 
    // Never through a link, whoever calls: its target may be anywhere.
    if (QFileInfo(path).isSymLink()) { return fail(QStringLiteral("Is a symbolic link")); }
    // A new file has no former content to protect: it is written in place, without the temporary
-   // copy, link and disk sync of QSaveFile, which cost milliseconds per file on a cold export.
+   // copy, link and disk sync of QSaveFile, which take milliseconds per file on a cold export.
    QFile newFile(path);
    if (newFile.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Text))
    {
@@ -112,10 +111,7 @@ bool cpp_builder::writeFile(const QString & path, const QString & text, QString 
 
 cpp_builder::parser_ptr cpp_builder::parserFromResource(const QString & path)
 {
-   QFile file(path);
-   if (! file.open(QIODevice::ReadOnly | QIODevice::Text)) { return std::make_shared<tools::template_parser>(QString()); }
-   QTextStream stream(& file);
-   return std::make_shared<tools::template_parser>(stream.readAll());
+   return std::make_shared<tools::template_parser>(tools::readTextFile(path));
 }
 
 QString cpp_builder::buildHeader(model::project & project, model::entity & entity) { return buildHelper(project, entity, true); }
@@ -186,8 +182,8 @@ bool cpp_builder::expand(const parser_ptr & parser, Dispatch dispatchPiece, mode
                          model::enumeration * pEnumeration, const QString & sCurrentFile, QString & out, QString & sError)
 {
    out.clear();
-   // Room for the largest text this template gave so far: regrowing the output copied it again
-   // and again (an eighth of an export). Only a capacity hint, so a reused address does no harm.
+   // Room for the largest text this template gave so far: regrowing the output would copy it
+   // again and again. Only a capacity hint, so a reused address does no harm.
    thread_local QHash<const tools::template_parser *, qsizetype> s_hashLargestOutput;
    if (s_hashLargestOutput.size() > 64) { s_hashLargestOutput.clear(); }
    const qsizetype iLargest = s_hashLargestOutput.value(parser.get(), 0);

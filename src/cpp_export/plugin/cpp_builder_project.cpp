@@ -9,7 +9,6 @@
 namespace plugin {
 
 namespace {
-const char * const k_sNoPlugin = "There is no plugin associated to the C++ builder class";
 const QString k_sDocuments = QStringLiteral(":/cpp_export/documents/");
 } // namespace
 

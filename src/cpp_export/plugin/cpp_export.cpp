@@ -2,9 +2,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFile>
 #include <QGuiApplication>
-#include <QTextStream>
 
 #include "context/ctx_global.h"
 #include "context/ctx_project.h"
@@ -13,6 +11,7 @@
 #include "plugin/cpp_builder.h"
 #include "tools/custom_javascript.h"
 #include "tools/message_box.h"
+#include "tools/text_file.h"
 #include "tools/wait_cursor.h"
 #include "view/cpp_export_preview.h"
 #include "view/cpp_export_settings.h"
@@ -96,12 +95,8 @@ QString cpp_export::getCppExportPath(bool bResolved) const
 
 void cpp_export::readFile(const QString & path, QString & target) const
 {
-   QFile file(path);
-   // No text mode: the template keeps its line ends as written (the parser handles CR LF).
-   if (! file.open(QIODevice::ReadOnly)) { return; }
-   QTextStream stream(& file);
-   QString text = stream.readAll();
-   file.close();
+   // The template keeps its line ends as written (the parser handles CR LF).
+   const QString text = tools::readTextFile(path, tools::line_ends::as_written);
    if (! text.isEmpty()) { target = text; }
 }
 

@@ -1,7 +1,8 @@
 #include "tools/template_parser.h"
 
 #include <QHash>
-#include <QTextStream>
+
+#include "tools/text_file.h"
 
 namespace tools {
 
@@ -153,11 +154,9 @@ void template_parser::parseInput(QFile & file)
    m_lstText.clear();
    m_lstAction.clear();
    // A missing template is not an error here: the builder just gets nothing to expand.
-   if (!file.exists() || !file.open(QIODevice::ReadOnly | QIODevice::Text)) { return; }
-   QTextStream stream(&file);
-   QString text = stream.readAll();
+   if (!file.exists() || !file.open(QIODevice::ReadOnly)) { return; }
    file.close();
-   parseInput(text);
+   parseInput(readTextFile(file.fileName()));
 }
 
 void template_parser::parseInput(const QString & text)

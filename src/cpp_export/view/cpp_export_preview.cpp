@@ -45,8 +45,7 @@ void cpp_export_preview::init()
    m_pHighlighterHeader = new tools::syntax_highlighter(m_txtCppTemplateHeader->document());
    m_pHighlighterSource = new tools::syntax_highlighter(m_txtCppTemplateSource->document());
 
-   const QList<QRadioButton *> lstOpt = { m_optNoInheritance, m_optIxPersistable, m_optIxPersistableAndQObject, m_optZyPersistable, m_optCustomCppTemplate };
-   for (QRadioButton * pOpt : lstOpt) { connect(pOpt, & QRadioButton::toggled, this, & cpp_export_preview::doOptCppTemplateChanged); }
+   for (QRadioButton * pOpt : styleButtons().all()) { connect(pOpt, & QRadioButton::toggled, this, & cpp_export_preview::doOptCppTemplateChanged); }
    connect(m_chkPImpl, & QCheckBox::stateChanged, this, & cpp_export_preview::doChkPImplChanged);
 
    qRegisterMetaType<model::project_ptr>("model::project_ptr");
@@ -76,19 +75,7 @@ void cpp_export_preview::setPlugin(plugin::cpp_export * plugin)
    if (m_pPlugin) { m_pPlugin->loadSettings(); }
 
    if (! m_pPlugin) { m_optNoInheritance->setChecked(true); }
-   else
-   {
-      switch (static_cast<int>(m_pPlugin->getCppTemplate()))
-      {
-         case plugin::cpp_template::no_inheritance: m_optNoInheritance->setChecked(true); break;
-         case plugin::cpp_template::ix_persistable: m_optIxPersistable->setChecked(true); break;
-         // Hidden but checked, so that no visible button claims the style.
-         case plugin::cpp_template::zy_persistable: m_optZyPersistable->setChecked(true); break;
-         case plugin::cpp_template::ix_persistable_and_q_object: m_optIxPersistableAndQObject->setChecked(true); break;
-         case plugin::cpp_template::custom: m_optCustomCppTemplate->setChecked(true); break;
-         default: break;
-      }
-   }
+   else { styleButtons().check(static_cast<int>(m_pPlugin->getCppTemplate())); }
 
    m_chkPImpl->setChecked(m_pPlugin ? m_pPlugin->getPImpl() : false);
    doOptCppTemplateChanged(true);
@@ -99,12 +86,7 @@ void cpp_export_preview::doOptCppTemplateChanged(bool bChecked)
    // Each switch fires twice; the button that goes off is ignored.
    if (! bChecked) { return; }
 
-   plugin::cpp_template::enum_template eStyle = plugin::cpp_template::no_inheritance;
-   if (m_optNoInheritance->isChecked()) { eStyle = plugin::cpp_template::no_inheritance; }
-   else if (m_optIxPersistable->isChecked()) { eStyle = plugin::cpp_template::ix_persistable; }
-   else if (m_optZyPersistable->isChecked()) { eStyle = plugin::cpp_template::zy_persistable; }
-   else if (m_optIxPersistableAndQObject->isChecked()) { eStyle = plugin::cpp_template::ix_persistable_and_q_object; }
-   else if (m_optCustomCppTemplate->isChecked()) { eStyle = plugin::cpp_template::custom; }
+   const plugin::cpp_template::enum_template eStyle = styleButtons().checkedStyle();
 
    if (m_pPlugin && (eStyle != m_pPlugin->getCppTemplate()))
    {
@@ -196,5 +178,8 @@ plugin::cpp_builder * cpp_export_preview::getOrCreateBuilder()
    if (! m_pCppBuilder) { m_pCppBuilder = std::make_unique<plugin::cpp_builder>(m_pPlugin); }
    return m_pCppBuilder.get();
 }
+
+style_buttons cpp_export_preview::styleButtons() const
+{ return { m_optNoInheritance, m_optIxPersistable, m_optIxPersistableAndQObject, m_optZyPersistable, m_optCustomCppTemplate }; }
 
 } // namespace view

@@ -6,6 +6,7 @@
 
 #include "model/model_fwd.h"
 #include "ui_wnd_cpp_export_preview.h"
+#include "view/style_buttons.h"
 
 class QHideEvent;
 class QShowEvent;
@@ -59,6 +60,7 @@ protected:
 private:
    void init();
    plugin::cpp_builder * getOrCreateBuilder();
+   style_buttons styleButtons() const;
 };
 
 } // namespace view

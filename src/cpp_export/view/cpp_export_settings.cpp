@@ -2,14 +2,12 @@
 
 #include <QDesktopServices>
 #include <QDir>
-#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QKeySequence>
 #include <QRadioButton>
 #include <QShortcut>
 #include <QSqlError>
-#include <QTextStream>
 
 #include <memory>
 
@@ -20,6 +18,7 @@
 #include "tools/custom_javascript.h"
 #include "tools/message_box.h"
 #include "tools/syntax_highlighter.h"
+#include "tools/text_file.h"
 #include "tools/wait_cursor.h"
 
 namespace view {
@@ -55,8 +54,7 @@ cpp_export_settings::cpp_export_settings(QWidget * parent, Qt::WindowFlags f) : 
    connect(m_btnFileLocation, & QPushButton::clicked, this, & cpp_export_settings::doBtnFileLocation);
    connect(m_btnCustomScriptLocation, & QPushButton::clicked, this, & cpp_export_settings::doBtnCustomScriptLocation);
    connect(m_btnDebugCustomScript, & QPushButton::clicked, this, & cpp_export_settings::doBtnDebugCustomScript);
-   const QList<QRadioButton *> lstOpt = { m_optNoInheritance, m_optIxPersistable, m_optIxPersistableAndQObject, m_optZyPersistable, m_optCustomCppTemplate };
-   for (QRadioButton * pOpt : lstOpt) { connect(pOpt, & QRadioButton::toggled, this, & cpp_export_settings::doOptCppTemplateChanged); }
+   for (QRadioButton * pOpt : styleButtons().all()) { connect(pOpt, & QRadioButton::toggled, this, & cpp_export_settings::doOptCppTemplateChanged); }
    connect(m_chkPImpl, & QCheckBox::stateChanged, this, & cpp_export_settings::doChkPImplChanged);
    connect(m_txtCppTemplateHeader, & QTextEdit::textChanged, this, & cpp_export_settings::doHppTemplateTextChanged);
    connect(m_txtCppTemplateSource, & QTextEdit::textChanged, this, & cpp_export_settings::doCppTemplateTextChanged);
@@ -90,25 +88,16 @@ void cpp_export_settings::setPlugin(plugin::cpp_export * plugin)
    m_sCustomTemplateSource = (m_pPlugin ? m_pPlugin->getCustomCppTemplate_CPP() : QString());
 
    int iStyle = (m_pPlugin ? static_cast<int>(m_pPlugin->getCppTemplate()) : static_cast<int>(plugin::cpp_template::no_inheritance));
-   switch (iStyle)
+   const style_buttons buttons = styleButtons();
+   if (! buttons.check(iStyle))
    {
-      case plugin::cpp_template::no_inheritance: m_optNoInheritance->setChecked(true); break;
-      case plugin::cpp_template::ix_persistable: m_optIxPersistable->setChecked(true); break;
-      case plugin::cpp_template::zy_persistable: m_optZyPersistable->setChecked(true); break;
-      case plugin::cpp_template::ix_persistable_and_q_object: m_optIxPersistableAndQObject->setChecked(true); break;
-      case plugin::cpp_template::custom: m_optCustomCppTemplate->setChecked(true); break;
-      default:
+      // An exclusive button refuses to be unchecked directly.
+      for (QRadioButton * pOpt : buttons.all())
       {
-         // An exclusive button refuses to be unchecked directly.
-         const QList<QRadioButton *> lstOpt = { m_optNoInheritance, m_optIxPersistable, m_optIxPersistableAndQObject, m_optZyPersistable, m_optCustomCppTemplate };
-         for (QRadioButton * pOpt : lstOpt)
-         {
-            if (! pOpt->isChecked()) { continue; }
-            pOpt->setAutoExclusive(false);
-            pOpt->setChecked(false);
-            pOpt->setAutoExclusive(true);
-         }
-         break;
+         if (! pOpt->isChecked()) { continue; }
+         pOpt->setAutoExclusive(false);
+         pOpt->setChecked(false);
+         pOpt->setAutoExclusive(true);
       }
    }
 
@@ -215,12 +204,7 @@ void cpp_export_settings::doBtnOk()
    }
    m_pPlugin->setCustomScriptFile(QDir::fromNativeSeparators(sScript));
 
-   plugin::cpp_template::enum_template eStyle = plugin::cpp_template::no_inheritance;
-   if (m_optNoInheritance->isChecked()) { eStyle = plugin::cpp_template::no_inheritance; }
-   else if (m_optIxPersistable->isChecked()) { eStyle = plugin::cpp_template::ix_persistable; }
-   else if (m_optZyPersistable->isChecked()) { eStyle = plugin::cpp_template::zy_persistable; }
-   else if (m_optIxPersistableAndQObject->isChecked()) { eStyle = plugin::cpp_template::ix_persistable_and_q_object; }
-   else if (m_optCustomCppTemplate->isChecked()) { eStyle = plugin::cpp_template::custom; }
+   const plugin::cpp_template::enum_template eStyle = styleButtons().checkedStyle();
 
    // Built-in texts are shown read-only and never become the custom templates.
    if (m_optCustomCppTemplate->isChecked())
@@ -299,10 +283,10 @@ QString cpp_export_settings::getMessageTitle() const
 
 QString cpp_export_settings::readResourceText(const QString & path)
 {
-   QFile file(path);
-   if (! file.open(QIODevice::ReadOnly | QIODevice::Text)) { return QString(); }
-   QTextStream stream(& file);
-   return stream.readAll();
+   return tools::readTextFile(path);
 }
+
+style_buttons cpp_export_settings::styleButtons() const
+{ return { m_optNoInheritance, m_optIxPersistable, m_optIxPersistableAndQObject, m_optZyPersistable, m_optCustomCppTemplate }; }
 
 } // namespace view

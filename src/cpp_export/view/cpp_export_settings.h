@@ -7,6 +7,7 @@
 #include <functional>
 
 #include "ui_wnd_cpp_export_settings.h"
+#include "view/style_buttons.h"
 
 namespace plugin { class cpp_export; }
 namespace tools { class syntax_highlighter; }
@@ -58,6 +59,7 @@ public Q_SLOTS:
 private:
    QString getMessageTitle() const;
    static QString readResourceText(const QString & path);
+   style_buttons styleButtons() const;
 };
 
 } // namespace view
