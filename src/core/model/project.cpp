@@ -101,7 +101,7 @@ void checkOptionalIdentifier(zy::ZyInvalidValueX & lst, const QString & sLabel, 
 }
 
 // Formatted on first use: nearly every property is valid, and formatting labels and paths that
-// no message needs was most of the schema check on large models.
+// no message needs would be most of the schema check on large models.
 class lazy_text
 {
    std::function<QString()> m_fctMake;

@@ -28,6 +28,8 @@ namespace {
 
 // Version of the table layout written by this code; newer files are refused, not misread.
 const int k_iFormatVersion = 1;
+// 2^53: every integer up to it is exact in a double.
+const double k_dMaxExactInteger = 9007199254740992.0;
 
 const char * const k_aszModelTables[] = { "t_meta_data", "t_enumeration_value", "t_enumeration", "t_relationship", "t_property", "t_entity", "t_project" };
 
@@ -154,7 +156,7 @@ QVariant boundFromColumn(const QVariant & v)
    if (value.isDouble())
    {
       const double d = value.toDouble();
-      if ((double(qlonglong(d)) == d) && (std::abs(d) <= 9007199254740992.0)) { return QVariant(qlonglong(d)); }
+      if ((double(qlonglong(d)) == d) && (std::abs(d) <= k_dMaxExactInteger)) { return QVariant(qlonglong(d)); }
       return QVariant(d);
    }
    return value.toVariant();

@@ -34,6 +34,8 @@ namespace codes = json_model_codes;
 
 const int k_iMaxReportedErrors = 100;
 const qsizetype k_iMaxSharedTexts = 4096;
+// 2^53: every integer up to it is exact in a double.
+const double k_dMaxExactInteger = 9007199254740992.0;
 
 const QStringList & triggerNames()
 {
@@ -164,7 +166,7 @@ public:
       if (! has(sKey)) { return false; }
       const QJsonValue v = value(sKey);
       const double d = v.toDouble();
-      if (! v.isDouble() || (std::floor(d) != d) || (std::fabs(d) > 9007199254740992.0)) { return wrongType(sKey, "an integer"); }
+      if (! v.isDouble() || (std::floor(d) != d) || (std::fabs(d) > k_dMaxExactInteger)) { return wrongType(sKey, "an integer"); }
       if ((d < double(iMin)) || (d > double(std::numeric_limits<qint32>::max())))
       {
          m_reader.error(path(sKey), QString("%1 is out of range").arg(qint64(d)));
@@ -203,7 +205,7 @@ public:
          if ((d < 0) || (d >= iCount))
          {
             // A huge code doesn't fit an integer: converting it would be undefined.
-            const QString sCode = ((std::fabs(d) <= 9007199254740992.0) ? QString::number(qint64(d)) : QString::number(d, 'g', QLocale::FloatingPointShortest));
+            const QString sCode = ((std::fabs(d) <= k_dMaxExactInteger) ? QString::number(qint64(d)) : QString::number(d, 'g', QLocale::FloatingPointShortest));
             m_reader.error(path(sKey), QString("unknown code %1, expected one of %2").arg(sCode, sExpected));
             return false;
          }
@@ -222,7 +224,7 @@ public:
       if (v.isDouble())
       {
          const double d = v.toDouble();
-         if ((std::floor(d) == d) && (std::fabs(d) <= 9007199254740992.0)) { vOut = QVariant(qlonglong(d)); }
+         if ((std::floor(d) == d) && (std::fabs(d) <= k_dMaxExactInteger)) { vOut = QVariant(qlonglong(d)); }
          else { vOut = QVariant(d); }
          return true;
       }
