@@ -27,8 +27,8 @@
 #include "model/property.h"
 #include "model/relationship.h"
 #include "model_generator.h"
-#include "plugin/cpp_builder.h"
-#include "plugin/cpp_export.h"
+#include "cpp_export/plugin/cpp_builder.h"
+#include "cpp_export/plugin/cpp_export.h"
 #include "tools/message_box.h"
 
 // Callgrind starts collecting inside this function only (--toggle-collect=tavrel_bench_profiled),

@@ -24,14 +24,14 @@
 #include "model/project.h"
 #include "model/property.h"
 #include "model/property_type.h"
-#include "plugin/cpp_builder.h"
-#include "plugin/cpp_export.h"
-#include "plugin/generators/generators.h"
+#include "cpp_export/plugin/cpp_builder.h"
+#include "cpp_export/plugin/cpp_export.h"
+#include "cpp_export/plugin/generators/generators.h"
 #include "storage/project_storage.h"
 #include "test_support.h"
 #include "tools/custom_javascript.h"
 #include "tools/message_box.h"
-#include "tools/template_parser.h"
+#include "cpp_export/tools/template_parser.h"
 
 #include <ostream>
 

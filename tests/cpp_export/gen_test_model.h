@@ -9,7 +9,7 @@
 #include "model/property.h"
 #include "model/property_type.h"
 #include "model/relationship.h"
-#include "plugin/cpp_builder.h"
+#include "cpp_export/plugin/cpp_builder.h"
 
 // A model held in memory for the generator tests; ids are given in creation order. Call
 // project->resolveLinks() once the model is complete.

@@ -8,9 +8,9 @@
 #include "model/property.h"
 #include "model/property_type.h"
 #include "model/relationship.h"
-#include "plugin/cpp_builder.h"
-#include "plugin/cpp_export.h"
-#include "plugin/generators/generators.h"
+#include "cpp_export/plugin/cpp_builder.h"
+#include "cpp_export/plugin/cpp_export.h"
+#include "cpp_export/plugin/generators/generators.h"
 
 #include "gen_test_model.h"
 

@@ -6,9 +6,9 @@
 #include <gtest/gtest.h>
 
 #include "context/ctx_project.h"
-#include "plugin/cpp_export.h"
+#include "cpp_export/plugin/cpp_export.h"
 #include "test_support.h"
-#include "view/cpp_export_preview.h"
+#include "cpp_export/view/cpp_export_preview.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tools/template_parser.h"
+#include "cpp_export/tools/template_parser.h"
 
 namespace {
 

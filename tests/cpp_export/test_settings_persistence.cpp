@@ -15,7 +15,7 @@
 
 #include "context/ctx_project.h"
 #include "model/plugin_params.h"
-#include "plugin/cpp_export.h"
+#include "cpp_export/plugin/cpp_export.h"
 #include "test_support.h"
 
 // Readable texts in the failure reports of this file.

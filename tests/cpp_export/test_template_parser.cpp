@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "test_support.h"
-#include "tools/template_parser.h"
+#include "cpp_export/tools/template_parser.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tools/text_file.h"
+#include "cpp_export/tools/text_file.h"
 
 namespace {
 

@@ -23,10 +23,10 @@
 #include "model/entity.h"
 #include "model/enumeration.h"
 #include "model/project.h"
-#include "plugin/cpp_builder.h"
-#include "plugin/cpp_export.h"
+#include "cpp_export/plugin/cpp_builder.h"
+#include "cpp_export/plugin/cpp_export.h"
 #include "test_support.h"
-#include "view/cpp_export_preview.h"
+#include "cpp_export/view/cpp_export_preview.h"
 #include "view/main_wnd.h"
 
 namespace {

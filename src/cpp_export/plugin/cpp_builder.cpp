@@ -1,4 +1,4 @@
-#include "plugin/cpp_builder.h"
+#include "cpp_export/plugin/cpp_builder.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -12,12 +12,12 @@
 #include "model/model_integrity.h"
 #include "model/model_text_rules.h"
 #include "model/project.h"
-#include "plugin/cpp_export.h"
-#include "plugin/generators/generators.h"
+#include "cpp_export/plugin/cpp_export.h"
+#include "cpp_export/plugin/generators/generators.h"
 #include "tools/custom_javascript.h"
 #include "tools/message_box.h"
 #include "tools/string_helper.h"
-#include "tools/text_file.h"
+#include "cpp_export/tools/text_file.h"
 #include "tools/wait_cursor.h"
 
 namespace plugin {

@@ -8,7 +8,7 @@
 #include <memory>
 
 #include "model/model_fwd.h"
-#include "tools/template_parser.h"
+#include "cpp_export/tools/template_parser.h"
 #include "zy/ZyBool.h"
 
 namespace plugin {

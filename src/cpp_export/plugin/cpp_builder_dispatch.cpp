@@ -1,11 +1,11 @@
-#include "plugin/cpp_builder.h"
+#include "cpp_export/plugin/cpp_builder.h"
 
 #include "model/entity.h"
 #include "model/enumeration.h"
 #include "model/project.h"
 #include "model/property.h"
-#include "plugin/cpp_export.h"
-#include "plugin/generators/generators.h"
+#include "cpp_export/plugin/cpp_export.h"
+#include "cpp_export/plugin/generators/generators.h"
 
 namespace plugin {
 

@@ -1,4 +1,4 @@
-#include "plugin/cpp_builder.h"
+#include "cpp_export/plugin/cpp_builder.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -1,10 +1,10 @@
-#include "plugin/cpp_builder.h"
+#include "cpp_export/plugin/cpp_builder.h"
 
 #include <QDir>
 #include <QFileInfo>
 
 #include "model/project.h"
-#include "plugin/cpp_export.h"
+#include "cpp_export/plugin/cpp_export.h"
 
 namespace plugin {
 

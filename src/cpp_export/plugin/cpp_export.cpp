@@ -1,4 +1,4 @@
-#include "plugin/cpp_export.h"
+#include "cpp_export/plugin/cpp_export.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -8,13 +8,13 @@
 #include "context/ctx_project.h"
 #include "model/plugin_params.h"
 #include "model/project.h"
-#include "plugin/cpp_builder.h"
+#include "cpp_export/plugin/cpp_builder.h"
 #include "tools/custom_javascript.h"
 #include "tools/message_box.h"
-#include "tools/text_file.h"
+#include "cpp_export/tools/text_file.h"
 #include "tools/wait_cursor.h"
-#include "view/cpp_export_preview.h"
-#include "view/cpp_export_settings.h"
+#include "cpp_export/view/cpp_export_preview.h"
+#include "cpp_export/view/cpp_export_settings.h"
 #include "view/main_wnd.h"
 #include "zy/ZySession.h"
 

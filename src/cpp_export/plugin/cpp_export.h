@@ -6,7 +6,7 @@
 #include <functional>
 
 #include "plugin/export_interface.h"
-#include "plugin/cpp_template.h"
+#include "cpp_export/plugin/cpp_template.h"
 
 namespace view { class cpp_export_preview; }
 

@@ -1,8 +1,8 @@
-#include "tools/template_parser.h"
+#include "cpp_export/tools/template_parser.h"
 
 #include <QHash>
 
-#include "tools/text_file.h"
+#include "cpp_export/tools/text_file.h"
 
 namespace tools {
 

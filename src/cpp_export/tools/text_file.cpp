@@ -1,4 +1,4 @@
-#include "tools/text_file.h"
+#include "cpp_export/tools/text_file.h"
 
 #include <QByteArray>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "view/cpp_export_preview.h"
+#include "cpp_export/view/cpp_export_preview.h"
 
 #include <QColor>
 #include <QGraphicsDropShadowEffect>
@@ -12,9 +12,9 @@
 #include "model/entity.h"
 #include "model/enumeration.h"
 #include "model/project.h"
-#include "plugin/cpp_builder.h"
-#include "plugin/cpp_export.h"
-#include "plugin/cpp_template.h"
+#include "cpp_export/plugin/cpp_builder.h"
+#include "cpp_export/plugin/cpp_export.h"
+#include "cpp_export/plugin/cpp_template.h"
 #include "tools/syntax_highlighter.h"
 #include "tools/wait_cursor.h"
 #include "view/main_wnd.h"

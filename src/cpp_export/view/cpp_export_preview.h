@@ -6,7 +6,7 @@
 
 #include "model/model_fwd.h"
 #include "ui_wnd_cpp_export_preview.h"
-#include "view/style_buttons.h"
+#include "cpp_export/view/style_buttons.h"
 
 class QHideEvent;
 class QShowEvent;

@@ -1,4 +1,4 @@
-#include "view/cpp_export_settings.h"
+#include "cpp_export/view/cpp_export_settings.h"
 
 #include <QDesktopServices>
 #include <QDir>
@@ -13,12 +13,12 @@
 
 #include "context/ctx_global.h"
 #include "context/ctx_project.h"
-#include "plugin/cpp_export.h"
-#include "plugin/cpp_template.h"
+#include "cpp_export/plugin/cpp_export.h"
+#include "cpp_export/plugin/cpp_template.h"
 #include "tools/custom_javascript.h"
 #include "tools/message_box.h"
 #include "tools/syntax_highlighter.h"
-#include "tools/text_file.h"
+#include "cpp_export/tools/text_file.h"
 #include "tools/wait_cursor.h"
 
 namespace view {

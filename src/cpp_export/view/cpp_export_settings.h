@@ -7,7 +7,7 @@
 #include <functional>
 
 #include "ui_wnd_cpp_export_settings.h"
-#include "view/style_buttons.h"
+#include "cpp_export/view/style_buttons.h"
 
 namespace plugin { class cpp_export; }
 namespace tools { class syntax_highlighter; }

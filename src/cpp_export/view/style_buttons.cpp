@@ -1,4 +1,4 @@
-#include "view/style_buttons.h"
+#include "cpp_export/view/style_buttons.h"
 
 #include <QRadioButton>
 

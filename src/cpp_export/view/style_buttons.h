@@ -2,7 +2,7 @@
 
 #include <QList>
 
-#include "plugin/cpp_template.h"
+#include "cpp_export/plugin/cpp_template.h"
 
 class QRadioButton;
 

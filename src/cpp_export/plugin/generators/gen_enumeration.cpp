@@ -1,4 +1,4 @@
-#include "plugin/generators/generators.h"
+#include "cpp_export/plugin/generators/generators.h"
 
 #include <QStringList>
 

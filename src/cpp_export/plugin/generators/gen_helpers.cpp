@@ -1,4 +1,4 @@
-#include "plugin/generators/generators.h"
+#include "cpp_export/plugin/generators/generators.h"
 
 #include <QStringBuilder>
 #include <QStringList>
@@ -7,8 +7,8 @@
 #include "model/project.h"
 #include "model/property.h"
 #include "model/property_type.h"
-#include "plugin/cpp_builder.h"
-#include "plugin/cpp_export.h"
+#include "cpp_export/plugin/cpp_builder.h"
+#include "cpp_export/plugin/cpp_export.h"
 #include "tools/string_helper.h"
 
 namespace plugin {

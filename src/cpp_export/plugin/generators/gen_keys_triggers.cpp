@@ -1,14 +1,14 @@
 // Static table and column name functions, the typedefs that follow the class, the validator
 // declaration and the glue between the class and the ORM's trigger mechanism.
 
-#include "plugin/generators/generators.h"
+#include "cpp_export/plugin/generators/generators.h"
 
 #include <QStringBuilder>
 
 #include "model/entity.h"
 #include "model/project.h"
 #include "model/property.h"
-#include "plugin/cpp_builder.h"
+#include "cpp_export/plugin/cpp_builder.h"
 
 namespace plugin {
 namespace generators {

@@ -2,13 +2,13 @@
 // carry it. Without the PIMPL setting every piece says so, so that a template using these
 // keywords by mistake still compiles and shows why the piece is missing.
 
-#include "plugin/generators/generators.h"
+#include "cpp_export/plugin/generators/generators.h"
 
 #include <QStringBuilder>
 
 #include "model/entity.h"
 #include "model/property.h"
-#include "plugin/cpp_builder.h"
+#include "cpp_export/plugin/cpp_builder.h"
 
 namespace plugin {
 namespace generators {

@@ -1,9 +1,9 @@
-#include "plugin/generators/generators.h"
+#include "cpp_export/plugin/generators/generators.h"
 
 #include "model/entity.h"
 #include "model/enumeration.h"
 #include "model/project.h"
-#include "plugin/cpp_builder.h"
+#include "cpp_export/plugin/cpp_builder.h"
 
 namespace plugin {
 namespace generators {

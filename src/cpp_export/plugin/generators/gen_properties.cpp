@@ -1,6 +1,6 @@
 // Data members of an entity class, the declarations of its accessors and their definitions.
 
-#include "plugin/generators/generators.h"
+#include "cpp_export/plugin/generators/generators.h"
 
 #include <QStringBuilder>
 
@@ -8,7 +8,7 @@
 #include "model/property.h"
 #include "model/property_type.h"
 #include "model/relationship.h"
-#include "plugin/cpp_builder.h"
+#include "cpp_export/plugin/cpp_builder.h"
 
 namespace plugin {
 namespace generators {

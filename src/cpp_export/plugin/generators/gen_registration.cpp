@@ -1,7 +1,7 @@
 // Body of the ORM registration function of an entity, its default constructor and the forward
 // declarations of the classes its relationships point to.
 
-#include "plugin/generators/generators.h"
+#include "cpp_export/plugin/generators/generators.h"
 
 #include <QSet>
 #include <QStringBuilder>
@@ -10,7 +10,7 @@
 #include "model/project.h"
 #include "model/property.h"
 #include "model/relationship.h"
-#include "plugin/cpp_builder.h"
+#include "cpp_export/plugin/cpp_builder.h"
 #include "tools/string_helper.h"
 
 namespace plugin {

@@ -1,14 +1,14 @@
 // What an entity class adds for its relationships: relation types, getters that load the related
 // objects on demand, and the static relation key functions.
 
-#include "plugin/generators/generators.h"
+#include "cpp_export/plugin/generators/generators.h"
 
 #include <QStringBuilder>
 
 #include "model/entity.h"
 #include "model/property.h"
 #include "model/relationship.h"
-#include "plugin/cpp_builder.h"
+#include "cpp_export/plugin/cpp_builder.h"
 
 namespace plugin {
 namespace generators {

@@ -1,4 +1,4 @@
-#include "plugin/generators/generators.h"
+#include "cpp_export/plugin/generators/generators.h"
 
 #include <QSet>
 #include <QStringBuilder>
@@ -11,7 +11,7 @@
 #include "model/property.h"
 #include "model/property_type.h"
 #include "model/relationship.h"
-#include "plugin/cpp_builder.h"
+#include "cpp_export/plugin/cpp_builder.h"
 
 namespace plugin {
 namespace generators {
