@@ -1,4 +1,5 @@
 #include "model/entity.h"
+#include "model/entity_trigger.h"
 
 #include <QStringBuilder>
 #include <QVarLengthArray>
@@ -55,8 +56,8 @@ QString entity::getKey() const
 
 bool entity::hasTriggers() const
 {
-   return (m_bTriggerBeforeFetch || m_bTriggerAfterFetch || m_bTriggerBeforeInsert || m_bTriggerAfterInsert ||
-           m_bTriggerBeforeUpdate || m_bTriggerAfterUpdate || m_bTriggerBeforeDelete || m_bTriggerAfterDelete);
+   for (const entity_trigger & t : entityTriggers()) { if ((this->*t.isSet)()) { return true; } }
+   return false;
 }
 
 list_of_property entity::getListOfProperty(bool bWithParents, bool bWithRelations, bool bWithObsolete) const

@@ -13,6 +13,7 @@
 #include <cmath>
 
 #include "model/entity.h"
+#include "model/entity_trigger.h"
 #include "model/enumeration.h"
 #include "model/model_integrity.h"
 #include "model/model_text_rules.h"
@@ -41,10 +42,7 @@ const char * const k_aszSchema[] = {
    "CREATE TABLE IF NOT EXISTS t_entity (seq INTEGER PRIMARY KEY, id INTEGER NOT NULL DEFAULT 0, name TEXT NOT NULL DEFAULT '', "
    "namespace TEXT NOT NULL DEFAULT '', version INTEGER NOT NULL DEFAULT 0, description TEXT, table_name TEXT, parent_key TEXT, "
    "is_abstract INTEGER NOT NULL DEFAULT 0, read_only INTEGER NOT NULL DEFAULT 0, soft_delete_column TEXT, validator_method TEXT, "
-   "trigger_before_fetch INTEGER NOT NULL DEFAULT 0, trigger_after_fetch INTEGER NOT NULL DEFAULT 0, "
-   "trigger_before_insert INTEGER NOT NULL DEFAULT 0, trigger_after_insert INTEGER NOT NULL DEFAULT 0, "
-   "trigger_before_update INTEGER NOT NULL DEFAULT 0, trigger_after_update INTEGER NOT NULL DEFAULT 0, "
-   "trigger_before_delete INTEGER NOT NULL DEFAULT 0, trigger_after_delete INTEGER NOT NULL DEFAULT 0)",
+   "@TRIGGERS@)",
    // type_text is NULL when the type comes from the enumeration (or there is none).
    "CREATE TABLE IF NOT EXISTS t_property (seq INTEGER PRIMARY KEY, entity_seq INTEGER NOT NULL REFERENCES t_entity(seq), "
    "id INTEGER NOT NULL DEFAULT 0, name TEXT NOT NULL DEFAULT '', has_type INTEGER NOT NULL DEFAULT 0, type_text TEXT, "
@@ -69,6 +67,17 @@ const char * const k_aszSchema[] = {
    "CREATE TABLE IF NOT EXISTS t_plugin_params (id INTEGER PRIMARY KEY AUTOINCREMENT, plugin_guid TEXT NOT NULL, "
    "param_key TEXT NOT NULL, param_value, param_type INTEGER)",
    "CREATE INDEX IF NOT EXISTS idx_plugin_params_guid ON t_plugin_params (plugin_guid)" };
+
+// One column per trigger, named after the trigger: "trigger_before_fetch"...; with a suffix
+// such as " INTEGER NOT NULL DEFAULT 0" for the table's definition.
+QString triggerColumns(const char * szSuffix = "")
+{
+   QStringList lst;
+   for (const model::entity_trigger & t : model::entityTriggers()) { lst.append(QString("trigger_") + t.key + szSuffix); }
+   return lst.join(", ");
+}
+
+QString schemaStatement(const char * szSql) { return QString::fromLatin1(szSql).replace("@TRIGGERS@", triggerColumns(" INTEGER NOT NULL DEFAULT 0")); }
 
 QString nextConnectionName()
 {
@@ -175,6 +184,13 @@ QString refusalText(const QString & sFile, const QStringList & lstProblems)
 QVariant text(const QString & s) { return QVariant(s.isNull() ? QString("") : s); }
 QVariant flag(bool b) { return QVariant(b ? 1 : 0); }
 
+QVariantList triggerFlags(const model::entity & e)
+{
+   QVariantList lst;
+   for (const model::entity_trigger & t : model::entityTriggers()) { lst.append(flag((e.*t.isSet)())); }
+   return lst;
+}
+
 class model_writer
 {
    QSqlDatabase & m_db;
@@ -244,9 +260,8 @@ public:
       }
 
       if (! prepare(m_qEntity, "INSERT INTO t_entity (seq, id, name, namespace, version, description, table_name, parent_key, is_abstract, "
-                               "read_only, soft_delete_column, validator_method, trigger_before_fetch, trigger_after_fetch, "
-                               "trigger_before_insert, trigger_after_insert, trigger_before_update, trigger_after_update, "
-                               "trigger_before_delete, trigger_after_delete) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"))
+                               "read_only, soft_delete_column, validator_method, " + triggerColumns() + ") VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?"
+                               + QString(", ?").repeated(int(model::entityTriggers().size())) + ")"))
       { return false; }
       if (! prepare(m_qProperty, "INSERT INTO t_property (seq, entity_seq, id, name, has_type, type_text, decoration, collection, "
                                  "default_value, enumeration_key, primary_key, column_name, description, version, accessibility, "
@@ -265,12 +280,10 @@ public:
          if (! pEntity) { continue; }
          const model::entity & e = (* pEntity);
          ++lEntitySeq;
-         if (! run(m_qEntity, { lEntitySeq, qlonglong(e.getId()), text(e.getName()), text(e.getNamespace()), qlonglong(e.getVersion()),
+         if (! run(m_qEntity, QVariantList { lEntitySeq, qlonglong(e.getId()), text(e.getName()), text(e.getNamespace()), qlonglong(e.getVersion()),
                                 text(e.getDescription()), text(e.getTableName()), text(e.getParentKey()), flag(e.isAbstract()),
-                                flag(e.isReadOnly()), text(e.getSoftDeleteColumn()), text(e.getValidatorMethod()),
-                                flag(e.isTriggerBeforeFetch()), flag(e.isTriggerAfterFetch()), flag(e.isTriggerBeforeInsert()),
-                                flag(e.isTriggerAfterInsert()), flag(e.isTriggerBeforeUpdate()), flag(e.isTriggerAfterUpdate()),
-                                flag(e.isTriggerBeforeDelete()), flag(e.isTriggerAfterDelete()) })) { return false; }
+                                flag(e.isReadOnly()), text(e.getSoftDeleteColumn()), text(e.getValidatorMethod()) }
+                              + triggerFlags(e))) { return false; }
          if (! writeMeta("entity", lEntitySeq, e)) { return false; }
 
          for (const model::property_ptr & pProperty : e.getOwnProperties())
@@ -386,9 +399,7 @@ public:
 
       QHash<qlonglong, model::entity_ptr> hashEntities;
       if (! select(q, "SELECT seq, id, name, namespace, version, description, table_name, parent_key, is_abstract, read_only, "
-                      "soft_delete_column, validator_method, trigger_before_fetch, trigger_after_fetch, trigger_before_insert, "
-                      "trigger_after_insert, trigger_before_update, trigger_after_update, trigger_before_delete, trigger_after_delete "
-                      "FROM t_entity ORDER BY seq")) { return false; }
+                      "soft_delete_column, validator_method, " + triggerColumns() + " FROM t_entity ORDER BY seq")) { return false; }
       while (q.next())
       {
          auto pEntity = std::make_shared<model::entity>();
@@ -405,14 +416,8 @@ public:
          e.setReadOnly(q.value(9).toBool());
          e.setSoftDeleteColumn(q.value(10).toString());
          e.setValidatorMethod(q.value(11).toString());
-         e.setTriggerBeforeFetch(q.value(12).toBool());
-         e.setTriggerAfterFetch(q.value(13).toBool());
-         e.setTriggerBeforeInsert(q.value(14).toBool());
-         e.setTriggerAfterInsert(q.value(15).toBool());
-         e.setTriggerBeforeUpdate(q.value(16).toBool());
-         e.setTriggerAfterUpdate(q.value(17).toBool());
-         e.setTriggerBeforeDelete(q.value(18).toBool());
-         e.setTriggerAfterDelete(q.value(19).toBool());
+         int iColumn = 12;
+         for (const model::entity_trigger & t : model::entityTriggers()) { (e.*t.set)(q.value(iColumn++).toBool()); }
          applyMeta("entity", lSeq, e);
          hashEntities.insert(lSeq, pEntity);
          project.addEntity(pEntity);
@@ -501,7 +506,7 @@ zy::ZyBool project_storage::createSchema(QSqlDatabase & database)
    QString sError;
    for (const char * szSql : k_aszSchema)
    {
-      if (! execSql(database, QString::fromLatin1(szSql), sError)) { return zy::ZyBool(false, "cannot create the project tables: " + sError); }
+      if (! execSql(database, schemaStatement(szSql), sError)) { return zy::ZyBool(false, "cannot create the project tables: " + sError); }
    }
    return zy::ZyBool(true);
 }

@@ -13,6 +13,7 @@
 #include <limits>
 
 #include "model/entity.h"
+#include "model/entity_trigger.h"
 #include "model/enumeration.h"
 #include "model/model_integrity.h"
 #include "model/model_names.h"
@@ -39,8 +40,7 @@ const double k_dMaxExactInteger = 9007199254740992.0;
 
 const QStringList & triggerNames()
 {
-   static const QStringList s = { "before_fetch", "after_fetch", "before_insert", "after_insert",
-                                  "before_update", "after_update", "before_delete", "after_delete" };
+   static const QStringList s = model::triggerKeys();
    return s;
 }
 
@@ -605,17 +605,7 @@ private:
          if (iTrigger < 0) { m_reader.error(sPath, QString("unknown trigger '%1', expected one of %2").arg(s, triggerNames().join(", "))); continue; }
          if (setSeen.contains(s)) { m_reader.error(sPath, QString("trigger '%1' given more than once").arg(s)); continue; }
          setSeen.insert(s);
-         switch (iTrigger)
-         {
-            case 0: e.setTriggerBeforeFetch(true); break;
-            case 1: e.setTriggerAfterFetch(true); break;
-            case 2: e.setTriggerBeforeInsert(true); break;
-            case 3: e.setTriggerAfterInsert(true); break;
-            case 4: e.setTriggerBeforeUpdate(true); break;
-            case 5: e.setTriggerAfterUpdate(true); break;
-            case 6: e.setTriggerBeforeDelete(true); break;
-            default: e.setTriggerAfterDelete(true); break;
-         }
+         (e.*model::entityTriggers().at(iTrigger).set)(true);
       }
    }
 
@@ -946,10 +936,8 @@ QByteArray entityText(const model::entity & e, const QByteArray & indent)
    w.addStringIf("soft_delete_column", e.getSoftDeleteColumn());
    w.addStringIf("validator_method", e.getValidatorMethod());
 
-   const bool abTriggers[] = { e.isTriggerBeforeFetch(), e.isTriggerAfterFetch(), e.isTriggerBeforeInsert(), e.isTriggerAfterInsert(),
-                               e.isTriggerBeforeUpdate(), e.isTriggerAfterUpdate(), e.isTriggerBeforeDelete(), e.isTriggerAfterDelete() };
    QList<QByteArray> lstTriggers;
-   for (int i = 0; i < 8; ++i) { if (abTriggers[i]) { lstTriggers.append(quoted(triggerNames().at(i))); } }
+   for (const QString & sKey : model::triggerKeys(e)) { lstTriggers.append(quoted(sKey)); }
    if (! lstTriggers.isEmpty()) { w.add("triggers", "[" + lstTriggers.join(", ") + "]"); }
    w.addMetaIf(e);
 

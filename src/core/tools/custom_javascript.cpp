@@ -17,6 +17,7 @@
 
 #include "context/ctx_project.h"
 #include "model/entity.h"
+#include "model/entity_trigger.h"
 #include "model/enumeration.h"
 #include "model/project.h"
 #include "model/property.h"
@@ -309,16 +310,7 @@ QVariant entityField(const model::entity & e, const QString & name)
    if (name == QLatin1String("validator_method")) { return e.getValidatorMethod(); }
    if (name == QLatin1String("triggers"))
    {
-      QStringList triggers;
-      if (e.isTriggerBeforeFetch()) { triggers << "before_fetch"; }
-      if (e.isTriggerAfterFetch()) { triggers << "after_fetch"; }
-      if (e.isTriggerBeforeInsert()) { triggers << "before_insert"; }
-      if (e.isTriggerAfterInsert()) { triggers << "after_insert"; }
-      if (e.isTriggerBeforeUpdate()) { triggers << "before_update"; }
-      if (e.isTriggerAfterUpdate()) { triggers << "after_update"; }
-      if (e.isTriggerBeforeDelete()) { triggers << "before_delete"; }
-      if (e.isTriggerAfterDelete()) { triggers << "after_delete"; }
-      return triggers;
+      return model::triggerKeys(e);
    }
    if ((name == QLatin1String("properties")) || (name == QLatin1String("relations")))
    {

@@ -6,6 +6,7 @@
 #include <QStringBuilder>
 
 #include "model/entity.h"
+#include "model/entity_trigger.h"
 #include "model/project.h"
 #include "model/property.h"
 #include "cpp_export/plugin/cpp_builder.h"
@@ -17,26 +18,6 @@ namespace {
 
 const QLatin1String kNoId("TAVREL_NO_ID");
 const QLatin1String kDummyColumn("TAVREL_DUMMY_COLUMN");
-
-typedef bool (model::entity::*trigger_flag)() const;
-
-struct trigger_event
-{
-   const char * name;
-   trigger_flag isSet;
-};
-
-// The fixed order in which every trigger piece lists the events.
-const trigger_event kTriggerEvents[] = {
-   { "BeforeFetch", & model::entity::isTriggerBeforeFetch },
-   { "AfterFetch", & model::entity::isTriggerAfterFetch },
-   { "BeforeInsert", & model::entity::isTriggerBeforeInsert },
-   { "AfterInsert", & model::entity::isTriggerAfterInsert },
-   { "BeforeUpdate", & model::entity::isTriggerBeforeUpdate },
-   { "AfterUpdate", & model::entity::isTriggerAfterUpdate },
-   { "BeforeDelete", & model::entity::isTriggerBeforeDelete },
-   { "AfterDelete", & model::entity::isTriggerAfterDelete },
-};
 
 // "{ Q_UNUSED(key); ... }" when the SQL name is the C++ name, else a helper that gives either.
 void appendNameFunctionBody(QString & out, const QString & name, const QString & sqlName)
@@ -126,10 +107,10 @@ void LIST_TRIGGERS_METHODS(const cpp_builder & b, QString & out, model::project 
    if (! e.hasTriggers()) { return; }
    out += QLatin1String("protected:\n");
    out += QLatin1String("\n   // The following triggers methods must be implemented in a custom code");
-   for (const trigger_event & event : kTriggerEvents)
+   for (const model::entity_trigger & event : model::entityTriggers())
    {
       if (! (e.*event.isSet)()) { continue; }
-      out += QLatin1String("\n   virtual void on") % QLatin1String(event.name) % QLatin1String("(zy::dao::detail::IxDao_Helper * dao);");
+      out += QLatin1String("\n   virtual void on") % QLatin1String(event.cppName) % QLatin1String("(zy::dao::detail::IxDao_Helper * dao);");
    }
 }
 
@@ -170,9 +151,9 @@ void LIST_TRIGGERS_SPECIALIZATIONS(const cpp_builder & b, QString & out, model::
 
    out += kZyNamespacesBegin;
    out += QLatin1String("\ntemplate <>\nstruct ZyDao_Trigger<") % key % QLatin1String(">\n{\n");
-   for (const trigger_event & event : kTriggerEvents)
+   for (const model::entity_trigger & event : model::entityTriggers())
    {
-      const QLatin1String eventName(event.name);
+      const QLatin1String eventName(event.cppName);
       out += QLatin1String("\n   static inline void on") % eventName % QLatin1Char('(') % key
              % QLatin1String(" * t, zy::dao::detail::IxDao_Helper * dao)  { ");
       if ((e.*event.isSet)()) { out += QLatin1String("if (t) { t->on") % eventName % QLatin1String("(dao); } }"); }
