@@ -13,6 +13,7 @@
 
 class QAction;
 class QDockWidget;
+class QGroupBox;
 class QLabel;
 class QLineEdit;
 class QListWidget;
@@ -39,6 +40,8 @@ public:
    static const int k_roleKind = Qt::UserRole;
    static const int k_roleIndex = Qt::UserRole + 1;
    static const int k_roleKey = Qt::UserRole + 2;
+   // Tool tip of a model tree item: its key, and its description below when it has one.
+   static QString itemToolTip(const QString & key, const QString & description);
 
 private:
    QList<app::plugin_info> m_lstPlugins;
@@ -128,6 +131,9 @@ public Q_SLOTS:
 private:
    void createActions();
    void createWidgets();
+   void createModelTree();
+   QGroupBox * createDetailsPanel();
+   void createMessagesDock();
    void loadPlugins();
    void setCurrentPlugin(plugin::export_interface * pPlugin);
    void fillModelTree();
