@@ -1,3 +1,5 @@
+// The window itself: its actions, menus and tool bar, the layout of its parts, its title.
+
 #include "gui/main_window.h"
 
 #include <QAction>

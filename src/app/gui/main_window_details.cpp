@@ -1,3 +1,5 @@
+// The edit panel of the selected item: what it shows, and storing the fields it lets the user change.
+
 #include "gui/main_window.h"
 
 #include <QBoxLayout>

@@ -1,3 +1,5 @@
+// Running the plug-in: its settings dialog, the export, and the script debugger they may start.
+
 #include "gui/main_window.h"
 
 #include <QApplication>

@@ -1,3 +1,5 @@
+// The message area: the host's and the plug-ins' messages with the time they came.
+
 #include "gui/main_window.h"
 
 #include <QAction>

@@ -1,3 +1,5 @@
+// Loading the export plug-ins and docking the preview of the current one.
+
 #include "gui/main_window.h"
 
 #include <QAction>

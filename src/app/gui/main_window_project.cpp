@@ -1,3 +1,5 @@
+// Opening, importing and reloading a project.
+
 #include "gui/main_window.h"
 #include "pimpl_setting.h"
 

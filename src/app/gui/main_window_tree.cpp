@@ -1,3 +1,5 @@
+// The model tree: entities and enumerations by namespace, and the selection the plug-ins follow.
+
 #include "gui/main_window.h"
 
 #include <QApplication>
