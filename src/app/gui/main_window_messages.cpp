@@ -11,8 +11,6 @@
 
 #include <algorithm>
 
-#include "view/main_wnd.h"
-
 namespace gui {
 
 namespace {
