@@ -13,6 +13,7 @@
 
 class QAction;
 class QDockWidget;
+class QGroupBox;
 class QLabel;
 class QLineEdit;
 class QListWidget;
@@ -29,6 +30,7 @@ class script_debugger;
 // The desktop host's main window: the model tree with a small editor for the selected item,
 // the plug-in's preview docked beside it, the message area, and the commands of the plug-in.
 // It is the host's view::main_wnd: the plug-ins follow its selection signals.
+// One file a part: main_window_tree, _details, _project, _plugins, _export and _messages.cpp.
 class main_window : public view::main_wnd
 {
    Q_OBJECT
@@ -39,6 +41,8 @@ public:
    static const int k_roleKind = Qt::UserRole;
    static const int k_roleIndex = Qt::UserRole + 1;
    static const int k_roleKey = Qt::UserRole + 2;
+   // Tool tip of a model tree item: its key, and its description below when it has one.
+   static QString itemToolTip(const QString & key, const QString & description);
 
 private:
    QList<app::plugin_info> m_lstPlugins;
@@ -126,21 +130,33 @@ public Q_SLOTS:
    void clearMessages();
 
 private:
+   // The window: menus, tool bar, title and what the actions allow.
    void createActions();
    void createWidgets();
-   void loadPlugins();
-   void setCurrentPlugin(plugin::export_interface * pPlugin);
+   void updateActions();
+   void updateTitle();
+
+   // The model tree and its selection.
+   void createModelTree();
    void fillModelTree();
+   void emitSelection();
+
+   // The edit panel of the selected entity or enumeration.
+   QGroupBox * createDetailsPanel();
    void showItemDetails();
    // Why the edit panel's texts cannot be stored (empty when they can).
    QString detailsProblem() const;
-   void updateActions();
-   void updateTitle();
+
+   // The plug-ins and what they run.
+   void loadPlugins();
+   void setCurrentPlugin(plugin::export_interface * pPlugin);
    // The plug-in's settings may have changed: its views reload them and show the selection again.
    void refreshPluginViews();
-   void emitSelection();
    // A script engine of the plug-in that is debugging gets the debugger window.
    void attachRunningDebugger();
+
+   // The message area.
+   void createMessagesDock();
 };
 
 } // namespace gui

@@ -1,0 +1,161 @@
+// Running the plug-in: its settings dialog, the export, and the script debugger they may start.
+
+#include "gui/main_window.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QDir>
+#include <QStatusBar>
+
+#include "context/ctx_global.h"
+#include "gui/script_debugger.h"
+#include "model/model_text_rules.h"
+#include "model/project.h"
+#include "plugin/export_interface.h"
+#include "tools/custom_javascript.h"
+#include "tools/message_box.h"
+#include "tools/wait_cursor.h"
+
+namespace gui {
+
+bool main_window::doActPluginSettings()
+{
+   if (! m_pPlugin) { return false; }
+   if (! m_pProject)
+   {
+      tools::message_box::information(this, context::ctx_global::getAppName() + " - " + m_pPlugin->getName(),
+                                      tr("Please open a project first : the plug-in's settings are stored in the project file."));
+      return false;
+   }
+   bool bAccepted = false;
+   {
+      // The dialog can start the script debugger (its debug button).
+      script_watcher watcher;
+      connect(& watcher, & script_watcher::debuggingStarted, this, & main_window::doShowDebugger);
+      bAccepted = m_pPlugin->showSettings();
+   }
+   attachRunningDebugger();
+   if (bAccepted)
+   {
+      addMessage(tr("Settings of plug-in '%1' saved").arg(m_pPlugin->getName()), 1);
+      refreshPluginViews();
+   }
+   return bAccepted;
+}
+
+zy::ZyBool main_window::doActExport()
+{
+   const QString sTitle = context::ctx_global::getAppName() + " - " + (m_pPlugin ? m_pPlugin->getName() : tr("Export"));
+   QString sError;
+   if (! m_pPlugin) { sError = tr("No export plug-in found in '%1'").arg(QDir::toNativeSeparators(m_sPluginDir)); }
+   else if (! m_pProject) { sError = tr("Please open a project before exporting it"); }
+   else if (isExecutingPlugin()) { sError = tr("An export is already running"); }
+   else
+   {
+      // Text that would break out of the generated code is refused whatever the user answers.
+      const QString sTextProblems = model::model_text_rules::problemText(* m_pProject);
+      if (! sTextProblems.isEmpty()) { sError = tr("Export refused, the model holds text that would break out of the generated code :\n%1").arg(sTextProblems); }
+   }
+   if (! sError.isEmpty())
+   {
+      tools::message_box::critical(this, sTitle, sError);
+      return zy::ZyBool(false, sError);
+   }
+
+   attachRunningDebugger();
+   addMessage(tr("Export of project '%1' with plug-in '%2' started").arg(m_pProject->getName(), m_pPlugin->getName()), 1);
+   statusBar()->showMessage(tr("Exporting..."));
+   zy::ZyBool result;
+   {
+      // Holding Shift makes the plug-in start debugging its script inside exportProject.
+      script_watcher watcher;
+      connect(& watcher, & script_watcher::debuggingStarted, this, & main_window::doShowDebugger);
+      tools::wait_cursor wait; Q_UNUSED(wait);
+      qApp->installEventFilter(this);
+      setExecutingPlugin(true);
+      result = m_pPlugin->exportProject(* m_pProject);
+      setExecutingPlugin(false);
+      qApp->removeEventFilter(this);
+      for (qsizetype i = 0; i < m_lstExportDialogs.size(); ++i) { QApplication::restoreOverrideCursor(); }
+      m_lstExportDialogs.clear();
+   }
+   attachRunningDebugger();
+
+   if (! result)
+   {
+      const QString sText = (result.getDesc().isEmpty() ? tr("The export failed") : result.getDesc());
+      addMessage(sText, 3);
+      statusBar()->showMessage(tr("Export failed"), 10000);
+      tools::message_box::critical(this, sTitle, sText);
+   }
+   else
+   {
+      if (! result.getDesc().isEmpty()) { addMessage(result.getDesc(), 1); }
+      addMessage(tr("Export ended"), 1);
+      statusBar()->showMessage(tr("Export ended"), 10000);
+   }
+   refreshPluginViews();
+   return result;
+}
+
+bool main_window::eventFilter(QObject * watched, QEvent * event)
+{
+   // A question, the plug-in's settings or a breakpoint prompt during an export waits for the
+   // user: it gets the normal cursor, not the busy one of the export.
+   if (isExecutingPlugin() && qobject_cast<QDialog *>(watched))
+   {
+      if ((event->type() == QEvent::Show) && ! m_lstExportDialogs.contains(watched))
+      {
+         m_lstExportDialogs.append(watched);
+         QApplication::setOverrideCursor(Qt::ArrowCursor);
+      }
+      else if ((event->type() == QEvent::Hide) && m_lstExportDialogs.removeOne(watched)) { QApplication::restoreOverrideCursor(); }
+   }
+   return view::main_wnd::eventFilter(watched, event);
+}
+
+void main_window::refreshPluginViews()
+{
+   if (! m_pProject) { return; }
+   Q_EMIT onLoadProject(m_pProject);
+   emitSelection();
+}
+
+void main_window::attachRunningDebugger()
+{
+   if (! m_pPlugin) { return; }
+   const std::shared_ptr<tools::custom_javascript> pScript = m_pPlugin->getCustomScript();
+   if (pScript && pScript->isDebugging()) { doShowDebugger(pScript.get()); }
+}
+
+void main_window::doShowDebugger(tools::custom_javascript * pScript)
+{
+   if (! pScript) { return; }
+   if (! m_pDebugger) { m_pDebugger = new script_debugger(this); }
+   // Called for every message of an export: only a new engine or a hidden window needs work.
+   const bool bNewScript = (m_pDebugger->getScript() != pScript);
+   if (! bNewScript && m_pDebugger->isVisible()) { return; }
+   if (bNewScript) { m_pDebugger->attach(pScript); }
+   m_pDebugger->show();
+   m_pDebugger->raise();
+   // Shown in the middle of an export: it must be drawn before the export goes on.
+   if (isExecutingPlugin()) { QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents); }
+}
+
+void main_window::doActShowDebugger()
+{
+   attachRunningDebugger();
+   if (! m_pDebugger)
+   {
+      tools::message_box::information(this, context::ctx_global::getAppName() + " - Script debugger",
+                                      tr("No custom script is being debugged.\n\nTo debug one, use the button 'Debug custom javascript file' of the plug-in's settings, "
+                                         "or hold the Shift key when you start the export."));
+      return;
+   }
+   m_pDebugger->show();
+   m_pDebugger->raise();
+}
+
+script_debugger * main_window::getDebugger() const { return m_pDebugger.data(); }
+
+} // namespace gui

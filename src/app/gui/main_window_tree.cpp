@@ -1,0 +1,133 @@
+// The model tree: entities and enumerations by namespace, and the selection the plug-ins follow.
+
+#include "gui/main_window.h"
+
+#include <QApplication>
+#include <QStyle>
+#include <QTreeWidget>
+#include <QTreeWidgetItemIterator>
+
+#include "model/entity.h"
+#include "model/enumeration.h"
+#include "model/project.h"
+
+namespace gui {
+
+namespace {
+
+QString namespaceLabel(const QString & ns) { return (ns.isEmpty() ? QObject::tr("(global namespace)") : ns); }
+
+// The group item of a namespace under a top-level item, created on first use.
+QTreeWidgetItem * namespaceItem(QTreeWidgetItem * pParent, const QString & ns)
+{
+   const QString label = namespaceLabel(ns);
+   for (int i = 0; i < pParent->childCount(); ++i)
+   {
+      if (pParent->child(i)->text(0) == label) { return pParent->child(i); }
+   }
+   QTreeWidgetItem * pItem = new QTreeWidgetItem(pParent, QStringList(label));
+   pItem->setData(0, main_window::k_roleKind, main_window::item_group);
+   pItem->setIcon(0, QApplication::style()->standardIcon(QStyle::SP_DirIcon));
+   return pItem;
+}
+
+// A top-level group of the model tree.
+QTreeWidgetItem * groupItem(QTreeWidget * pTree, QStyle * pStyle, const QString & label)
+{
+   QTreeWidgetItem * pGroup = new QTreeWidgetItem(pTree, QStringList(label));
+   pGroup->setData(0, main_window::k_roleKind, main_window::item_group);
+   pGroup->setIcon(0, pStyle->standardIcon(QStyle::SP_DriveHDIcon));
+   return pGroup;
+}
+
+// The entities or enumerations of a project's list under their group, each remembering its place
+// in the list and its key.
+template <typename T>
+void addItems(QTreeWidgetItem * pGroup, const T & pList, main_window::enum_item_kind kind, const QIcon & icon)
+{
+   for (qsizetype i = 0; pList && (i < pList->size()); ++i)
+   {
+      const auto & p = pList->at(i);
+      if (! p) { continue; }
+      QTreeWidgetItem * pItem = new QTreeWidgetItem(namespaceItem(pGroup, p->getNamespace()), QStringList(p->getName()));
+      pItem->setData(0, main_window::k_roleKind, kind);
+      pItem->setData(0, main_window::k_roleIndex, static_cast<int>(i));
+      pItem->setData(0, main_window::k_roleKey, p->getKey());
+      pItem->setIcon(0, icon);
+      pItem->setToolTip(0, main_window::itemToolTip(p->getKey(), p->getDescription()));
+   }
+}
+
+} // namespace
+
+void main_window::createModelTree()
+{
+   m_treeModel = new QTreeWidget(this);
+   m_treeModel->setObjectName("m_treeModel");
+   m_treeModel->setHeaderLabel(tr("Model"));
+   m_treeModel->setUniformRowHeights(true);
+   connect(m_treeModel, & QTreeWidget::currentItemChanged, this, & main_window::doTreeCurrentItemChanged);
+}
+
+QString main_window::itemToolTip(const QString & key, const QString & description)
+{
+   return key + (description.isEmpty() ? QString() : ("\n" + description));
+}
+
+void main_window::fillModelTree()
+{
+   const QSignalBlocker block(m_treeModel);
+   m_treeModel->clear();
+   if (! m_pProject) { return; }
+   QStyle * pStyle = style();
+   addItems(groupItem(m_treeModel, pStyle, tr("Entities")), m_pProject->getListOfAllEntities(), item_entity, pStyle->standardIcon(QStyle::SP_FileIcon));
+   addItems(groupItem(m_treeModel, pStyle, tr("Enumerations")), m_pProject->getListOfAllEnums(), item_enumeration, pStyle->standardIcon(QStyle::SP_FileDialogListView));
+   m_treeModel->expandAll();
+}
+
+bool main_window::selectItem(const QString & key)
+{
+   QTreeWidgetItemIterator itr(m_treeModel);
+   for (; * itr; ++itr)
+   {
+      if ((* itr)->data(0, k_roleKey).toString() != key) { continue; }
+      m_treeModel->setCurrentItem(* itr);
+      m_treeModel->scrollToItem(* itr);
+      return true;
+   }
+   return false;
+}
+
+void main_window::doTreeCurrentItemChanged(QTreeWidgetItem * current)
+{
+   m_pEntity.reset();
+   m_pEnumeration.reset();
+   const int kind = (current ? current->data(0, k_roleKind).toInt() : static_cast<int>(item_group));
+   const int index = (current ? current->data(0, k_roleIndex).toInt() : -1);
+   if (m_pProject && (kind == item_entity))
+   {
+      const model::list_of_entity_ptr p = m_pProject->getListOfAllEntities();
+      if (p && (index >= 0) && (index < p->size())) { m_pEntity = p->at(index); }
+   }
+   else if (m_pProject && (kind == item_enumeration))
+   {
+      const model::list_of_enumeration_ptr p = m_pProject->getListOfAllEnums();
+      if (p && (index >= 0) && (index < p->size())) { m_pEnumeration = p->at(index); }
+   }
+   showItemDetails();
+   emitSelection();
+}
+
+void main_window::emitSelection()
+{
+   if (m_pEntity) { Q_EMIT onSelectEntity(m_pEntity); }
+   else if (m_pEnumeration) { Q_EMIT onSelectEnumeration(m_pEnumeration); }
+   else
+   {
+      // Nothing selected: both kinds are cleared in the plug-ins' views.
+      Q_EMIT onSelectEntity(model::entity_ptr());
+      Q_EMIT onSelectEnumeration(model::enumeration_ptr());
+   }
+}
+
+} // namespace gui
