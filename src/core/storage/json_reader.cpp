@@ -108,6 +108,19 @@ private:
       }
    }
 
+   // Each object of an array field, with its index and path; an item that is not an object is an error.
+   template <typename F>
+   void forEachObject(object_reader & obj, const QString & sKey, F readItem)
+   {
+      QJsonArray lst;
+      if (! obj.readArray(sKey, lst)) { return; }
+      for (qsizetype i = 0; i < lst.size(); ++i)
+      {
+         const QString sItemPath = indexPath(obj.path(sKey), i);
+         if (isObjectItem(lst, i, sItemPath)) { readItem(lst.at(i).toObject(), i, sItemPath); }
+      }
+   }
+
    // Name and namespace of an entity or an enumeration; true when both make a key.
    template <class T>
    bool readNameAndNamespace(object_reader & obj, T & item)
@@ -178,25 +191,18 @@ private:
       if (obj.readLong("version", l)) { pEnum->setVersion(l); }
       obj.readMeta(* pEnum);
 
-      QJsonArray lstValues;
-      if (obj.readArray("values", lstValues))
+      QHash<QString, qsizetype> hashValueKeys;
+      forEachObject(obj, "values", [this, & hashValueKeys, & pEnum](const QJsonObject & jsonValue, qsizetype i, const QString & sValuePath)
       {
-         QHash<QString, qsizetype> hashValueKeys;
-         for (qsizetype i = 0; i < lstValues.size(); ++i)
-         {
-            const QString sValuePath = indexPath(obj.path("values"), i);
-            if (! isObjectItem(lstValues, i, sValuePath)) { continue; }
-            const QJsonObject jsonValue = lstValues.at(i).toObject();
-            object_reader value(m_reader, jsonValue, sValuePath, { "key", "value" });
-            QString sKey, sValue;
-            if (! value.require("key") || ! value.readIdentifier("key", sKey, false)) { continue; }
-            value.readString("value", sValue);
-            if (hashValueKeys.contains(sKey))
-            { m_reader.error(value.path("key"), QString("key '%1' is already used by values[%2]").arg(sKey).arg(hashValueKeys.value(sKey))); continue; }
-            hashValueKeys.insert(sKey, i);
-            pEnum->addKeyValue(sKey, sValue);
-         }
-      }
+         object_reader value(m_reader, jsonValue, sValuePath, { "key", "value" });
+         QString sKey, sValue;
+         if (! value.require("key") || ! value.readIdentifier("key", sKey, false)) { return; }
+         value.readString("value", sValue);
+         if (hashValueKeys.contains(sKey))
+         { m_reader.error(value.path("key"), QString("key '%1' is already used by values[%2]").arg(sKey).arg(hashValueKeys.value(sKey))); return; }
+         hashValueKeys.insert(sKey, i);
+         pEnum->addKeyValue(sKey, sValue);
+      });
 
       if (bKeyOk)
       {
@@ -234,25 +240,19 @@ private:
       readTriggers(obj, * pEntity);
       obj.readMeta(* pEntity);
 
-      QJsonArray lstProperties;
-      if (obj.readArray("properties", lstProperties))
+      QHash<QString, qsizetype> hashNames;
+      forEachObject(obj, "properties", [this, & hashNames, & pEntity](const QJsonObject & jsonProperty, qsizetype i, const QString & sPropertyPath)
       {
-         QHash<QString, qsizetype> hashNames;
-         for (qsizetype i = 0; i < lstProperties.size(); ++i)
+         model::property_ptr pProperty = readProperty(jsonProperty, sPropertyPath);
+         const QString sName = pProperty->getName();
+         if (! sName.isEmpty())
          {
-            const QString sPropertyPath = indexPath(obj.path("properties"), i);
-            if (! isObjectItem(lstProperties, i, sPropertyPath)) { continue; }
-            model::property_ptr pProperty = readProperty(lstProperties.at(i).toObject(), sPropertyPath);
-            const QString sName = pProperty->getName();
-            if (! sName.isEmpty())
-            {
-               if (hashNames.contains(sName))
-               { m_reader.error(joinPath(sPropertyPath, "name"), QString("property '%1' is already defined by properties[%2]").arg(sName).arg(hashNames.value(sName))); }
-               else { hashNames.insert(sName, i); }
-            }
-            pEntity->addProperty(pProperty);
+            if (hashNames.contains(sName))
+            { m_reader.error(joinPath(sPropertyPath, "name"), QString("property '%1' is already defined by properties[%2]").arg(sName).arg(hashNames.value(sName))); }
+            else { hashNames.insert(sName, i); }
          }
-      }
+         pEntity->addProperty(pProperty);
+      });
 
       if (bKeyOk)
       {
