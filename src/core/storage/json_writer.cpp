@@ -71,17 +71,18 @@ class object_writer
    QList<QPair<QByteArray, QByteArray> > m_lstFields;
 
 public:
-   void add(const char * szKey, const QByteArray & value) { m_lstFields.append(qMakePair(QByteArray(szKey), value)); }
-   void addString(const char * szKey, const QString & s) { add(szKey, quoted(s)); }
-   void addStringIf(const char * szKey, const QString & s) { if (! s.isEmpty()) { addString(szKey, s); } }
-   void addBoolIf(const char * szKey, bool b, bool bDefault) { if (b != bDefault) { add(szKey, b ? "true" : "false"); } }
-   void addNumberIf(const char * szKey, qint64 i) { if (i != 0) { add(szKey, number(i)); } }
-   void addScalarIf(const char * szKey, const QVariant & v) { if (v.isValid() && ! v.isNull()) { add(szKey, scalar(v)); } }
-   void addCodeIf(const char * szKey, int i, int iDefault, QString (* pNameOf)(int))
+   // Each returns the writer, so that a run of fields reads as one statement.
+   object_writer & add(const char * szKey, const QByteArray & value) { m_lstFields.append(qMakePair(QByteArray(szKey), value)); return (* this); }
+   object_writer & addString(const char * szKey, const QString & s) { return add(szKey, quoted(s)); }
+   object_writer & addStringIf(const char * szKey, const QString & s) { return (s.isEmpty() ? (* this) : addString(szKey, s)); }
+   object_writer & addBoolIf(const char * szKey, bool b, bool bDefault) { return ((b == bDefault) ? (* this) : add(szKey, b ? "true" : "false")); }
+   object_writer & addNumberIf(const char * szKey, qint64 i) { return ((i == 0) ? (* this) : add(szKey, number(i))); }
+   object_writer & addScalarIf(const char * szKey, const QVariant & v) { return ((v.isValid() && ! v.isNull()) ? add(szKey, scalar(v)) : (* this)); }
+   object_writer & addCodeIf(const char * szKey, int i, int iDefault, QString (* pNameOf)(int))
    {
-      if (i == iDefault) { return; }
+      if (i == iDefault) { return (* this); }
       const QString sName = pNameOf(i);
-      add(szKey, sName.isEmpty() ? number(i) : quoted(sName));
+      return add(szKey, sName.isEmpty() ? number(i) : quoted(sName));
    }
    void addMetaIf(const model::persistable & item)
    {
@@ -159,28 +160,16 @@ QByteArray propertyText(const model::property & p)
       r.addStringIf("extra_table", pRelation->getExtraTable());
       w.add("relation", r.inlineText());
    }
-   w.addStringIf("column", p.getColumnName());
-   w.addStringIf("description", p.getDescription());
-   w.addNumberIf("version", p.getVersion());
-   w.addCodeIf("accessibility", p.getAccessibility(), model::property::access_protected, & codes::accessibilityName);
-   w.addBoolIf("write_accessors", p.getWriteAccessors(), true);
-   w.addBoolIf("obsolete", p.isObsolete(), false);
-   w.addBoolIf("read_only", p.isReadOnly(), false);
-   w.addStringIf("get_method", p.getGetMethod());
-   w.addStringIf("set_method", p.getSetMethod());
-   w.addBoolIf("transient", p.isTransient(), false);
-   w.addBoolIf("serializable", p.isSerializable(), true);
-   w.addBoolIf("index", p.isIndex(), false);
-   w.addBoolIf("unique", p.getUnique(), false);
-   w.addBoolIf("allow_null", p.getAllowNull(), true);
-   w.addScalarIf("min_value", p.getMinValue());
-   w.addScalarIf("max_value", p.getMaxValue());
-   w.addScalarIf("min_length", p.getMinLength());
-   w.addScalarIf("max_length", p.getMaxLength());
-   w.addStringIf("reg_exp", p.getRegExp());
-   w.addStringIf("force_sql_type", p.getForceSqlType());
-   w.addStringIf("force_sql_alias", p.getForceSqlAlias());
-   w.addStringIf("format", p.getFormat());
+   w.addStringIf("column", p.getColumnName()).addStringIf("description", p.getDescription()).addNumberIf("version", p.getVersion())
+      .addCodeIf("accessibility", p.getAccessibility(), model::property::access_protected, & codes::accessibilityName)
+      .addBoolIf("write_accessors", p.getWriteAccessors(), true).addBoolIf("obsolete", p.isObsolete(), false)
+      .addBoolIf("read_only", p.isReadOnly(), false).addStringIf("get_method", p.getGetMethod()).addStringIf("set_method", p.getSetMethod())
+      .addBoolIf("transient", p.isTransient(), false).addBoolIf("serializable", p.isSerializable(), true)
+      .addBoolIf("index", p.isIndex(), false).addBoolIf("unique", p.getUnique(), false).addBoolIf("allow_null", p.getAllowNull(), true)
+      .addScalarIf("min_value", p.getMinValue()).addScalarIf("max_value", p.getMaxValue())
+      .addScalarIf("min_length", p.getMinLength()).addScalarIf("max_length", p.getMaxLength())
+      .addStringIf("reg_exp", p.getRegExp()).addStringIf("force_sql_type", p.getForceSqlType())
+      .addStringIf("force_sql_alias", p.getForceSqlAlias()).addStringIf("format", p.getFormat());
    w.addMetaIf(p);
    return w.inlineText();
 }
@@ -188,17 +177,10 @@ QByteArray propertyText(const model::property & p)
 QByteArray entityText(const model::entity & e, const QByteArray & indent)
 {
    object_writer w;
-   w.add("id", number(e.getId()));
-   w.addString("name", e.getName());
-   w.addStringIf("namespace", e.getNamespace());
-   w.addNumberIf("version", e.getVersion());
-   w.addStringIf("description", e.getDescription());
-   w.addStringIf("table", e.getTableName());
-   w.addStringIf("parent", e.getParentKey());
-   w.addBoolIf("abstract", e.isAbstract(), false);
-   w.addBoolIf("read_only", e.isReadOnly(), false);
-   w.addStringIf("soft_delete_column", e.getSoftDeleteColumn());
-   w.addStringIf("validator_method", e.getValidatorMethod());
+   w.add("id", number(e.getId())).addString("name", e.getName()).addStringIf("namespace", e.getNamespace())
+      .addNumberIf("version", e.getVersion()).addStringIf("description", e.getDescription()).addStringIf("table", e.getTableName())
+      .addStringIf("parent", e.getParentKey()).addBoolIf("abstract", e.isAbstract(), false).addBoolIf("read_only", e.isReadOnly(), false)
+      .addStringIf("soft_delete_column", e.getSoftDeleteColumn()).addStringIf("validator_method", e.getValidatorMethod());
 
    QList<QByteArray> lstTriggers;
    for (const QString & sKey : model::triggerKeys(e)) { lstTriggers.append(quoted(sKey)); }
