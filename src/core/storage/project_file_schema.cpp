@@ -83,7 +83,6 @@ bool execSql(QSqlDatabase & db, const QString & sql, QString & sError)
    return false;
 }
 
-// Lists the tables; also the first real read, where a corrupt file shows.
 bool listTables(QSqlDatabase & db, QStringList & lstTables, QString & sError)
 {
    QSqlQuery query(db);
