@@ -65,6 +65,142 @@ void checkCode(QStringList & lst, const Label & label, const char * szWhat, int 
    if ((iCode < 0) || (iCode > iLast)) { lst.append(QString("%1 has an invalid %2 code %3").arg(label(), QString::fromLatin1(szWhat)).arg(iCode)); }
 }
 
+
+// The checks of problems(), in the order their messages come: the project's name, the
+// enumerations, the entities' keys, then what the entities refer to, then inheritance cycles.
+class integrity_check
+{
+   const project & m_project;
+   const list_of_entity & m_lstEntities;
+   const list_of_enumeration & m_lstEnums;
+   QStringList m_lst;
+   QHash<long, qsizetype> m_hashEnumIds, m_hashEntityIds;
+   QHash<long, QPair<qsizetype, qsizetype> > m_hashPropertyIds;
+   QHash<QString, qsizetype> m_hashEnumKeys;
+   QSet<QString> m_setEntityKeys;
+
+public:
+   explicit integrity_check(const project & p)
+      : m_project(p), m_lstEntities(* p.getListOfAllEntities()), m_lstEnums(* p.getListOfAllEnums()) { ; }
+
+   QStringList problems()
+   {
+      checkProjectName();
+      for (qsizetype i = 0; i < m_lstEnums.size(); ++i) { if (m_lstEnums.at(i)) { checkEnumeration(i); } }
+      for (qsizetype i = 0; i < m_lstEntities.size(); ++i) { if (m_lstEntities.at(i)) { checkEntityKey(i); } }
+      for (qsizetype i = 0; i < m_lstEntities.size(); ++i) { if (m_lstEntities.at(i)) { checkEntityReferences(i); } }
+      for (const QList<qsizetype> & lstCycle : model_integrity::parentCycles(m_lstEntities))
+      {
+         const entity_ptr & pFirst = m_lstEntities.at(lstCycle.first());
+         m_lst.append(QString("Entity '%1' : inheritance cycle %2").arg(pFirst->getKey(), model_integrity::cycleText(m_lstEntities, lstCycle)));
+      }
+      return m_lst;
+   }
+
+private:
+   QString enumLabel(qsizetype i) const
+   {
+      const enumeration_ptr & pEnum = m_lstEnums.at(i);
+      return (pEnum->getName().isEmpty() ? QString("Enumeration #%1").arg(i + 1) : QString("Enumeration '%1'").arg(pEnum->getKey()));
+   }
+
+   QString entityLabel(qsizetype i) const
+   {
+      const entity_ptr & pEntity = m_lstEntities.at(i);
+      return (pEntity->getName().isEmpty() ? QString("Entity #%1").arg(i + 1) : QString("Entity '%1'").arg(pEntity->getKey()));
+   }
+
+   QString propertyLabel(const QPair<qsizetype, qsizetype> & pos) const
+   {
+      const QString sName = m_lstEntities.at(pos.first)->getOwnProperties().at(pos.second)->getName();
+      return (sName.isEmpty() ? QString("%1 : property #%2").arg(entityLabel(pos.first)).arg(pos.second + 1)
+                              : QString("%1 : property '%2'").arg(entityLabel(pos.first), sName));
+   }
+
+   void checkProjectName()
+   {
+      const QString sProjectName = m_project.getName();
+      // A file holding only the tables (no model yet) takes its name from the file.
+      if (sProjectName.isEmpty()) { if (! m_lstEntities.isEmpty() || ! m_lstEnums.isEmpty()) { m_lst.append("Project has no name"); } }
+      else if (! model_names::isCppIdentifier(sProjectName))
+      { m_lst.append(QString("Project name '%1' %2").arg(sProjectName, model_names::identifierProblem(sProjectName))); }
+   }
+
+   void checkEnumeration(qsizetype i)
+   {
+      const enumeration_ptr & pEnum = m_lstEnums.at(i);
+      auto label = [this, i] { return enumLabel(i); };
+      checkNamed(m_lst, label, pEnum->getName(), pEnum->getNamespace());
+      checkId(m_lst, m_hashEnumIds, pEnum->getId(), i, label, [this](qsizetype k) { return enumLabel(k); }, "enumerations");
+      checkOptionalIdentifier(m_lst, label, "enum name", pEnum->getEnumName());
+      for (const auto & keyValue : pEnum->getAllKeyValue())
+      {
+         if (! model_names::isCppIdentifier(keyValue.first))
+         { m_lst.append(QString("%1 : value key '%2' %3").arg(label(), keyValue.first, model_names::identifierProblem(keyValue.first))); }
+      }
+      if (pEnum->getName().isEmpty()) { return; }
+      if (m_hashEnumKeys.contains(pEnum->getKey())) { m_lst.append(QString("%1 is defined more than once").arg(label())); }
+      else { m_hashEnumKeys.insert(pEnum->getKey(), i); }
+   }
+
+   void checkEntityKey(qsizetype i)
+   {
+      const entity & e = (* m_lstEntities.at(i));
+      auto label = [this, i] { return entityLabel(i); };
+      checkNamed(m_lst, label, e.getName(), e.getNamespace());
+      checkId(m_lst, m_hashEntityIds, e.getId(), i, label, [this](qsizetype k) { return entityLabel(k); }, "entities");
+      checkOptionalIdentifier(m_lst, label, "validator method", e.getValidatorMethod());
+      if (e.getName().isEmpty()) { return; }
+      const QString sKey = e.getKey();
+      if (m_setEntityKeys.contains(sKey)) { m_lst.append(QString("%1 is defined more than once").arg(label())); }
+      else if (m_hashEnumKeys.contains(sKey)) { m_lst.append(QString("%1 has the same key as %2").arg(label(), enumLabel(m_hashEnumKeys.value(sKey)))); }
+      else { m_setEntityKeys.insert(sKey); }
+   }
+
+   void checkEntityReferences(qsizetype i)
+   {
+      const entity_ptr & pEntity = m_lstEntities.at(i);
+      const QString sParentKey = pEntity->getParentKey();
+      if (! sParentKey.isEmpty() && ! m_setEntityKeys.contains(sParentKey))
+      { m_lst.append(QString("%1 : parent '%2' is not an entity of the project").arg(entityLabel(i), sParentKey)); }
+
+      QSet<QString> setNames;
+      const list_of_property & lstProperties = pEntity->getOwnProperties();
+      for (qsizetype j = 0; j < lstProperties.size(); ++j)
+      {
+         if (lstProperties.at(j)) { checkProperty(* lstProperties.at(j), QPair<qsizetype, qsizetype>(i, j), setNames); }
+      }
+   }
+
+   void checkProperty(const property & prop, const QPair<qsizetype, qsizetype> & pos, QSet<QString> & setNames)
+   {
+      auto label = [this, pos] { return propertyLabel(pos); };
+      const QString sName = prop.getName();
+      const QString sProblem = nameProblem(sName);
+      if (! sProblem.isEmpty()) { m_lst.append(label() + " " + sProblem); }
+      else if (setNames.contains(sName)) { m_lst.append(label() + " is defined more than once"); }
+      setNames.insert(sName);
+      checkId(m_lst, m_hashPropertyIds, prop.getId(), pos, label, [this](const QPair<qsizetype, qsizetype> & k) { return propertyLabel(k); }, "properties");
+      checkCode(m_lst, label, "accessibility", prop.getAccessibility(), property::access_private);
+      if (property_type_ptr pType = prop.getType())
+      {
+         checkCode(m_lst, label, "decoration", pType->getDecoration(), property_type::decoration_optional);
+         checkCode(m_lst, label, "collection", pType->getCollection(), property_type::collection_std_vector);
+      }
+      const QString sEnumKey = prop.getEnumerationKey();
+      if (! sEnumKey.isEmpty() && ! m_hashEnumKeys.contains(sEnumKey))
+      { m_lst.append(QString("%1 : enumeration '%2' is not an enumeration of the project").arg(label(), sEnumKey)); }
+      if (relationship_ptr pRelation = prop.getRelation())
+      {
+         checkCode(m_lst, label, "relation kind", pRelation->getType(), relationship::many_to_many);
+         const QString sTarget = pRelation->getTargetKey();
+         if (sTarget.isEmpty()) { m_lst.append(label() + " has a relation without target"); }
+         else if (! m_setEntityKeys.contains(sTarget))
+         { m_lst.append(QString("%1 : relation target '%2' is not an entity of the project").arg(label(), sTarget)); }
+      }
+   }
+};
+
 } // namespace
 
 QList<QList<qsizetype> > model_integrity::parentCycles(const list_of_entity & lstEntities)
@@ -196,120 +332,7 @@ QStringList model_integrity::fileCollisions(const project & p, bool bForExport)
 
 QStringList model_integrity::problems(const project & p)
 {
-   QStringList lst;
-   const list_of_entity & lstEntities = (* p.getListOfAllEntities());
-   const list_of_enumeration & lstEnums = (* p.getListOfAllEnums());
-
-   const QString sProjectName = p.getName();
-   // A file holding only the tables (no model yet) takes its name from the file.
-   if (sProjectName.isEmpty()) { if (! lstEntities.isEmpty() || ! lstEnums.isEmpty()) { lst.append("Project has no name"); } }
-   else if (! model_names::isCppIdentifier(sProjectName))
-   { lst.append(QString("Project name '%1' %2").arg(sProjectName, model_names::identifierProblem(sProjectName))); }
-
-   auto enumLabel = [&lstEnums](qsizetype i)
-   {
-      const enumeration_ptr & pEnum = lstEnums.at(i);
-      return (pEnum->getName().isEmpty() ? QString("Enumeration #%1").arg(i + 1) : QString("Enumeration '%1'").arg(pEnum->getKey()));
-   };
-   auto entityLabel = [&lstEntities](qsizetype i)
-   {
-      const entity_ptr & pEntity = lstEntities.at(i);
-      return (pEntity->getName().isEmpty() ? QString("Entity #%1").arg(i + 1) : QString("Entity '%1'").arg(pEntity->getKey()));
-   };
-   auto propertyLabel = [&lstEntities, &entityLabel](const QPair<qsizetype, qsizetype> & pos)
-   {
-      const QString sName = lstEntities.at(pos.first)->getOwnProperties().at(pos.second)->getName();
-      return (sName.isEmpty() ? QString("%1 : property #%2").arg(entityLabel(pos.first)).arg(pos.second + 1)
-                              : QString("%1 : property '%2'").arg(entityLabel(pos.first), sName));
-   };
-
-   QHash<long, qsizetype> hashEnumIds, hashEntityIds;
-   QHash<long, QPair<qsizetype, qsizetype> > hashPropertyIds;
-   QHash<QString, qsizetype> hashEnumKeys;
-   QSet<QString> setEntityKeys;
-   for (qsizetype i = 0; i < lstEnums.size(); ++i)
-   {
-      const enumeration_ptr & pEnum = lstEnums.at(i);
-      if (! pEnum) { continue; }
-      auto label = [&enumLabel, i] { return enumLabel(i); };
-      checkNamed(lst, label, pEnum->getName(), pEnum->getNamespace());
-      checkId(lst, hashEnumIds, pEnum->getId(), i, label, enumLabel, "enumerations");
-      checkOptionalIdentifier(lst, label, "enum name", pEnum->getEnumName());
-      for (const auto & keyValue : pEnum->getAllKeyValue())
-      {
-         if (! model_names::isCppIdentifier(keyValue.first))
-         { lst.append(QString("%1 : value key '%2' %3").arg(label(), keyValue.first, model_names::identifierProblem(keyValue.first))); }
-      }
-      if (pEnum->getName().isEmpty()) { continue; }
-      if (hashEnumKeys.contains(pEnum->getKey())) { lst.append(QString("%1 is defined more than once").arg(label())); }
-      else { hashEnumKeys.insert(pEnum->getKey(), i); }
-   }
-
-   for (qsizetype i = 0; i < lstEntities.size(); ++i)
-   {
-      const entity_ptr & pEntity = lstEntities.at(i);
-      if (! pEntity) { continue; }
-      const entity & e = (* pEntity);
-      auto label = [&entityLabel, i] { return entityLabel(i); };
-      checkNamed(lst, label, e.getName(), e.getNamespace());
-      checkId(lst, hashEntityIds, e.getId(), i, label, entityLabel, "entities");
-      checkOptionalIdentifier(lst, label, "validator method", e.getValidatorMethod());
-      if (e.getName().isEmpty()) { continue; }
-      const QString sKey = e.getKey();
-      if (setEntityKeys.contains(sKey)) { lst.append(QString("%1 is defined more than once").arg(label())); }
-      else if (hashEnumKeys.contains(sKey)) { lst.append(QString("%1 has the same key as %2").arg(label(), enumLabel(hashEnumKeys.value(sKey)))); }
-      else { setEntityKeys.insert(sKey); }
-   }
-
-   for (qsizetype i = 0; i < lstEntities.size(); ++i)
-   {
-      const entity_ptr & pEntity = lstEntities.at(i);
-      if (! pEntity) { continue; }
-      const QString sParentKey = pEntity->getParentKey();
-      if (! sParentKey.isEmpty() && ! setEntityKeys.contains(sParentKey))
-      { lst.append(QString("%1 : parent '%2' is not an entity of the project").arg(entityLabel(i), sParentKey)); }
-
-      QSet<QString> setNames;
-      const list_of_property & lstProperties = pEntity->getOwnProperties();
-      for (qsizetype j = 0; j < lstProperties.size(); ++j)
-      {
-         const property_ptr & pProperty = lstProperties.at(j);
-         if (! pProperty) { continue; }
-         const property & prop = (* pProperty);
-         const QPair<qsizetype, qsizetype> pos(i, j);
-         auto label = [&propertyLabel, pos] { return propertyLabel(pos); };
-         const QString sName = prop.getName();
-         const QString sProblem = nameProblem(sName);
-         if (! sProblem.isEmpty()) { lst.append(label() + " " + sProblem); }
-         else if (setNames.contains(sName)) { lst.append(label() + " is defined more than once"); }
-         setNames.insert(sName);
-         checkId(lst, hashPropertyIds, prop.getId(), pos, label, propertyLabel, "properties");
-         checkCode(lst, label, "accessibility", prop.getAccessibility(), property::access_private);
-         if (property_type_ptr pType = prop.getType())
-         {
-            checkCode(lst, label, "decoration", pType->getDecoration(), property_type::decoration_optional);
-            checkCode(lst, label, "collection", pType->getCollection(), property_type::collection_std_vector);
-         }
-         const QString sEnumKey = prop.getEnumerationKey();
-         if (! sEnumKey.isEmpty() && ! hashEnumKeys.contains(sEnumKey))
-         { lst.append(QString("%1 : enumeration '%2' is not an enumeration of the project").arg(label(), sEnumKey)); }
-         if (relationship_ptr pRelation = prop.getRelation())
-         {
-            checkCode(lst, label, "relation kind", pRelation->getType(), relationship::many_to_many);
-            const QString sTarget = pRelation->getTargetKey();
-            if (sTarget.isEmpty()) { lst.append(label() + " has a relation without target"); }
-            else if (! setEntityKeys.contains(sTarget))
-            { lst.append(QString("%1 : relation target '%2' is not an entity of the project").arg(label(), sTarget)); }
-         }
-      }
-   }
-
-   for (const QList<qsizetype> & lstCycle : parentCycles(lstEntities))
-   {
-      const entity_ptr & pFirst = lstEntities.at(lstCycle.first());
-      lst.append(QString("Entity '%1' : inheritance cycle %2").arg(pFirst->getKey(), cycleText(lstEntities, lstCycle)));
-   }
-   return lst;
+   return integrity_check(p).problems();
 }
 
 } // namespace model

@@ -42,113 +42,151 @@ bool isRawPrefix(const QString & sIdentifier)
 }
 
 // Walks C++ text outside literals and comments and checks that the brackets (sOpeners, sClosers) nest
-// within the text. Empty when the text can be pasted between an opening and a closing bracket.
+// within the text. Each step takes the token at the current place when it is of its kind; a
+// problem ends the walk.
+class code_walk
+{
+   const QString m_s;
+   const qsizetype m_n;
+   const QString & m_sOpeners;
+   const QString & m_sClosers;
+   const bool m_bDirectives;
+   qsizetype m_i = 0;
+   QString m_sProblem;
+   QString m_sStack;
+   int m_iConditionals = 0;
+
+   ushort at(qsizetype i) const { return m_s.at(i).unicode(); }
+   bool fail(const QString & sProblem) { m_sProblem = sProblem; return true; }
+
+   bool comment(ushort c)
+   {
+      if ((c != '/') || (m_i + 1 >= m_n)) { return false; }
+      if (m_s.at(m_i + 1) == QLatin1Char('/'))
+      {
+         const qsizetype iEnd = m_s.indexOf(QLatin1Char('\n'), m_i);
+         if (iEnd < 0) { return fail(QStringLiteral("ends in a // comment, which would hide the closing bracket written after it")); }
+         m_i = iEnd;
+         return true;
+      }
+      if (m_s.at(m_i + 1) != QLatin1Char('*')) { return false; }
+      const qsizetype iEnd = m_s.indexOf(QLatin1String("*/"), m_i + 2);
+      if (iEnd < 0) { return fail(QStringLiteral("leaves a /* comment open")); }
+      m_i = iEnd + 2;
+      return true;
+   }
+
+   bool directive(ushort c, bool bAtLineStart)
+   {
+      if ((c != '#') || ! bAtLineStart || ! m_bDirectives) { return false; }
+      qsizetype j = m_i + 1;
+      while ((j < m_n) && ((m_s.at(j) == QLatin1Char(' ')) || (m_s.at(j) == QLatin1Char('\t')))) { ++j; }
+      qsizetype k = j;
+      while ((k < m_n) && isIdentifierChar(at(k))) { ++k; }
+      const QString sDirective = m_s.mid(j, k - j);
+      if (sDirective.startsWith(QLatin1String("if"))) { ++m_iConditionals; }
+      else if (sDirective == QLatin1String("endif"))
+      {
+         if (m_iConditionals == 0) { return fail(QStringLiteral("has an #endif without its #if")); }
+         --m_iConditionals;
+      }
+      else if (((sDirective == QLatin1String("else")) || sDirective.startsWith(QLatin1String("elif"))) && (m_iConditionals == 0))
+      { return fail(QString("has an #%1 without its #if").arg(sDirective)); }
+      m_i = k;
+      return true;
+   }
+
+   // A number with its digit separators, exponent signs and suffix.
+   bool number(ushort c)
+   {
+      if (! isDigit(c) && ! ((c == '.') && (m_i + 1 < m_n) && isDigit(at(m_i + 1)))) { return false; }
+      ++m_i;
+      while (m_i < m_n)
+      {
+         const ushort d = at(m_i);
+         if (isIdentifierChar(d) || (d == '.')) { ++m_i; continue; }
+         if ((d == '\'') && (m_i + 1 < m_n) && isIdentifierChar(at(m_i + 1))) { ++m_i; continue; }
+         if (((d == '+') || (d == '-')) && QStringLiteral("eEpP").contains(m_s.at(m_i - 1))) { ++m_i; continue; }
+         break;
+      }
+      return true;
+   }
+
+   // An identifier, with the raw string literal it may be the prefix of.
+   bool identifier(ushort c)
+   {
+      if (! isIdentifierStart(c)) { return false; }
+      const qsizetype iStart = m_i;
+      while ((m_i < m_n) && isIdentifierChar(at(m_i))) { ++m_i; }
+      if ((m_i >= m_n) || (m_s.at(m_i) != QLatin1Char('"')) || ! isRawPrefix(m_s.mid(iStart, m_i - iStart))) { return true; }
+      const qsizetype iOpen = m_s.indexOf(QLatin1Char('('), m_i + 1);
+      if ((iOpen < 0) || (iOpen - m_i - 1 > 16)) { return fail(QStringLiteral("leaves a raw string literal open")); }
+      const QString sEnd = QLatin1Char(')') + m_s.mid(m_i + 1, iOpen - m_i - 1) + QLatin1Char('"');
+      const qsizetype iEnd = m_s.indexOf(sEnd, iOpen + 1);
+      if (iEnd < 0) { return fail(QStringLiteral("leaves a raw string literal open")); }
+      m_i = iEnd + sEnd.size();
+      return true;
+   }
+
+   bool literal(ushort c)
+   {
+      if ((c != '"') && (c != '\'')) { return false; }
+      qsizetype j = m_i + 1;
+      while ((j < m_n) && (at(j) != c) && ! isLineBreak(at(j)))
+      {
+         if (m_s.at(j) == QLatin1Char('\\')) { ++j; }
+         ++j;
+      }
+      if ((j >= m_n) || (at(j) != c))
+      { return fail((c == '"') ? QStringLiteral("leaves a string literal open") : QStringLiteral("leaves a character literal open")); }
+      m_i = j + 1;
+      return true;
+   }
+
+   void bracket(ushort c)
+   {
+      const qsizetype iOpener = m_sOpeners.indexOf(QChar(c));
+      const qsizetype iCloser = m_sClosers.indexOf(QChar(c));
+      if (iOpener >= 0) { m_sStack.append(QChar(c)); }
+      else if (iCloser >= 0)
+      {
+         if (m_sStack.isEmpty() || (m_sStack.back() != m_sOpeners.at(iCloser)))
+         { fail(QString("has a '%1' that does not close a bracket of its own, which would end the code it is written in early").arg(QChar(c))); return; }
+         m_sStack.chop(1);
+      }
+      ++m_i;
+   }
+
+public:
+   code_walk(const QString & s, const QString & sOpeners, const QString & sClosers, bool bDirectives)
+      : m_s(s), m_n(s.size()), m_sOpeners(sOpeners), m_sClosers(sClosers), m_bDirectives(bDirectives) { ; }
+
+   QString problem()
+   {
+      bool bLineStart = false;   // the first line follows the opening bracket, not a line start
+      while ((m_i < m_n) && m_sProblem.isEmpty())
+      {
+         const ushort c = at(m_i);
+         if (c == '\n') { bLineStart = true; ++m_i; continue; }
+         if ((c == ' ') || (c == '\t') || (c == '\r') || (c == '\f') || (c == '\v')) { ++m_i; continue; }
+         const bool bAtLineStart = bLineStart;
+         bLineStart = false;
+         if (comment(c) || directive(c, bAtLineStart) || number(c) || identifier(c) || literal(c)) { continue; }
+         bracket(c);
+      }
+      if (! m_sProblem.isEmpty()) { return m_sProblem; }
+      if (! m_sStack.isEmpty()) { return QString("leaves '%1' open").arg(m_sStack.back()); }
+      if (m_iConditionals > 0) { return QStringLiteral("leaves an #if open"); }
+      return QString();
+   }
+};
+
+// Empty when the text can be pasted between an opening and a closing bracket.
 QString codeProblem(const QString & sText, const QString & sOpeners, const QString & sClosers, bool bDirectives)
 {
    const QString sNul = nulIn(sText);
    if (! sNul.isEmpty()) { return sNul; }
-   const QString s = spliced(sText);
-   const qsizetype n = s.size();
-   QString sStack;
-   int iConditionals = 0;
-   bool bLineStart = false;   // the first line follows the opening bracket, not a line start
-   qsizetype i = 0;
-   while (i < n)
-   {
-      const ushort c = s.at(i).unicode();
-      if (c == '\n') { bLineStart = true; ++i; continue; }
-      if ((c == ' ') || (c == '\t') || (c == '\r') || (c == '\f') || (c == '\v')) { ++i; continue; }
-      const bool bAtLineStart = bLineStart;
-      bLineStart = false;
-
-      if ((c == '/') && (i + 1 < n) && (s.at(i + 1) == QLatin1Char('/')))
-      {
-         const qsizetype iEnd = s.indexOf(QLatin1Char('\n'), i);
-         if (iEnd < 0) { return QStringLiteral("ends in a // comment, which would hide the closing bracket written after it"); }
-         i = iEnd;
-         continue;
-      }
-      if ((c == '/') && (i + 1 < n) && (s.at(i + 1) == QLatin1Char('*')))
-      {
-         const qsizetype iEnd = s.indexOf(QLatin1String("*/"), i + 2);
-         if (iEnd < 0) { return QStringLiteral("leaves a /* comment open"); }
-         i = iEnd + 2;
-         continue;
-      }
-      if ((c == '#') && bAtLineStart && bDirectives)
-      {
-         qsizetype j = i + 1;
-         while ((j < n) && ((s.at(j) == QLatin1Char(' ')) || (s.at(j) == QLatin1Char('\t')))) { ++j; }
-         qsizetype k = j;
-         while ((k < n) && isIdentifierChar(s.at(k).unicode())) { ++k; }
-         const QString sDirective = s.mid(j, k - j);
-         if (sDirective.startsWith(QLatin1String("if"))) { ++iConditionals; }
-         else if (sDirective == QLatin1String("endif"))
-         {
-            if (iConditionals == 0) { return QStringLiteral("has an #endif without its #if"); }
-            --iConditionals;
-         }
-         else if (((sDirective == QLatin1String("else")) || sDirective.startsWith(QLatin1String("elif"))) && (iConditionals == 0))
-         { return QString("has an #%1 without its #if").arg(sDirective); }
-         i = k;
-         continue;
-      }
-      if (isDigit(c) || ((c == '.') && (i + 1 < n) && isDigit(s.at(i + 1).unicode())))
-      {
-         // A number with its digit separators, exponent signs and suffix.
-         ++i;
-         while (i < n)
-         {
-            const ushort d = s.at(i).unicode();
-            if (isIdentifierChar(d) || (d == '.')) { ++i; continue; }
-            if ((d == '\'') && (i + 1 < n) && isIdentifierChar(s.at(i + 1).unicode())) { ++i; continue; }
-            if (((d == '+') || (d == '-')) && QStringLiteral("eEpP").contains(s.at(i - 1))) { ++i; continue; }
-            break;
-         }
-         continue;
-      }
-      if (isIdentifierStart(c))
-      {
-         const qsizetype iStart = i;
-         while ((i < n) && isIdentifierChar(s.at(i).unicode())) { ++i; }
-         if ((i < n) && (s.at(i) == QLatin1Char('"')) && isRawPrefix(s.mid(iStart, i - iStart)))
-         {
-            const qsizetype iOpen = s.indexOf(QLatin1Char('('), i + 1);
-            if ((iOpen < 0) || (iOpen - i - 1 > 16)) { return QStringLiteral("leaves a raw string literal open"); }
-            const QString sEnd = QLatin1Char(')') + s.mid(i + 1, iOpen - i - 1) + QLatin1Char('"');
-            const qsizetype iEnd = s.indexOf(sEnd, iOpen + 1);
-            if (iEnd < 0) { return QStringLiteral("leaves a raw string literal open"); }
-            i = iEnd + sEnd.size();
-         }
-         continue;
-      }
-      if ((c == '"') || (c == '\''))
-      {
-         qsizetype j = i + 1;
-         while ((j < n) && (s.at(j).unicode() != c) && ! isLineBreak(s.at(j).unicode()))
-         {
-            if (s.at(j) == QLatin1Char('\\')) { ++j; }
-            ++j;
-         }
-         if ((j >= n) || (s.at(j).unicode() != c))
-         { return ((c == '"') ? QStringLiteral("leaves a string literal open") : QStringLiteral("leaves a character literal open")); }
-         i = j + 1;
-         continue;
-      }
-      const qsizetype iOpener = sOpeners.indexOf(QChar(c));
-      const qsizetype iCloser = sClosers.indexOf(QChar(c));
-      if (iOpener >= 0) { sStack.append(QChar(c)); }
-      else if (iCloser >= 0)
-      {
-         if (sStack.isEmpty() || (sStack.back() != sOpeners.at(iCloser)))
-         { return QString("has a '%1' that does not close a bracket of its own, which would end the code it is written in early").arg(QChar(c)); }
-         sStack.chop(1);
-      }
-      ++i;
-   }
-   if (! sStack.isEmpty()) { return QString("leaves '%1' open").arg(sStack.back()); }
-   if (iConditionals > 0) { return QStringLiteral("leaves an #if open"); }
-   return QString();
+   return code_walk(spliced(sText), sOpeners, sClosers, bDirectives).problem();
 }
 
 // Tokens of a number form: literals, identifiers with "::", operators and parentheses.

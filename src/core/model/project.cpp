@@ -160,6 +160,88 @@ void checkProperty(zy::ZyInvalidValueX & lst, const QString & sEntityLabel, cons
    { lst.append(zy::ZyInvalidValue(QString("%1 has relation target '%2' which does not exist").arg(sLabel(), sTarget), sPath())); }
 }
 
+
+// First index of every key, in document order.
+template <typename List>
+QHash<QString, qsizetype> firstIndexOfKeys(const List & lst)
+{
+   QHash<QString, qsizetype> hash;
+   hash.reserve(lst.size());
+   for (qsizetype i = 0; i < lst.size(); ++i)
+   {
+      if (lst.at(i) && ! hash.contains(lst.at(i)->getKey())) { hash.insert(lst.at(i)->getKey(), i); }
+   }
+   return hash;
+}
+
+// What entities and enumerations share: a name, a namespace and a key given once.
+template <typename Ptr>
+void checkKeyedItem(zy::ZyInvalidValueX & lst, const QString & sLabel, const Ptr & p, qsizetype i, const QString & sPath,
+                    const QHash<QString, qsizetype> & hashKeys, const char * szKind)
+{
+   checkName(lst, sLabel, p->getName(), sPath);
+   checkNamespace(lst, sLabel, p->getNamespace(), sPath);
+   const qsizetype iFirst = hashKeys.value(p->getKey(), i);
+   if (iFirst != i)
+   { lst.append(zy::ZyInvalidValue((QString("%1 is defined more than once (first as ") + szKind + " #%2)").arg(sLabel).arg(iFirst + 1), sPath)); }
+}
+
+void checkEntity(zy::ZyInvalidValueX & lst, const entity_ptr & pEntity, qsizetype i,
+                 const QHash<QString, qsizetype> & hashEntities, const QHash<QString, qsizetype> & hashEnums)
+{
+   const QString sLabel = entityLabel(pEntity, i);
+   const QString sPath = entityPath(i);
+   checkKeyedItem(lst, sLabel, pEntity, i, sPath, hashEntities, "entity");
+
+   const QString sParentKey = pEntity->getParentKey();
+   if (! sParentKey.isEmpty() && ! hashEntities.contains(sParentKey))
+   { lst.append(zy::ZyInvalidValue(QString("%1 : parent '%2' does not exist").arg(sLabel, sParentKey), sPath)); }
+   checkOptionalIdentifier(lst, sLabel, "validator method", pEntity->getValidatorMethod(), sPath);
+
+   QStringList lstPrimaryKeys;
+   QSet<QString> setNames;
+   const list_of_property & lstProperties = pEntity->getOwnProperties();
+   for (qsizetype j = 0; j < lstProperties.size(); ++j)
+   {
+      const property_ptr & pProperty = lstProperties.at(j);
+      if (! pProperty) { continue; }
+      lazy_text sPropertyPath([i, j] { return propertyPath(i, j); });
+      checkProperty(lst, sLabel, pProperty, j, sPropertyPath, hashEntities, hashEnums);
+      const QString sName = pProperty->getName();
+      if (! sName.isEmpty())
+      {
+         if (setNames.contains(sName))
+         { lst.append(zy::ZyInvalidValue(QString("%1 : property '%2' is defined more than once").arg(sLabel, sName), sPropertyPath())); }
+         setNames.insert(sName);
+      }
+      if (pProperty->isPrimaryKey()) { lstPrimaryKeys.append("'" + sName + "'"); }
+   }
+   if (lstPrimaryKeys.size() > 1)
+   { lst.append(zy::ZyInvalidValue(QString("%1 has more than one primary key (%2)").arg(sLabel, lstPrimaryKeys.join(", ")), sPath)); }
+}
+
+void checkEnumeration(zy::ZyInvalidValueX & lst, const enumeration_ptr & pEnum, qsizetype i,
+                      const QHash<QString, qsizetype> & hashEntities, const QHash<QString, qsizetype> & hashEnums)
+{
+   const QString sLabel = enumerationLabel(pEnum, i);
+   const QString sPath = enumerationPath(i);
+   checkKeyedItem(lst, sLabel, pEnum, i, sPath, hashEnums, "enumeration");
+   if (! pEnum->getName().isEmpty() && hashEntities.contains(pEnum->getKey()))
+   { lst.append(zy::ZyInvalidValue(QString("%1 has the same key as entity #%2").arg(sLabel).arg(hashEntities.value(pEnum->getKey()) + 1), sPath)); }
+   checkOptionalIdentifier(lst, sLabel, "enum name", pEnum->getEnumName(), sPath);
+
+   qsizetype iValue = 0;
+   for (const auto & keyValue : pEnum->getAllKeyValue())
+   {
+      const QString & sKey = keyValue.first;
+      const QString sValuePath = QString("%1.values[%2]").arg(sPath).arg(iValue);
+      if (sKey.isEmpty()) { lst.append(zy::ZyInvalidValue(QString("%1 : value #%2 has no key").arg(sLabel).arg(iValue + 1), sValuePath)); }
+      else if (! model_names::isCppIdentifier(sKey))
+      { lst.append(zy::ZyInvalidValue(QString("%1 : value key '%2' %3").arg(sLabel, sKey, model_names::identifierProblem(sKey)), sValuePath)); }
+      ++iValue;
+   }
+}
+
 } // namespace
 
 void project::invalidateIndex() const
@@ -266,57 +348,11 @@ zy::ZyInvalidValueX project::checkSchema() const
    else if (! model_names::isCppIdentifier(m_sName))
    { lstResult.append(zy::ZyInvalidValue(QString("Project name '%1' %2").arg(m_sName, model_names::identifierProblem(m_sName)), "name")); }
 
-   // First index of every key, in document order.
-   QHash<QString, qsizetype> hashEntities;
-   hashEntities.reserve(lstEntities.size());
+   const QHash<QString, qsizetype> hashEntities = firstIndexOfKeys(lstEntities);
+   const QHash<QString, qsizetype> hashEnums = firstIndexOfKeys(lstEnums);
    for (qsizetype i = 0; i < lstEntities.size(); ++i)
    {
-      if (lstEntities.at(i) && ! hashEntities.contains(lstEntities.at(i)->getKey())) { hashEntities.insert(lstEntities.at(i)->getKey(), i); }
-   }
-   QHash<QString, qsizetype> hashEnums;
-   for (qsizetype i = 0; i < lstEnums.size(); ++i)
-   {
-      if (lstEnums.at(i) && ! hashEnums.contains(lstEnums.at(i)->getKey())) { hashEnums.insert(lstEnums.at(i)->getKey(), i); }
-   }
-
-   for (qsizetype i = 0; i < lstEntities.size(); ++i)
-   {
-      const entity_ptr & pEntity = lstEntities.at(i);
-      if (! pEntity) { continue; }
-      const QString sLabel = entityLabel(pEntity, i);
-      const QString sPath = entityPath(i);
-
-      checkName(lstResult, sLabel, pEntity->getName(), sPath);
-      checkNamespace(lstResult, sLabel, pEntity->getNamespace(), sPath);
-      const qsizetype iFirst = hashEntities.value(pEntity->getKey(), i);
-      if (iFirst != i)
-      { lstResult.append(zy::ZyInvalidValue(QString("%1 is defined more than once (first as entity #%2)").arg(sLabel).arg(iFirst + 1), sPath)); }
-
-      const QString sParentKey = pEntity->getParentKey();
-      if (! sParentKey.isEmpty() && ! hashEntities.contains(sParentKey))
-      { lstResult.append(zy::ZyInvalidValue(QString("%1 : parent '%2' does not exist").arg(sLabel, sParentKey), sPath)); }
-      checkOptionalIdentifier(lstResult, sLabel, "validator method", pEntity->getValidatorMethod(), sPath);
-
-      QStringList lstPrimaryKeys;
-      QSet<QString> setNames;
-      const list_of_property & lstProperties = pEntity->getOwnProperties();
-      for (qsizetype j = 0; j < lstProperties.size(); ++j)
-      {
-         const property_ptr & pProperty = lstProperties.at(j);
-         if (! pProperty) { continue; }
-         lazy_text sPropertyPath([i, j] { return propertyPath(i, j); });
-         checkProperty(lstResult, sLabel, pProperty, j, sPropertyPath, hashEntities, hashEnums);
-         const QString sName = pProperty->getName();
-         if (! sName.isEmpty())
-         {
-            if (setNames.contains(sName))
-            { lstResult.append(zy::ZyInvalidValue(QString("%1 : property '%2' is defined more than once").arg(sLabel, sName), sPropertyPath())); }
-            setNames.insert(sName);
-         }
-         if (pProperty->isPrimaryKey()) { lstPrimaryKeys.append("'" + sName + "'"); }
-      }
-      if (lstPrimaryKeys.size() > 1)
-      { lstResult.append(zy::ZyInvalidValue(QString("%1 has more than one primary key (%2)").arg(sLabel, lstPrimaryKeys.join(", ")), sPath)); }
+      if (lstEntities.at(i)) { checkEntity(lstResult, lstEntities.at(i), i, hashEntities, hashEnums); }
    }
 
    // Inheritance cycles, each reported once, at its first member in document order.
@@ -328,29 +364,7 @@ zy::ZyInvalidValueX project::checkSchema() const
 
    for (qsizetype i = 0; i < lstEnums.size(); ++i)
    {
-      const enumeration_ptr & pEnum = lstEnums.at(i);
-      if (! pEnum) { continue; }
-      const QString sLabel = enumerationLabel(pEnum, i);
-      const QString sPath = enumerationPath(i);
-      checkName(lstResult, sLabel, pEnum->getName(), sPath);
-      checkNamespace(lstResult, sLabel, pEnum->getNamespace(), sPath);
-      const qsizetype iFirst = hashEnums.value(pEnum->getKey(), i);
-      if (iFirst != i)
-      { lstResult.append(zy::ZyInvalidValue(QString("%1 is defined more than once (first as enumeration #%2)").arg(sLabel).arg(iFirst + 1), sPath)); }
-      if (! pEnum->getName().isEmpty() && hashEntities.contains(pEnum->getKey()))
-      { lstResult.append(zy::ZyInvalidValue(QString("%1 has the same key as entity #%2").arg(sLabel).arg(hashEntities.value(pEnum->getKey()) + 1), sPath)); }
-      checkOptionalIdentifier(lstResult, sLabel, "enum name", pEnum->getEnumName(), sPath);
-
-      qsizetype iValue = 0;
-      for (const auto & keyValue : pEnum->getAllKeyValue())
-      {
-         const QString & sKey = keyValue.first;
-         const QString sValuePath = QString("%1.values[%2]").arg(sPath).arg(iValue);
-         if (sKey.isEmpty()) { lstResult.append(zy::ZyInvalidValue(QString("%1 : value #%2 has no key").arg(sLabel).arg(iValue + 1), sValuePath)); }
-         else if (! model_names::isCppIdentifier(sKey))
-         { lstResult.append(zy::ZyInvalidValue(QString("%1 : value key '%2' %3").arg(sLabel, sKey, model_names::identifierProblem(sKey)), sValuePath)); }
-         ++iValue;
-      }
+      if (lstEnums.at(i)) { checkEnumeration(lstResult, lstEnums.at(i), i, hashEntities, hashEnums); }
    }
 
    // Texts the export writes as they are (accessor bodies, literals, comments, numbers).

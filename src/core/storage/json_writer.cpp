@@ -1,0 +1,239 @@
+#include "storage/json_writer.h"
+
+#include <QList>
+#include <QLocale>
+#include <QMap>
+#include <QPair>
+#include <QVariant>
+
+#include "model/entity.h"
+#include "model/entity_trigger.h"
+#include "model/enumeration.h"
+#include "model/project.h"
+#include "model/property.h"
+#include "model/property_type.h"
+#include "model/relationship.h"
+#include "storage/json_model_codes.h"
+
+namespace storage {
+namespace json_write {
+
+namespace {
+
+namespace codes = json_model_codes;
+
+QByteArray quoted(const QString & s)
+{
+   QByteArray out;
+   out.reserve(s.size() + 2);
+   out.append('"');
+   const QByteArray utf8 = s.toUtf8();
+   for (char c : utf8)
+   {
+      switch (c)
+      {
+         case '"': out.append("\\\""); break;
+         case '\\': out.append("\\\\"); break;
+         case '\b': out.append("\\b"); break;
+         case '\f': out.append("\\f"); break;
+         case '\n': out.append("\\n"); break;
+         case '\r': out.append("\\r"); break;
+         case '\t': out.append("\\t"); break;
+         default:
+            if ((unsigned char)(c) < 0x20) { out.append(QString::asprintf("\\u%04x", int(c)).toLatin1()); }
+            else { out.append(c); }
+            break;
+      }
+   }
+   out.append('"');
+   return out;
+}
+
+QByteArray number(qint64 i) { return QByteArray::number(i); }
+
+QByteArray scalar(const QVariant & v)
+{
+   switch (v.metaType().id())
+   {
+      case QMetaType::QString: return quoted(v.toString());
+      case QMetaType::Bool: return (v.toBool() ? "true" : "false");
+      case QMetaType::Double: case QMetaType::Float: return QByteArray::number(v.toDouble(), 'g', QLocale::FloatingPointShortest);
+      case QMetaType::Int: case QMetaType::LongLong: case QMetaType::Long: case QMetaType::Short:
+      case QMetaType::UInt: case QMetaType::ULongLong: case QMetaType::ULong: case QMetaType::UShort:
+         return number(v.toLongLong());
+      default: return quoted(v.toString());
+   }
+}
+
+// Fields of one JSON object, written in the order they are added.
+class object_writer
+{
+   QList<QPair<QByteArray, QByteArray> > m_lstFields;
+
+public:
+   // Each returns the writer, so that a run of fields reads as one statement.
+   object_writer & add(const char * szKey, const QByteArray & value) { m_lstFields.append(qMakePair(QByteArray(szKey), value)); return (* this); }
+   object_writer & addString(const char * szKey, const QString & s) { return add(szKey, quoted(s)); }
+   object_writer & addStringIf(const char * szKey, const QString & s) { return (s.isEmpty() ? (* this) : addString(szKey, s)); }
+   object_writer & addBoolIf(const char * szKey, bool b, bool bDefault) { return ((b == bDefault) ? (* this) : add(szKey, b ? "true" : "false")); }
+   object_writer & addNumberIf(const char * szKey, qint64 i) { return ((i == 0) ? (* this) : add(szKey, number(i))); }
+   object_writer & addScalarIf(const char * szKey, const QVariant & v) { return ((v.isValid() && ! v.isNull()) ? add(szKey, scalar(v)) : (* this)); }
+   object_writer & addCodeIf(const char * szKey, int i, int iDefault, QString (* pNameOf)(int))
+   {
+      if (i == iDefault) { return (* this); }
+      const QString sName = pNameOf(i);
+      return add(szKey, sName.isEmpty() ? number(i) : quoted(sName));
+   }
+   void addMetaIf(const model::persistable & item)
+   {
+      const QMap<QString, QString> & map = item.getAllMetaData();
+      if (map.isEmpty()) { return; }
+      object_writer meta;
+      for (auto itr = map.constBegin(); itr != map.constEnd(); ++itr) { meta.m_lstFields.append(qMakePair(quoted(itr.key()), quoted(itr.value()))); }
+      add("meta", meta.inlineText(true));
+   }
+
+   QByteArray inlineText(bool bKeysQuoted = false) const
+   {
+      QByteArray out("{");
+      for (qsizetype i = 0; i < m_lstFields.size(); ++i)
+      {
+         if (i > 0) { out.append(", "); }
+         out.append(bKeysQuoted ? m_lstFields.at(i).first : quoted(QString::fromUtf8(m_lstFields.at(i).first)));
+         out.append(": ");
+         out.append(m_lstFields.at(i).second);
+      }
+      out.append("}");
+      return out;
+   }
+
+   QByteArray blockText(const QByteArray & indent) const
+   {
+      QByteArray out("{\n");
+      for (qsizetype i = 0; i < m_lstFields.size(); ++i)
+      {
+         out.append(indent + "  " + quoted(QString::fromUtf8(m_lstFields.at(i).first)) + ": " + m_lstFields.at(i).second);
+         out.append((i + 1 < m_lstFields.size()) ? ",\n" : "\n");
+      }
+      out.append(indent + "}");
+      return out;
+   }
+};
+
+QByteArray arrayBlock(const QList<QByteArray> & lstItems, const QByteArray & indent)
+{
+   if (lstItems.isEmpty()) { return "[]"; }
+   QByteArray out("[\n");
+   for (qsizetype i = 0; i < lstItems.size(); ++i)
+   {
+      out.append(indent + "  " + lstItems.at(i));
+      out.append((i + 1 < lstItems.size()) ? ",\n" : "\n");
+   }
+   out.append(indent + "]");
+   return out;
+}
+
+QByteArray propertyText(const model::property & p)
+{
+   object_writer w;
+   w.add("id", number(p.getId()));
+   w.addString("name", p.getName());
+   model::property_type_ptr pType = p.getType();
+   if (pType && ! pType->isFromEnumeration()) { w.addStringIf("type", pType->getPrimitiveType()); }
+   w.addStringIf("enumeration", p.getEnumerationKey());
+   if (pType)
+   {
+      w.addCodeIf("decoration", pType->getDecoration(), model::property_type::decoration_none, & codes::decorationName);
+      w.addCodeIf("collection", pType->getCollection(), model::property_type::collection_none, & codes::collectionName);
+      w.addStringIf("default", pType->getDefaultValue());
+   }
+   w.addBoolIf("primary_key", p.isPrimaryKey(), false);
+   model::relationship_ptr pRelation = p.getRelation();
+   if (pRelation)
+   {
+      object_writer r;
+      const QString sKind = codes::relationName(pRelation->getType());
+      r.add("kind", sKind.isEmpty() ? number(pRelation->getType()) : quoted(sKind));
+      r.addString("target", pRelation->getTargetKey());
+      r.addStringIf("foreign_key", pRelation->getForeignKey());
+      r.addStringIf("foreign_key_owner", pRelation->getForeignKeyOwner());
+      r.addStringIf("extra_table", pRelation->getExtraTable());
+      w.add("relation", r.inlineText());
+   }
+   w.addStringIf("column", p.getColumnName()).addStringIf("description", p.getDescription()).addNumberIf("version", p.getVersion())
+      .addCodeIf("accessibility", p.getAccessibility(), model::property::access_protected, & codes::accessibilityName)
+      .addBoolIf("write_accessors", p.getWriteAccessors(), true).addBoolIf("obsolete", p.isObsolete(), false)
+      .addBoolIf("read_only", p.isReadOnly(), false).addStringIf("get_method", p.getGetMethod()).addStringIf("set_method", p.getSetMethod())
+      .addBoolIf("transient", p.isTransient(), false).addBoolIf("serializable", p.isSerializable(), true)
+      .addBoolIf("index", p.isIndex(), false).addBoolIf("unique", p.getUnique(), false).addBoolIf("allow_null", p.getAllowNull(), true)
+      .addScalarIf("min_value", p.getMinValue()).addScalarIf("max_value", p.getMaxValue())
+      .addScalarIf("min_length", p.getMinLength()).addScalarIf("max_length", p.getMaxLength())
+      .addStringIf("reg_exp", p.getRegExp()).addStringIf("force_sql_type", p.getForceSqlType())
+      .addStringIf("force_sql_alias", p.getForceSqlAlias()).addStringIf("format", p.getFormat());
+   w.addMetaIf(p);
+   return w.inlineText();
+}
+
+QByteArray entityText(const model::entity & e, const QByteArray & indent)
+{
+   object_writer w;
+   w.add("id", number(e.getId())).addString("name", e.getName()).addStringIf("namespace", e.getNamespace())
+      .addNumberIf("version", e.getVersion()).addStringIf("description", e.getDescription()).addStringIf("table", e.getTableName())
+      .addStringIf("parent", e.getParentKey()).addBoolIf("abstract", e.isAbstract(), false).addBoolIf("read_only", e.isReadOnly(), false)
+      .addStringIf("soft_delete_column", e.getSoftDeleteColumn()).addStringIf("validator_method", e.getValidatorMethod());
+
+   QList<QByteArray> lstTriggers;
+   for (const QString & sKey : model::triggerKeys(e)) { lstTriggers.append(quoted(sKey)); }
+   if (! lstTriggers.isEmpty()) { w.add("triggers", "[" + lstTriggers.join(", ") + "]"); }
+   w.addMetaIf(e);
+
+   QList<QByteArray> lstProperties;
+   for (const model::property_ptr & p : e.getOwnProperties()) { if (p) { lstProperties.append(propertyText(* p)); } }
+   w.add("properties", arrayBlock(lstProperties, indent + "  "));
+   return w.blockText(indent);
+}
+
+QByteArray enumerationText(const model::enumeration & e, const QByteArray & indent)
+{
+   object_writer w;
+   w.add("id", number(e.getId()));
+   w.addString("name", e.getName());
+   w.addStringIf("namespace", e.getNamespace());
+   // Only an explicit enum name is written: the default follows the name.
+   if (e.getEnumName() != (QString("enum_") + e.getName())) { w.addString("enum_name", e.getEnumName()); }
+   w.addBoolIf("use_qt_enum", e.getUseQtEnum(), false);
+   w.addStringIf("description", e.getDescription());
+   w.addNumberIf("version", e.getVersion());
+   w.addMetaIf(e);
+   QList<QByteArray> lstValues;
+   for (const auto & keyValue : e.getAllKeyValue())
+   {
+      object_writer v;
+      v.addString("key", keyValue.first);
+      v.addString("value", keyValue.second);
+      lstValues.append(v.inlineText());
+   }
+   w.add("values", arrayBlock(lstValues, indent + "  "));
+   return w.blockText(indent);
+}
+
+} // namespace
+
+QByteArray projectText(const model::project & project)
+{
+   const QByteArray indent("  ");
+   QList<QByteArray> lstEntities;
+   for (const model::entity_ptr & p : (* project.getListOfAllEntities())) { if (p) { lstEntities.append(entityText(* p, indent + "  ")); } }
+   QList<QByteArray> lstEnums;
+   for (const model::enumeration_ptr & p : (* project.getListOfAllEnums())) { if (p) { lstEnums.append(enumerationText(* p, indent + "  ")); } }
+
+   QByteArray out("{\n");
+   out.append(indent + "\"name\": " + quoted(project.getName()) + ",\n");
+   out.append(indent + "\"entities\": " + arrayBlock(lstEntities, indent) + ",\n");
+   out.append(indent + "\"enumerations\": " + arrayBlock(lstEnums, indent) + "\n");
+   out.append("}\n");
+   return out;
+}
+
+} // namespace json_write
+} // namespace storage

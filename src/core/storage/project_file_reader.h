@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QHash>
+#include <QList>
+#include <QPair>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QString>
+
+#include "model/model_fwd.h"
+
+namespace storage {
+
+// Reads the model tables of an open project database into a project, in document order.
+class model_loader
+{
+   QSqlDatabase & m_db;
+   QString m_sError;
+   QSqlQuery m_query;
+   // Meta data by owner kind and owner seq, gathered first and handed out as the items are read.
+   QHash<QString, QHash<qlonglong, QList<QPair<QString, QString> > > > m_hashMeta;
+   QHash<qlonglong, model::enumeration_ptr> m_hashEnums;
+   QHash<qlonglong, model::entity_ptr> m_hashEntities;
+   QHash<qlonglong, model::property_ptr> m_hashProperties;
+
+   bool select(const QString & sql);
+   bool finished();
+   void applyMeta(const char * szKind, qlonglong lSeq, model::persistable & item) const;
+
+   bool loadProjectRow(model::project & project);
+   bool loadMeta();
+   bool loadEnumerations(model::project & project);
+   bool loadEnumerationValues();
+   bool loadEntities(model::project & project);
+   bool loadProperties();
+   bool loadRelations();
+
+public:
+   explicit model_loader(QSqlDatabase & db);
+   QString error() const { return m_sError; }
+
+   bool load(model::project & project);
+};
+
+} // namespace storage
