@@ -16,12 +16,12 @@
 #include "context/ctx_project.h"
 #include "model/model_text_rules.h"
 #include "model/project.h"
-#include "plugin/export_interface.h"
+#include "gui/plugin/export_interface.h"
 #include "storage/project_storage.h"
-#include "tools/custom_javascript.h"
-#include "tools/message_box.h"
+#include "script/custom_javascript.h"
+#include "gui/tools/message_box.h"
 #include "tools/terminal_text.h"
-#include "view/main_wnd.h"
+#include "gui/view/main_wnd.h"
 
 namespace app {
 

@@ -42,11 +42,11 @@
 #include "model/model_text_rules.h"
 #include "model/project.h"
 #include "model/property.h"
-#include "plugin/export_interface.h"
+#include "gui/plugin/export_interface.h"
 #include "storage/project_storage.h"
-#include "tools/custom_javascript.h"
-#include "tools/message_box.h"
-#include "tools/wait_cursor.h"
+#include "script/custom_javascript.h"
+#include "gui/tools/message_box.h"
+#include "gui/tools/wait_cursor.h"
 #include "zy/ZyInvalidValue.h"
 
 namespace gui {
