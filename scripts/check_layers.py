@@ -1,11 +1,13 @@
 #!/usr/bin/env python3
 """Checks that the folders of src/core only point down, and that the core library needs no GUI.
 
-Usage: check_layers.py [path of the built core library]
+Usage: check_layers.py [path of the built core library [libraries the core target links]]
 
 Every #include "..." of src/core must name a header of its own folder or of a folder below it
 in LAYERS; an include naming a folder not in LAYERS fails too. With a library path, its NEEDED
-entries must not name Qt Gui or Qt Widgets. Exit status 1 names every offence.
+entries must not name Qt Gui or Qt Widgets, and neither may the comma-separated list of the
+target's link libraries (the linker drops a library nothing uses, so the list is read too).
+Exit status 1 names every offence.
 """
 
 import os
@@ -27,6 +29,7 @@ GENERATED = {'tavrelcore_export.h': 'tools', 'tavrel_version.h': 'tools', 'tavre
 SOURCE_SUFFIXES = ('.h', '.cpp')
 INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"')
 GUI_LIBRARY = re.compile(r'libQt\d(Gui|Widgets)\.so')
+GUI_TARGET = re.compile(r'^Qt\d?::(Gui|Widgets)$')
 
 
 def rank(folder):
@@ -89,10 +92,16 @@ def check_library(library):
             for entry in entries if GUI_LIBRARY.search(entry)]
 
 
+def check_link_list(links):
+    return ['core target links %s' % name for name in links.split(',') if GUI_TARGET.match(name.strip())]
+
+
 def main(argv):
     offences = check_includes()
     if len(argv) > 1:
         offences += check_library(argv[1])
+    if len(argv) > 2:
+        offences += check_link_list(argv[2])
     for offence in offences:
         print(offence, file=sys.stderr)
     if offences:
