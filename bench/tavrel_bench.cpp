@@ -29,7 +29,7 @@
 #include "model_generator.h"
 #include "cpp_export/plugin/cpp_builder.h"
 #include "cpp_export/plugin/cpp_export.h"
-#include "tools/message_box.h"
+#include "gui/tools/message_box.h"
 
 // Callgrind starts collecting inside this function only (--toggle-collect=tavrel_bench_profiled),
 // so model generation and set-up stay out of the profile.

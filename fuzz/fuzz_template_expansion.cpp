@@ -16,7 +16,7 @@
 #include "plugin/cpp_template.h"
 #include "plugin/generators/generators.h"
 #include "storage/project_storage.h"
-#include "tools/message_box.h"
+#include "gui/tools/message_box.h"
 
 namespace {
 

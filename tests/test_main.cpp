@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tools/message_box.h"
+#include "gui/tools/message_box.h"
 
 int main(int argc, char ** argv)
 {

@@ -3,9 +3,9 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 
-#include "plugin/export_interface.h"
-#include "tools/custom_javascript.h"
-#include "tools/message_box.h"
+#include "gui/plugin/export_interface.h"
+#include "script/custom_javascript.h"
+#include "gui/tools/message_box.h"
 #include "tools/terminal_text.h"
 
 namespace app {

@@ -3,8 +3,8 @@
 #include "plugin_finder.h"
 #include "plugin_parameters.h"
 
-#include <QApplication>
 #include <QCommandLineParser>
+#include <QCoreApplication>
 #include <QDialog>
 #include <QDir>
 #include <QFileInfo>
@@ -16,12 +16,12 @@
 #include "context/ctx_project.h"
 #include "model/model_text_rules.h"
 #include "model/project.h"
-#include "plugin/export_interface.h"
+#include "gui/plugin/export_interface.h"
 #include "storage/project_storage.h"
-#include "tools/custom_javascript.h"
-#include "tools/message_box.h"
+#include "script/custom_javascript.h"
+#include "gui/tools/message_box.h"
 #include "tools/terminal_text.h"
-#include "view/main_wnd.h"
+#include "gui/view/main_wnd.h"
 
 namespace app {
 
@@ -52,16 +52,42 @@ bool isPluginParameter(const QString & arg)
    return name.contains('_');
 }
 
+QStringList withoutPluginParameters(const QStringList & args)
+{
+   QStringList parserArgs;
+   for (const QString & a : args) { if (! isPluginParameter(a)) { parserArgs.append(a); } }
+   return parserArgs;
+}
+
+// The options of the command line, added to the parser they are built with.
+struct cli_options
+{
+   QCommandLineOption help{QStringList() << "h" << "help", "Show this help."};
+   QCommandLineOption version{QStringList() << "v" << "version", "Show the version."};
+   QCommandLineOption plugin{"plugin", "Export plug-in to use (default: the only one, or TavrelCppExport).", "NAME"};
+   QCommandLineOption lumor{"lumor-path", "Lumor library directory (else $LUMOR_DIR, else the saved global settings).", "DIR"};
+   QCommandLineOption yes{"yes", "Answer Yes to every question of the export."};
+   QCommandLineOption no{"no", "Answer No to every question of the export."};
+
+   explicit cli_options(QCommandLineParser & parser)
+   {
+      parser.setApplicationDescription("Tavrel command-line host: import, check and export entity models.\n\n" + QString(k_sCommands));
+      parser.addOptions({ help, version, plugin, lumor, yes, no });
+      parser.addPositionalArgument("command", "import, dump, check, plugins or export.");
+      parser.addPositionalArgument("arguments", "Arguments of the command.", "[arguments...]");
+   }
+};
+
 } // namespace
 
 cli_host::cli_host() : m_out(stdout), m_err(stderr)
 {
-   qApp->installEventFilter(this);
+   QCoreApplication::instance()->installEventFilter(this);
 }
 
 cli_host::~cli_host()
 {
-   if (qApp) { qApp->removeEventFilter(this); }
+   if (QCoreApplication::instance()) { QCoreApplication::instance()->removeEventFilter(this); }
    if (context::ctx_global::getMainWnd() == m_pMainWnd.get()) { context::ctx_global::setMainWnd(nullptr); }
 }
 
@@ -98,26 +124,23 @@ int cli_host::failure(const QString & text)
    return exit_failure;
 }
 
+bool cli_host::needsWidgets(const QStringList & args)
+{
+   QCommandLineParser parser;
+   const cli_options opt(parser);
+   if (! parser.parse(withoutPluginParameters(args))) { return true; }
+   if (parser.isSet(opt.help) || parser.isSet(opt.version)) { return false; }
+   const QStringList positional = parser.positionalArguments();
+   return (positional.isEmpty() || ((positional.first() != QLatin1String("import")) && (positional.first() != QLatin1String("dump"))));
+}
+
 int cli_host::run(const QStringList & args)
 {
-   QStringList parserArgs;
-   for (const QString & a : args) { if (! isPluginParameter(a)) { parserArgs.append(a); } }
-
    QCommandLineParser parser;
-   parser.setApplicationDescription("Tavrel command-line host: import, check and export entity models.\n\n" + QString(k_sCommands));
-   QCommandLineOption optHelp(QStringList() << "h" << "help", "Show this help.");
-   QCommandLineOption optVersion(QStringList() << "v" << "version", "Show the version.");
-   QCommandLineOption optPlugin("plugin", "Export plug-in to use (default: the only one, or TavrelCppExport).", "NAME");
-   QCommandLineOption optLumor("lumor-path", "Lumor library directory (else $LUMOR_DIR, else the saved global settings).", "DIR");
-   QCommandLineOption optYes("yes", "Answer Yes to every question of the export.");
-   QCommandLineOption optNo("no", "Answer No to every question of the export.");
-   parser.addOptions({ optHelp, optVersion, optPlugin, optLumor, optYes, optNo });
-   parser.addPositionalArgument("command", "import, dump, check, plugins or export.");
-   parser.addPositionalArgument("arguments", "Arguments of the command.", "[arguments...]");
-
-   if (! parser.parse(parserArgs)) { return usageError(parser.errorText()); }
-   if (parser.isSet(optHelp)) { m_out << parser.helpText(); m_out.flush(); return exit_ok; }
-   if (parser.isSet(optVersion))
+   const cli_options opt(parser);
+   if (! parser.parse(withoutPluginParameters(args))) { return usageError(parser.errorText()); }
+   if (parser.isSet(opt.help)) { m_out << parser.helpText(); m_out.flush(); return exit_ok; }
+   if (parser.isSet(opt.version))
    {
       m_out << "tavrel " << context::ctx_global::getAppVersionStr() << "\n";
       m_out.flush();
@@ -130,7 +153,7 @@ int cli_host::run(const QStringList & args)
    bool bExport = (command == "export");
    if (! bExport)
    {
-      if (parser.isSet(optPlugin) || parser.isSet(optLumor) || parser.isSet(optYes) || parser.isSet(optNo))
+      if (parser.isSet(opt.plugin) || parser.isSet(opt.lumor) || parser.isSet(opt.yes) || parser.isSet(opt.no))
       { return usageError("options --plugin, --lumor-path, --yes and --no belong to the export command"); }
       for (const QString & a : args)
       {
@@ -139,7 +162,7 @@ int cli_host::run(const QStringList & args)
          if (isPluginParameter(a)) { return usageError("plug-in parameter '" + a + "' belongs to the export command"); }
       }
    }
-   if (parser.isSet(optYes) && parser.isSet(optNo)) { return usageError("--yes and --no exclude each other"); }
+   if (parser.isSet(opt.yes) && parser.isSet(opt.no)) { return usageError("--yes and --no exclude each other"); }
 
    if (command == "import") { return cmdImport(positional); }
    if (command == "dump") { return cmdDump(positional); }
@@ -151,8 +174,8 @@ int cli_host::run(const QStringList & args)
    }
    if (bExport)
    {
-      return cmdExport(positional, args.mid(1), parser.value(optPlugin), parser.value(optLumor),
-                       parser.isSet(optYes), parser.isSet(optNo));
+      return cmdExport(positional, args.mid(1), parser.value(opt.plugin), parser.value(opt.lumor),
+                       parser.isSet(opt.yes), parser.isSet(opt.no));
    }
    return usageError("unknown command '" + command + "'");
 }

@@ -31,6 +31,9 @@ public:
    virtual ~cli_host();
 
    int run(const QStringList & args);
+   // Whether the command line runs a plug-in (export, plugins, check) or can fail before one
+   // loads: those need a GUI application, import, dump, --help and --version don't.
+   static bool needsWidgets(const QStringList & args);
 
 protected:
    bool eventFilter(QObject * watched, QEvent * event) override;

@@ -1,7 +1,8 @@
 #include "pimpl_setting.h"
 
+#include "context/ctx_project.h"
+#include "gui/plugin/export_interface.h"
 #include "model/plugin_params.h"
-#include "plugin/export_interface.h"
 
 namespace app {
 
@@ -13,7 +14,8 @@ const char * const k_sStoredKey = "GENERATE_PIMPL";
 bool storedSetting(const QString & sGuid)
 {
    model::plugin_params::list_of_plugin_params lst;
-   if (model::plugin_params::fetchByGuid(sGuid, lst).isValid()) { return false; }
+   QSqlDatabase database = context::ctx_scoped::current();
+   if (model::plugin_params::fetchByGuid(sGuid, lst, & database).isValid()) { return false; }
    for (const auto & item : lst)
    {
       if (item.second && (item.second->getParamKey() == QLatin1String(k_sStoredKey))) { return item.second->getParamValue().toBool(); }

@@ -8,7 +8,7 @@
 #include <QLibrary>
 #include <QPluginLoader>
 
-#include "plugin/export_interface.h"
+#include "gui/plugin/export_interface.h"
 #include "tavrel_paths.h"
 
 namespace app {

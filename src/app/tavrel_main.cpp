@@ -4,6 +4,7 @@
 
 #include <unistd.h>
 
+#include <memory>
 #include <vector>
 
 #include "cli_host.h"
@@ -36,9 +37,12 @@ int main(int argc, char ** argv)
    }
    int qtArgc = static_cast<int>(qtArgv.size());
    qtArgv.push_back(nullptr);
-   QApplication app(qtArgc, qtArgv.data());
-   QApplication::setApplicationName("tavrel");
-   QApplication::setApplicationVersion(context::ctx_global::getAppVersionStr());
+   // Import and dump run no widget code: a core application is enough for them.
+   std::unique_ptr<QCoreApplication> pApp;
+   if (app::cli_host::needsWidgets(args)) { pApp = std::make_unique<QApplication>(qtArgc, qtArgv.data()); }
+   else { pApp = std::make_unique<QCoreApplication>(qtArgc, qtArgv.data()); }
+   QCoreApplication::setApplicationName("tavrel");
+   QCoreApplication::setApplicationVersion(context::ctx_global::getAppVersionStr());
 
    app::cli_host host;
    return host.run(args);

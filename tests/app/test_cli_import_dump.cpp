@@ -37,3 +37,20 @@ TEST(CliImportDump, StoredModelIsReadBackByteForByte)
    ASSERT_EQ(code, 0);
    EXPECT_EQ(runTavrelOut({ "dump", project }, code), dump);
 }
+
+// Import and dump start no GUI application: a display platform that cannot start stops the
+// commands that load plug-ins, not these.
+TEST(CliImportDump, ImportAndDumpRunWithoutAGuiApplication)
+{
+   QTemporaryDir tmp;
+   ASSERT_TRUE(tmp.isValid());
+   test_support::cli_options noDisplay;
+   noDisplay.env.insert("QT_QPA_PLATFORM", "tavrel-no-such-platform");
+   const QString project = tmp.filePath("shop.tavrel");
+   EXPECT_EQ(test_support::runTavrel({ "import", test_support::examplePath("shop.json"), project }, noDisplay).code, 0);
+   const test_support::cli_result dump = test_support::runTavrel({ "dump", project }, noDisplay);
+   EXPECT_EQ(dump.code, 0);
+   EXPECT_TRUE(dump.out.contains("\"SHOP\"")) << dump.out.toStdString();
+   EXPECT_EQ(test_support::runTavrel({ "--version" }, noDisplay).code, 0);
+   EXPECT_NE(test_support::runTavrel({ "plugins" }, noDisplay).code, 0);
+}

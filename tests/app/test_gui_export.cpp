@@ -8,7 +8,7 @@
 
 #include "gui/script_debugger.h"
 #include "test_gui_support.h"
-#include "tools/custom_javascript.h"
+#include "script/custom_javascript.h"
 
 namespace {
 

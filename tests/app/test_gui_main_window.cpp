@@ -16,7 +16,7 @@
 #include "model/project.h"
 #include "storage/project_storage.h"
 #include "test_gui_support.h"
-#include "view/main_wnd.h"
+#include "gui/view/main_wnd.h"
 
 namespace {
 

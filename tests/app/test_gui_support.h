@@ -17,9 +17,9 @@
 #include "gui/main_window.h"
 #include "model/global_params.h"
 #include "model/plugin_params.h"
-#include "plugin/export_interface.h"
+#include "gui/plugin/export_interface.h"
 #include "test_support.h"
-#include "tools/message_box.h"
+#include "gui/tools/message_box.h"
 
 namespace gui_test {
 

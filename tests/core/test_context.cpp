@@ -10,7 +10,7 @@
 #include "model/project.h"
 #include "tavrel_version.h"
 #include "test_support.h"
-#include "view/main_wnd.h"
+#include "gui/view/main_wnd.h"
 
 using context::ctx_global;
 using context::ctx_project;

@@ -6,7 +6,7 @@
 
 #include "model/entity.h"
 #include "model/project.h"
-#include "view/main_wnd.h"
+#include "gui/view/main_wnd.h"
 
 TEST(MainWndAppArg, EveryForm)
 {

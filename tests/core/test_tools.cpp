@@ -7,10 +7,10 @@
 
 #include <gtest/gtest.h>
 
-#include "tools/message_box.h"
+#include "gui/tools/message_box.h"
 #include "tools/string_helper.h"
-#include "tools/syntax_highlighter.h"
-#include "tools/wait_cursor.h"
+#include "gui/tools/syntax_highlighter.h"
+#include "gui/tools/wait_cursor.h"
 
 using tools::message_box;
 using tools::string_helper;

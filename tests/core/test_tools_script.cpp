@@ -10,7 +10,7 @@
 #include "model/property.h"
 #include "model/property_type.h"
 #include "test_support.h"
-#include "tools/custom_javascript.h"
+#include "script/custom_javascript.h"
 
 using tools::custom_javascript;
 

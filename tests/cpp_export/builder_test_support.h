@@ -29,8 +29,8 @@
 #include "cpp_export/plugin/generators/generators.h"
 #include "storage/project_storage.h"
 #include "test_support.h"
-#include "tools/custom_javascript.h"
-#include "tools/message_box.h"
+#include "script/custom_javascript.h"
+#include "gui/tools/message_box.h"
 #include "cpp_export/tools/template_parser.h"
 
 #include <ostream>

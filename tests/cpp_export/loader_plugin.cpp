@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "plugin/export_interface.h"
+#include "gui/plugin/export_interface.h"
 #include "test_support.h"
 
 namespace {

@@ -22,9 +22,9 @@
 #include "cpp_export/plugin/cpp_builder.h"
 #include "cpp_export/plugin/cpp_export.h"
 #include "test_support.h"
-#include "tools/custom_javascript.h"
-#include "tools/message_box.h"
-#include "view/main_wnd.h"
+#include "script/custom_javascript.h"
+#include "gui/tools/message_box.h"
+#include "gui/view/main_wnd.h"
 
 // Readable texts in the failure reports of this file.
 static inline void PrintTo(const QString & text, std::ostream * os) { * os << '"' << text.toStdString() << '"'; }

@@ -27,7 +27,7 @@
 #include "cpp_export/plugin/cpp_export.h"
 #include "test_support.h"
 #include "cpp_export/view/cpp_export_preview.h"
-#include "view/main_wnd.h"
+#include "gui/view/main_wnd.h"
 
 namespace {
 

@@ -24,8 +24,8 @@
 #include "context/ctx_project.h"
 #include "cpp_export/plugin/cpp_export.h"
 #include "test_support.h"
-#include "tools/custom_javascript.h"
-#include "tools/message_box.h"
+#include "script/custom_javascript.h"
+#include "gui/tools/message_box.h"
 #include "cpp_export/view/cpp_export_settings.h"
 
 // Shortcut delivery as the platform does it (exported by Qt GUI, the entry point of Qt's own

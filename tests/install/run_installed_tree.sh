@@ -19,6 +19,7 @@ for f in bin/tavrel bin/tavrel-gui share/doc/tavrel/user_guide.html share/tavrel
 done
 ls "$p"/lib*/tavrel/plugins/*TavrelCppExport* >/dev/null 2>&1 || fail "plug-in not installed"
 ls "$p"/lib*/libtavrelcore.so.* >/dev/null 2>&1 || fail "core library not installed"
+ls "$p"/lib*/libtavrelgui.so.* >/dev/null 2>&1 || fail "GUI library not installed"
 
 # No installed file may name the build or the source tree.
 if grep -rlaF -e "$build" -e "$src" "$p" >/dev/null; then

@@ -12,7 +12,7 @@
 
 #include "context/ctx_global.h"
 #include "model/global_params.h"
-#include "tools/message_box.h"
+#include "gui/tools/message_box.h"
 
 namespace gui {
 

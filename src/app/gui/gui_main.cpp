@@ -13,9 +13,9 @@
 #include "context/ctx_global.h"
 #include "gui/main_window.h"
 #include "gui/script_debugger.h"
-#include "plugin/export_interface.h"
-#include "tools/custom_javascript.h"
-#include "tools/message_box.h"
+#include "gui/plugin/export_interface.h"
+#include "script/custom_javascript.h"
+#include "gui/tools/message_box.h"
 #include "tools/terminal_text.h"
 
 namespace {

@@ -23,7 +23,7 @@
 #include "context/ctx_project.h"
 #include "gui/global_settings.h"
 #include "model/project.h"
-#include "plugin/export_interface.h"
+#include "gui/plugin/export_interface.h"
 
 namespace gui {
 

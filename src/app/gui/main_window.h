@@ -7,8 +7,8 @@
 
 #include "plugin_finder.h"
 #include "model/model_fwd.h"
-#include "plugin/export_interface.h"
-#include "view/main_wnd.h"
+#include "gui/plugin/export_interface.h"
+#include "gui/view/main_wnd.h"
 #include "zy/ZyBool.h"
 
 class QAction;

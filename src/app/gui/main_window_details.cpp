@@ -18,8 +18,8 @@
 #include "model/project.h"
 #include "model/property.h"
 #include "storage/project_storage.h"
-#include "tools/message_box.h"
-#include "tools/wait_cursor.h"
+#include "gui/tools/message_box.h"
+#include "gui/tools/wait_cursor.h"
 
 namespace gui {
 

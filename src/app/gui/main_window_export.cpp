@@ -11,10 +11,10 @@
 #include "gui/script_debugger.h"
 #include "model/model_text_rules.h"
 #include "model/project.h"
-#include "plugin/export_interface.h"
-#include "tools/custom_javascript.h"
-#include "tools/message_box.h"
-#include "tools/wait_cursor.h"
+#include "gui/plugin/export_interface.h"
+#include "script/custom_javascript.h"
+#include "gui/tools/message_box.h"
+#include "gui/tools/wait_cursor.h"
 
 namespace gui {
 

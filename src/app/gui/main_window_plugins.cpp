@@ -7,7 +7,7 @@
 #include <QDockWidget>
 #include <QMetaMethod>
 
-#include "plugin/export_interface.h"
+#include "gui/plugin/export_interface.h"
 
 namespace gui {
 

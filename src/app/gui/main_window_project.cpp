@@ -11,8 +11,8 @@
 #include "context/ctx_global.h"
 #include "context/ctx_project.h"
 #include "model/project.h"
-#include "tools/message_box.h"
-#include "tools/wait_cursor.h"
+#include "gui/tools/message_box.h"
+#include "gui/tools/wait_cursor.h"
 #include "zy/ZyInvalidValue.h"
 
 namespace gui {

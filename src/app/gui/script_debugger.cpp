@@ -20,8 +20,8 @@
 #include <algorithm>
 
 #include "context/ctx_global.h"
-#include "tools/custom_javascript.h"
-#include "tools/message_box.h"
+#include "script/custom_javascript.h"
+#include "gui/tools/message_box.h"
 
 namespace gui {
 

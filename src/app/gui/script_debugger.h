@@ -5,7 +5,7 @@
 #include <QPointer>
 #include <QWidget>
 
-#include "tools/custom_javascript.h"
+#include "script/custom_javascript.h"
 
 class QCloseEvent;
 class QLabel;

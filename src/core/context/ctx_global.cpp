@@ -5,7 +5,6 @@
 #include <QFileInfo>
 #include <QMutex>
 #include <QMutexLocker>
-#include <QPointer>
 #include <QSettings>
 #include <QUrl>
 
@@ -14,7 +13,6 @@
 #include "model/global_params.h"
 #include "tavrel_paths.h"
 #include "tavrel_version.h"
-#include "view/main_wnd.h"
 
 namespace context {
 
@@ -25,7 +23,9 @@ const char * const k_lumorPathKey = "global/lumor_path";
 struct global_state
 {
    QMutex mutex;
-   QPointer<view::main_wnd> mainWnd;
+   // The window clears itself when it goes (main_wnd's destructor), so a plain pointer is
+   // enough and this layer needs no widget type.
+   view::main_wnd * mainWnd = nullptr;
    // Empty parameters until a host initialises them; a host may also set none.
    model::global_params_ptr globalParams = std::make_shared<model::global_params>();
    QString settingsFile;
@@ -60,7 +60,7 @@ QString ctx_global::getAppHelpManualUrl()
    return QUrl::fromLocalFile(path).toString();
 }
 
-view::main_wnd * ctx_global::getMainWnd() { QMutexLocker lock(& state().mutex); return state().mainWnd.data(); }
+view::main_wnd * ctx_global::getMainWnd() { QMutexLocker lock(& state().mutex); return state().mainWnd; }
 
 void ctx_global::setMainWnd(view::main_wnd * pMainWnd) { QMutexLocker lock(& state().mutex); state().mainWnd = pMainWnd; }
 

@@ -4,8 +4,6 @@
 #include <QDataStream>
 #include <QSqlQuery>
 
-#include "context/ctx_project.h"
-
 namespace model {
 
 namespace {
@@ -62,7 +60,7 @@ QVariant fromStored(const QVariant & stored, const QVariant & typeId)
 
 QSqlDatabase databaseOf(QSqlDatabase * pDatabase)
 {
-   return (pDatabase ? (* pDatabase) : context::ctx_scoped::current());
+   return (pDatabase ? (* pDatabase) : QSqlDatabase());
 }
 
 QSqlError noDatabaseError()

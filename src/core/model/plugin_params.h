@@ -31,10 +31,11 @@ public:
    void setParamKey(const QString & s) { m_sParamKey = s; }
    void setParamValue(const QVariant & v) { m_vParamValue = v; }
 
-   // Data access on the given database (the opened project's one, see context::ctx_scoped).
-   static QSqlError fetchByGuid(const QString & guid, list_of_plugin_params & result, QSqlDatabase * pDatabase = nullptr);
-   static QSqlError deleteByGuid(const QString & guid, QSqlDatabase * pDatabase = nullptr);
-   static QSqlError insert(list_of_plugin_params & items, QSqlDatabase * pDatabase = nullptr);
+   // Data access on the database the caller hands over (a context's scope, as a rule); the
+   // model knows no context. Without an open database each one fails with a connection error.
+   static QSqlError fetchByGuid(const QString & guid, list_of_plugin_params & result, QSqlDatabase * pDatabase);
+   static QSqlError deleteByGuid(const QString & guid, QSqlDatabase * pDatabase);
+   static QSqlError insert(list_of_plugin_params & items, QSqlDatabase * pDatabase);
 };
 
 } // namespace model

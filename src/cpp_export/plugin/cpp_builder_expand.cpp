@@ -15,8 +15,8 @@
 #include "model/property.h"
 #include "cpp_export/plugin/cpp_export.h"
 #include "cpp_export/plugin/generators/generators.h"
-#include "tools/custom_javascript.h"
-#include "tools/message_box.h"
+#include "script/custom_javascript.h"
+#include "gui/tools/message_box.h"
 #include "tools/string_helper.h"
 #include "cpp_export/tools/text_file.h"
 

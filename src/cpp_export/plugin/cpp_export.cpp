@@ -9,13 +9,13 @@
 #include "model/plugin_params.h"
 #include "model/project.h"
 #include "cpp_export/plugin/cpp_builder.h"
-#include "tools/custom_javascript.h"
-#include "tools/message_box.h"
+#include "script/custom_javascript.h"
+#include "gui/tools/message_box.h"
 #include "cpp_export/tools/text_file.h"
-#include "tools/wait_cursor.h"
+#include "gui/tools/wait_cursor.h"
 #include "cpp_export/view/cpp_export_preview.h"
 #include "cpp_export/view/cpp_export_settings.h"
-#include "view/main_wnd.h"
+#include "gui/view/main_wnd.h"
 #include "zy/ZySession.h"
 
 namespace plugin {

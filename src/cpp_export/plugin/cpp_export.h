@@ -5,7 +5,7 @@
 
 #include <functional>
 
-#include "plugin/export_interface.h"
+#include "gui/plugin/export_interface.h"
 #include "cpp_export/plugin/cpp_template.h"
 
 namespace view { class cpp_export_preview; }

@@ -15,9 +15,9 @@
 #include "cpp_export/plugin/cpp_builder.h"
 #include "cpp_export/plugin/cpp_export.h"
 #include "cpp_export/plugin/cpp_template.h"
-#include "tools/syntax_highlighter.h"
-#include "tools/wait_cursor.h"
-#include "view/main_wnd.h"
+#include "gui/tools/syntax_highlighter.h"
+#include "gui/tools/wait_cursor.h"
+#include "gui/view/main_wnd.h"
 
 namespace view {
 

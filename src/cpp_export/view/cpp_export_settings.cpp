@@ -15,11 +15,11 @@
 #include "context/ctx_project.h"
 #include "cpp_export/plugin/cpp_export.h"
 #include "cpp_export/plugin/cpp_template.h"
-#include "tools/custom_javascript.h"
-#include "tools/message_box.h"
-#include "tools/syntax_highlighter.h"
+#include "script/custom_javascript.h"
+#include "gui/tools/message_box.h"
+#include "gui/tools/syntax_highlighter.h"
 #include "cpp_export/tools/text_file.h"
-#include "tools/wait_cursor.h"
+#include "gui/tools/wait_cursor.h"
 
 namespace view {
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "tavrelcore_export.h"
+#include "tavrelgui_export.h"
 
 namespace tools {
 
 // Shows the busy cursor for the life of the object (nothing without a GUI application).
-class TAVRELCORE_EXPORT wait_cursor
+class TAVRELGUI_EXPORT wait_cursor
 {
    bool m_bActive = false;
 

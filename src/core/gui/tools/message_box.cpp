@@ -1,4 +1,4 @@
-#include "tools/message_box.h"
+#include "gui/tools/message_box.h"
 
 #include <QMutex>
 #include <QMutexLocker>

@@ -1,4 +1,4 @@
-#include "view/main_wnd.h"
+#include "gui/view/main_wnd.h"
 
 #include <QCoreApplication>
 
@@ -6,16 +6,9 @@
 
 namespace view {
 
-void registerModelMetaTypes()
-{
-   qRegisterMetaType<model::project_ptr>("model::project_ptr");
-   qRegisterMetaType<model::entity_ptr>("model::entity_ptr");
-   qRegisterMetaType<model::enumeration_ptr>("model::enumeration_ptr");
-}
-
 main_wnd::main_wnd(QWidget * parent, Qt::WindowFlags flags) : QMainWindow(parent, flags)
 {
-   registerModelMetaTypes();
+   model::registerModelMetaTypes();
    if (QCoreApplication::instance()) { m_lstAppArgs = QCoreApplication::arguments(); }
 }
 

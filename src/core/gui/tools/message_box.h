@@ -5,14 +5,14 @@
 #include <QString>
 #include <QStringList>
 
-#include "tavrelcore_export.h"
+#include "tavrelgui_export.h"
 
 namespace tools {
 
 // Message boxes of the plug-ins and hosts. Unattended (command-line host, tests), nothing is
 // shown: the text goes to standard error and the question is answered by a scripted answer,
 // else by the fixed answer (--yes / --no), else by the default button.
-class TAVRELCORE_EXPORT message_box
+class TAVRELGUI_EXPORT message_box
 {
 public:
    enum enum_kind { kind_question, kind_information, kind_warning, kind_critical };

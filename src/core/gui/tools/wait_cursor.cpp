@@ -1,4 +1,4 @@
-#include "tools/wait_cursor.h"
+#include "gui/tools/wait_cursor.h"
 
 #include <QCursor>
 #include <QGuiApplication>

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "plugin/base_interface.h"
+#include "gui/plugin/base_interface.h"
 #include "model/model_fwd.h"
 #include "zy/ZyBool.h"
 
@@ -11,7 +11,7 @@ namespace tools { class custom_javascript; }
 namespace plugin {
 
 // A plug-in that exports the opened project.
-class TAVRELCORE_EXPORT export_interface : public base_interface
+class TAVRELGUI_EXPORT export_interface : public base_interface
 {
    Q_OBJECT
 

@@ -77,6 +77,11 @@ private:
    model::enumeration * m_pCurEnumeration = nullptr;
 
 public:
+   // Gives a plug-in's QObject. The plug-in interface is defined in a layer above the engine,
+   // which registers this (its base class constructor does) so the engine needs only its name.
+   typedef QObject * (* plugin_object_fct)(plugin::base_interface * pPlugin);
+   static void setPluginObjectFct(plugin_object_fct fct);
+
    explicit custom_javascript(QObject * parent = nullptr);
    virtual ~custom_javascript();
 
@@ -119,6 +124,9 @@ Q_SIGNALS:
 
 private:
    void releaseEngine();
+   // The steps of initEngine: the engine with its setup, then the file's top level.
+   bool createEngine();
+   zy::ZyBool evaluateFile(const QString & code, const QString & path);
    zy::ZyBool runExecute(model::project * pProject, model::entity * pEntity, model::property * pProperty,
                          model::enumeration * pEnumeration, const QHash<QString, QVariant> & params);
    QVariant viewField(int serial, const QString & kind, const QString & name) const;

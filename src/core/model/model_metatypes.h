@@ -10,9 +10,9 @@ Q_DECLARE_METATYPE(model::project_ptr)
 Q_DECLARE_METATYPE(model::entity_ptr)
 Q_DECLARE_METATYPE(model::enumeration_ptr)
 
-namespace view {
+namespace model {
 
 // Registers the model pointer types with Qt's meta-type system (done by main_wnd; idempotent).
 TAVRELCORE_EXPORT void registerModelMetaTypes();
 
-} // namespace view
+} // namespace model

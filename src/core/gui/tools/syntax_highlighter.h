@@ -5,12 +5,12 @@
 #include <QTextCharFormat>
 #include <QVector>
 
-#include "tavrelcore_export.h"
+#include "tavrelgui_export.h"
 
 namespace tools {
 
 // C++ highlighting: keywords, strings, comments and preprocessor lines.
-class TAVRELCORE_EXPORT syntax_highlighter : public QSyntaxHighlighter
+class TAVRELGUI_EXPORT syntax_highlighter : public QSyntaxHighlighter
 {
    Q_OBJECT
 

@@ -3,15 +3,15 @@
 #include <QMainWindow>
 #include <QStringList>
 
-#include "tavrelcore_export.h"
+#include "tavrelgui_export.h"
 #include "model/model_fwd.h"
-#include "view/model_metatypes.h"
+#include "model/model_metatypes.h"
 
 namespace view {
 
 // The host's main window as the plug-ins see it: the command line, the selection signals and
 // whether a plug-in is running. The command-line host owns one too, never shown.
-class TAVRELCORE_EXPORT main_wnd : public QMainWindow
+class TAVRELGUI_EXPORT main_wnd : public QMainWindow
 {
    Q_OBJECT
 

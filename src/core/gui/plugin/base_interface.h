@@ -6,13 +6,13 @@
 #include <QString>
 #include <QWidget>
 
-#include "tavrelcore_export.h"
+#include "tavrelgui_export.h"
 
 
 namespace plugin {
 
 // What the host asks of every plug-in.
-class TAVRELCORE_EXPORT base_interface : public QObject
+class TAVRELGUI_EXPORT base_interface : public QObject
 {
    Q_OBJECT
 

@@ -1,4 +1,4 @@
-#include "tools/syntax_highlighter.h"
+#include "gui/tools/syntax_highlighter.h"
 
 #include <QColor>
 #include <QFont>
