@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "gui/script_debugger.h"
+#include "desktop/script_debugger.h"
 #include "test_gui_support.h"
 #include "script/custom_javascript.h"
 
@@ -124,7 +124,7 @@ TEST_F(GuiDebugger, ListsEveryCallOfAnExportAsItHappens)
    zy::ZyBool result = m_pWnd->doActExport();
    ASSERT_TRUE(result.getValue()) << result.getDesc().toStdString();
 
-   gui::script_debugger * pDebugger = m_pWnd->getDebugger();
+   desktop::script_debugger * pDebugger = m_pWnd->getDebugger();
    ASSERT_NE(pDebugger, nullptr);
    EXPECT_TRUE(pDebugger->isVisible());
    EXPECT_EQ(pDebugger->getScript(), pScript.get());
@@ -163,7 +163,7 @@ TEST_F(GuiDebugger, ShowsTheCallsMadeBeforeItWasAttached)
    ASSERT_TRUE(script.runDebugger().getValue());
    ASSERT_TRUE(script.executeScript(nullptr, nullptr, nullptr, nullptr, { { "action", "CLASS_NAME" }, { "default_value", "Order" } }).getValue());
 
-   gui::script_debugger debugger;
+   desktop::script_debugger debugger;
    debugger.attach(& script);
    ASSERT_EQ(debugger.getCallCount(), 1);
    ASSERT_TRUE(script.executeScript(nullptr, nullptr, nullptr, nullptr, { { "action", "NAMESPACE_BEGIN" }, { "default_value", "ns" } }).getValue());
@@ -192,8 +192,8 @@ TEST(GuiScriptWatcher, ReportsEnginesThatStartDebuggingWhileItLives)
    ASSERT_TRUE(test_support::writeAll(file, "function execute(params) { return undefined; }\n"));
    QList<tools::custom_javascript *> lstSeen;
    {
-      gui::script_watcher watcher;
-      QObject::connect(& watcher, & gui::script_watcher::debuggingStarted, [&](tools::custom_javascript * p) { lstSeen << p; });
+      desktop::script_watcher watcher;
+      QObject::connect(& watcher, & desktop::script_watcher::debuggingStarted, [&](tools::custom_javascript * p) { lstSeen << p; });
       auto pCreatedWhileWatching = std::make_shared<tools::custom_javascript>();
       ASSERT_TRUE(pCreatedWhileWatching->initEngine(file, nullptr).getValue());
       EXPECT_TRUE(lstSeen.isEmpty());

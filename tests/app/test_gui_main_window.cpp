@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include "gui/global_settings.h"
+#include "desktop/global_settings.h"
 #include "model/entity.h"
 #include "model/enumeration.h"
 #include "model/project.h"
@@ -38,10 +38,10 @@ TEST_F(GuiMainWindow, TreeListsTheEntitiesByNamespaceAndTheEnumerations)
    zy::ZyBool ok = m_pWnd->openProject(copyShop("p"));
    ASSERT_TRUE(ok.getValue()) << ok.getDesc().toStdString();
 
-   const QStringList entities = treeKeys(gui::main_window::item_entity);
+   const QStringList entities = treeKeys(desktop::main_window::item_entity);
    EXPECT_EQ(entities, QStringList({ "shop::Base", "shop::Customer", "shop::CustomerProfile", "shop::Category", "shop::Product",
                                      "shop::sales::Order", "shop::sales::OrderItem", "shop::sales::Invoice" }));
-   EXPECT_EQ(treeKeys(gui::main_window::item_enumeration), QStringList({ "shop::ProductStatus", "shop::sales::OrderStatus" }));
+   EXPECT_EQ(treeKeys(desktop::main_window::item_enumeration), QStringList({ "shop::ProductStatus", "shop::sales::OrderStatus" }));
 
    // Entities sit under their namespace's group, under "Entities".
    QTreeWidget * pTree = m_pWnd->getModelTree();
@@ -101,7 +101,7 @@ TEST_F(GuiMainWindow, PreviewDockShowsTheCodeOfTheSelection)
 TEST_F(GuiMainWindow, ASecondWindowGetsThePreviewAgain)
 {
    m_pWnd.reset();
-   m_pWnd = std::make_unique<gui::main_window>();
+   m_pWnd = std::make_unique<desktop::main_window>();
    m_pWnd->show();
    ASSERT_TRUE(m_pWnd->openProject(copyShop("p")).getValue());
    ASSERT_NE(m_pWnd->getPreviewDock(), nullptr);
@@ -171,7 +171,7 @@ TEST_F(GuiMainWindow, OpeningAMissingFileLeavesTheWindowAsItWas)
    zy::ZyBool ok = m_pWnd->openProject(m_tmp.filePath("missing.tavrel"));
    EXPECT_FALSE(ok.getValue());
    EXPECT_TRUE(ok.getDesc().contains("doesn't exist")) << ok.getDesc().toStdString();
-   EXPECT_EQ(treeKeys(gui::main_window::item_entity).size(), 8);
+   EXPECT_EQ(treeKeys(desktop::main_window::item_entity).size(), 8);
 }
 
 TEST_F(GuiMainWindow, PluginMessagesAreListedWithTheirKind)
@@ -225,7 +225,7 @@ TEST_F(GuiMainWindow, GlobalSettingsSaveTheLumorPath)
 {
    const QString lumor = m_tmp.filePath("lumor");
    QDir().mkpath(lumor);
-   gui::global_settings dlg(QString(), m_pWnd.get());
+   desktop::global_settings dlg(QString(), m_pWnd.get());
    dlg.getLumorPathEdit()->setText(lumor);
    dlg.doBtnOk();
    EXPECT_EQ(dlg.result(), QDialog::Accepted);
@@ -240,7 +240,7 @@ TEST_F(GuiMainWindow, GlobalSettingsSaveTheLumorPath)
 
 TEST_F(GuiMainWindow, GlobalSettingsWarnAboutAMissingDirectory)
 {
-   gui::global_settings dlg(QString(), m_pWnd.get());
+   desktop::global_settings dlg(QString(), m_pWnd.get());
    dlg.getLumorPathEdit()->setText(m_tmp.filePath("nowhere"));
    dlg.doBtnOk();
    EXPECT_EQ(dlg.result(), QDialog::Accepted);

@@ -14,7 +14,7 @@
 
 #include "context/ctx_global.h"
 #include "context/ctx_project.h"
-#include "gui/main_window.h"
+#include "desktop/main_window.h"
 #include "model/global_params.h"
 #include "model/plugin_params.h"
 #include "gui/plugin/export_interface.h"
@@ -29,7 +29,7 @@ class GuiFixture : public ::testing::Test
 {
 protected:
    QTemporaryDir m_tmp;
-   std::unique_ptr<gui::main_window> m_pWnd;
+   std::unique_ptr<desktop::main_window> m_pWnd;
 
    void SetUp() override
    {
@@ -40,7 +40,7 @@ protected:
       tools::message_box::setPrintUnattended(false);
       context::ctx_global::setSettingsFile(m_tmp.filePath("settings.ini"));
       context::ctx_global::setGlobalParams(std::make_shared<model::global_params>());
-      m_pWnd = std::make_unique<gui::main_window>();
+      m_pWnd = std::make_unique<desktop::main_window>();
       m_pWnd->show();
    }
 
@@ -89,7 +89,7 @@ protected:
       QStringList keys;
       for (QTreeWidgetItemIterator itr(m_pWnd->getModelTree()); * itr; ++itr)
       {
-         if ((* itr)->data(0, gui::main_window::k_roleKind).toInt() == kind) { keys << (* itr)->data(0, gui::main_window::k_roleKey).toString(); }
+         if ((* itr)->data(0, desktop::main_window::k_roleKind).toInt() == kind) { keys << (* itr)->data(0, desktop::main_window::k_roleKey).toString(); }
       }
       return keys;
    }

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "gui/global_settings.h"
+#include "desktop/global_settings.h"
 #include "model/entity.h"
 #include "model/project.h"
 #include "model/property.h"
@@ -94,7 +94,7 @@ namespace {
 TEST_F(GuiTextRules, GlobalSettingsWarnAboutALumorPathAnExportRefuses)
 {
    qunsetenv("TAVREL_TEST_GUI_UNSET");
-   gui::global_settings dlg(QString(), m_pWnd.get());
+   desktop::global_settings dlg(QString(), m_pWnd.get());
    dlg.getLumorPathEdit()->setText("${TAVREL_TEST_GUI_UNSET}/lumor");
    dlg.doBtnOk();
    EXPECT_EQ(dlg.result(), QDialog::Accepted);

@@ -1,6 +1,6 @@
 // Opening, importing and reloading a project.
 
-#include "gui/main_window.h"
+#include "desktop/main_window.h"
 #include "pimpl_setting.h"
 
 #include <QDir>
@@ -15,7 +15,7 @@
 #include "gui/tools/wait_cursor.h"
 #include "zy/ZyInvalidValue.h"
 
-namespace gui {
+namespace desktop {
 
 zy::ZyBool main_window::openProject(const QString & path)
 {
@@ -79,4 +79,4 @@ void main_window::doActReloadProject()
    if (! sKey.isEmpty()) { selectItem(sKey); }
 }
 
-} // namespace gui
+} // namespace desktop

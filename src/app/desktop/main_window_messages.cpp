@@ -1,6 +1,6 @@
 // The message area: the host's and the plug-ins' messages with the time they came.
 
-#include "gui/main_window.h"
+#include "desktop/main_window.h"
 
 #include <QAction>
 #include <QDockWidget>
@@ -11,7 +11,7 @@
 
 #include <algorithm>
 
-namespace gui {
+namespace desktop {
 
 namespace {
 
@@ -78,4 +78,4 @@ void main_window::addMessage(const QString & text, int kind)
 
 void main_window::clearMessages() { m_lstMessages->clear(); }
 
-} // namespace gui
+} // namespace desktop

@@ -1,4 +1,4 @@
-#include "gui/script_debugger.h"
+#include "desktop/script_debugger.h"
 
 #include <QApplication>
 #include <QBoxLayout>
@@ -23,7 +23,7 @@
 #include "script/custom_javascript.h"
 #include "gui/tools/message_box.h"
 
-namespace gui {
+namespace desktop {
 
 namespace {
 
@@ -315,4 +315,4 @@ void script_watcher::doDebuggerStateChanged(bool debugging)
    if (debugging && pScript) { Q_EMIT debuggingStarted(pScript); }
 }
 
-} // namespace gui
+} // namespace desktop

@@ -14,7 +14,7 @@ class QPushButton;
 class QTreeWidget;
 
 
-namespace gui {
+namespace desktop {
 
 // Watches the user script of an export: every call (action, input, answer, success) is listed
 // as it happens, tavrel.log() lines are shown, and tavrel.breakpoint() holds the export in a
@@ -90,4 +90,4 @@ private Q_SLOTS:
    void doDebuggerStateChanged(bool debugging);
 };
 
-} // namespace gui
+} // namespace desktop

@@ -1,6 +1,6 @@
 // The window itself: its actions, menus and tool bar, the layout of its parts, its title.
 
-#include "gui/main_window.h"
+#include "desktop/main_window.h"
 
 #include <QAction>
 #include <QDesktopServices>
@@ -21,11 +21,11 @@
 
 #include "context/ctx_global.h"
 #include "context/ctx_project.h"
-#include "gui/global_settings.h"
+#include "desktop/global_settings.h"
 #include "model/project.h"
 #include "gui/plugin/export_interface.h"
 
-namespace gui {
+namespace desktop {
 
 main_window::main_window(QWidget * parent) : view::main_wnd(parent)
 {
@@ -188,4 +188,4 @@ void main_window::updateTitle()
    setWindowTitle(sTitle);
 }
 
-} // namespace gui
+} // namespace desktop

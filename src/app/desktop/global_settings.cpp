@@ -1,4 +1,4 @@
-#include "gui/global_settings.h"
+#include "desktop/global_settings.h"
 
 #include <QBoxLayout>
 #include <QDir>
@@ -14,7 +14,7 @@
 #include "model/global_params.h"
 #include "gui/tools/message_box.h"
 
-namespace gui {
+namespace desktop {
 
 global_settings::global_settings(const QString & lumorPathOption, QWidget * parent) : QDialog(parent), m_sLumorPathOption(lumorPathOption)
 {
@@ -100,4 +100,4 @@ void global_settings::doBtnOk()
    accept();
 }
 
-} // namespace gui
+} // namespace desktop

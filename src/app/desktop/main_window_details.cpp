@@ -1,6 +1,6 @@
 // The edit panel of the selected item: what it shows, and storing the fields it lets the user change.
 
-#include "gui/main_window.h"
+#include "desktop/main_window.h"
 
 #include <QBoxLayout>
 #include <QFormLayout>
@@ -21,7 +21,7 @@
 #include "gui/tools/message_box.h"
 #include "gui/tools/wait_cursor.h"
 
-namespace gui {
+namespace desktop {
 
 QGroupBox * main_window::createDetailsPanel()
 {
@@ -175,4 +175,4 @@ void main_window::doBtnApplyDetails()
    else { Q_EMIT onUpdateEnumeration(m_pEnumeration); }
 }
 
-} // namespace gui
+} // namespace desktop

@@ -1,6 +1,6 @@
 // The model tree: entities and enumerations by namespace, and the selection the plug-ins follow.
 
-#include "gui/main_window.h"
+#include "desktop/main_window.h"
 
 #include <QApplication>
 #include <QStyle>
@@ -11,7 +11,7 @@
 #include "model/enumeration.h"
 #include "model/project.h"
 
-namespace gui {
+namespace desktop {
 
 namespace {
 
@@ -130,4 +130,4 @@ void main_window::emitSelection()
    }
 }
 
-} // namespace gui
+} // namespace desktop

@@ -6,7 +6,7 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 
-namespace gui {
+namespace desktop {
 
 // Tools > Global settings: the Lumor library path kept in the user's settings.
 class global_settings : public QDialog
@@ -32,4 +32,4 @@ public Q_SLOTS:
    void doBtnLumorPath();
 };
 
-} // namespace gui
+} // namespace desktop

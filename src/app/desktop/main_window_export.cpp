@@ -1,6 +1,6 @@
 // Running the plug-in: its settings dialog, the export, and the script debugger they may start.
 
-#include "gui/main_window.h"
+#include "desktop/main_window.h"
 
 #include <QApplication>
 #include <QDialog>
@@ -8,7 +8,7 @@
 #include <QStatusBar>
 
 #include "context/ctx_global.h"
-#include "gui/script_debugger.h"
+#include "desktop/script_debugger.h"
 #include "model/model_text_rules.h"
 #include "model/project.h"
 #include "gui/plugin/export_interface.h"
@@ -16,7 +16,7 @@
 #include "gui/tools/message_box.h"
 #include "gui/tools/wait_cursor.h"
 
-namespace gui {
+namespace desktop {
 
 bool main_window::doActPluginSettings()
 {
@@ -158,4 +158,4 @@ void main_window::doActShowDebugger()
 
 script_debugger * main_window::getDebugger() const { return m_pDebugger.data(); }
 
-} // namespace gui
+} // namespace desktop

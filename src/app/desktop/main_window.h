@@ -23,7 +23,7 @@ class QTreeWidgetItem;
 
 namespace tools { class custom_javascript; }
 
-namespace gui {
+namespace desktop {
 
 class script_debugger;
 
@@ -159,4 +159,4 @@ private:
    void createMessagesDock();
 };
 
-} // namespace gui
+} // namespace desktop

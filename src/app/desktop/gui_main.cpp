@@ -11,8 +11,8 @@
 #include <memory>
 
 #include "context/ctx_global.h"
-#include "gui/main_window.h"
-#include "gui/script_debugger.h"
+#include "desktop/main_window.h"
+#include "desktop/script_debugger.h"
 #include "gui/plugin/export_interface.h"
 #include "script/custom_javascript.h"
 #include "gui/tools/message_box.h"
@@ -58,7 +58,7 @@ void catchDialog(const std::shared_ptr<dialog_catcher> & pCatch, int attempts)
 // Documentation pictures: the main window after an export with the selection shown, the
 // plug-in's settings dialog, and the script debugger during a second export when the settings
 // name a user script. Runs unattended: every question gets its default answer.
-int takeScreenshots(gui::main_window & w, const QString & dir, const QString & key)
+int takeScreenshots(desktop::main_window & w, const QString & dir, const QString & key)
 {
    QDir().mkpath(dir);
    if (w.getPlugin() && w.getProject()) { w.doActExport(); }
@@ -82,7 +82,7 @@ int takeScreenshots(gui::main_window & w, const QString & dir, const QString & k
       if (pScript && pScript->isLoaded() && pScript->runDebugger().getValue())
       {
          w.doActExport();
-         gui::script_debugger * pDebugger = w.getDebugger();
+         desktop::script_debugger * pDebugger = w.getDebugger();
          if (pDebugger)
          {
             pDebugger->resize(1100, 720);
@@ -145,7 +145,7 @@ int main(int argc, char ** argv)
 
    int rc = 0;
    {
-      gui::main_window w;
+      desktop::main_window w;
       w.setLumorPathOption(sLumorPath);
       w.show();
       if (! parser.positionalArguments().isEmpty())

@@ -1,6 +1,6 @@
 // Loading the export plug-ins and docking the preview of the current one.
 
-#include "gui/main_window.h"
+#include "desktop/main_window.h"
 
 #include <QAction>
 #include <QDir>
@@ -9,7 +9,7 @@
 
 #include "gui/plugin/export_interface.h"
 
-namespace gui {
+namespace desktop {
 
 void main_window::loadPlugins()
 {
@@ -76,4 +76,4 @@ void main_window::terminatePlugins()
    }
 }
 
-} // namespace gui
+} // namespace desktop
