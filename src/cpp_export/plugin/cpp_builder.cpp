@@ -74,17 +74,10 @@ QString cpp_builder::getLumorPath(bool bForceCheck, bool bWithPwdPrefix) const
    return r;
 }
 
-zy::ZyBool cpp_builder::build(model::project & project)
+zy::ZyBool cpp_builder::checkExportPaths(const QString & sExportDir)
 {
-   tools::wait_cursor wait;
-   m_sLastFailureReason.clear();
-   if (! m_pCppExport) { return zy::ZyBool(false, k_sNoPlugin); }
-   model::list_of_entity_ptr pEntities = project.getListOfAllEntities();
-   if (! pEntities) { return zy::ZyBool(false, "This project doesn't have a valid list of entities"); }
-
-   const QString D = m_pCppExport->getCppExportPath(true);
    // An empty path names no directory (QDir would take it for the current one).
-   if (D.isEmpty() || ! QDir(D).exists()) { return zy::ZyBool(false, "Directory to export entities doesn't exist : " + D); }
+   if (sExportDir.isEmpty() || ! QDir(sExportDir).exists()) { return zy::ZyBool(false, "Directory to export entities doesn't exist : " + sExportDir); }
    model::global_params_ptr pParams = context::ctx_global::getGlobalParams();
    if (! pParams) { return zy::ZyBool(false, "Cannot access to global parameters"); }
    // The path is written into the generated CMake and qmake files: refused before anything is
@@ -98,26 +91,26 @@ zy::ZyBool cpp_builder::build(model::project & project)
    const QString L = pParams->getLumorPath(true);
    if (L.isEmpty()) { return zy::ZyBool(false, "You must define a Lumor library path in Tavrel global settings (menu 'Tools >> Global settings') before exporting to C++ project"); }
    if (! QDir(L).exists()) { return zy::ZyBool(false, "Lumor library path is not valid : " + L); }
+   return zy::ZyBool(true);
+}
 
+bool cpp_builder::confirmSchemaErrors(model::project & project) const
+{
    const zy::ZyInvalidValueX lstInvalid = project.checkSchema();
-   if (! lstInvalid.isEmpty())
-   {
-      QString sText = "Some errors have been detected in current project :";
-      for (const auto & invalid : lstInvalid) { sText += "\n- " + invalid.getMessage(); }
-      sText += "\n\nDo you want to continue the export process anyway ?";
-      QMessageBox::StandardButton answer = tools::message_box::question(nullptr, "Tavrel - " + m_pCppExport->getName(), sText,
-                                                                          QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes);
-      if (answer != QMessageBox::Yes) { return zy::ZyBool(true, QString()); }
-   }
+   if (lstInvalid.isEmpty()) { return true; }
+   QString sText = "Some errors have been detected in current project :";
+   for (const auto & invalid : lstInvalid) { sText += "\n- " + invalid.getMessage(); }
+   sText += "\n\nDo you want to continue the export process anyway ?";
+   QMessageBox::StandardButton answer = tools::message_box::question(nullptr, "Tavrel - " + m_pCppExport->getName(), sText,
+                                                                       QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes);
+   return (answer == QMessageBox::Yes);
+}
 
-   // No answer makes two classes share a file: one would silently replace the other.
-   const QStringList lstCollisions = model::model_integrity::fileCollisions(project, true);
-   if (! lstCollisions.isEmpty()) { return zy::ZyBool(false, "Nothing was exported, generated files would overwrite each other :\n- " + lstCollisions.join("\n- ")); }
-
-   QDir dir(D);
-   // One export at a time in a directory: two would mix their files. The lock goes with this
-   // call however it ends; one left by a killed process is taken over.
-   QLockFile lock(dir.absoluteFilePath(lockFileName()));
+zy::ZyBool cpp_builder::lockExportDirectory(QLockFile & lock, const QString & sExportDir)
+{
+   const QDir dir(sExportDir);
+   // One export at a time in a directory: two would mix their files. One left by a killed
+   // process is taken over.
    lock.setStaleLockTime(0);
    if (! lock.tryLock(0) && (lock.error() == QLockFile::LockFailedError))
    {
@@ -125,70 +118,77 @@ zy::ZyBool cpp_builder::build(model::project & project)
       QString sHost, sApp;
       lock.getLockInfo(& iPid, & sHost, & sApp);
       return zy::ZyBool(false, "Another export into this directory is running (process " + QString::number(iPid) + ", lock file '" +
-                               QDir::toNativeSeparators(dir.absoluteFilePath(lockFileName())) + "') : " + D);
+                               QDir::toNativeSeparators(dir.absoluteFilePath(lockFileName())) + "') : " + sExportDir);
    }
    // A lock that cannot be made at all (a directory that can't be written) is left to the
-   // creation of the directories below, which says why.
+   // creation of the directories, which says why.
+   return zy::ZyBool(true);
+}
 
-   m_sWriteRoot = D;
-   struct write_root_reset { QString & root; ~write_root_reset() { root.clear(); } } resetRoot{ m_sWriteRoot };
-
+zy::ZyBool cpp_builder::makeExportDirectories(const QDir & dir)
+{
    if (! makeDirectory(dir.absoluteFilePath("include"))) { return zy::ZyBool(false, "Cannot create 'include' directory"); }
    if (! makeDirectory(dir.absoluteFilePath("src"))) { return zy::ZyBool(false, "Cannot create 'src' directory"); }
    // Nothing is written into these two: a link to the user's own build place is fine.
    auto makeEmptyDirectory = [&](const QString & path) { return (QFileInfo(path).isDir() || makeDirectory(path)); };
    if (! makeEmptyDirectory(dir.absoluteFilePath("bin"))) { return zy::ZyBool(false, "Cannot create 'bin' directory"); }
    if (! makeEmptyDirectory(dir.absoluteFilePath("build"))) { return zy::ZyBool(false, "Cannot create 'build' directory"); }
+   return zy::ZyBool(true);
+}
 
-   executeScript(& project, nullptr, nullptr, nullptr, "PLUGIN_EXPORT_START", QString(), QString());
-
-   // One entity or enumeration: its two files, the script's notice, its custom files.
-   auto exportItem = [&](auto & item, model::entity * pEntity, model::enumeration * pEnumeration, const QString & sKind) -> zy::ZyBool
+template <typename Item>
+zy::ZyBool cpp_builder::exportItem(model::project & project, Item & item, model::entity * pEntity, model::enumeration * pEnumeration,
+                                   const QString & sKind, const QString & sExportDir)
+{
+   const QDir dir(sExportDir);
+   const QString sKey = item.getKey();
+   const QString sFlat = generators::flatKey(sKey);
+   m_sCurrentHeaderFile = dir.absoluteFilePath("include/" + sFlat + ".gen.h");
+   m_sCurrentSourceFile = dir.absoluteFilePath("src/" + sFlat + ".gen.cpp");
+   for (const QString & sFile : { m_sCurrentHeaderFile, m_sCurrentSourceFile })
    {
-      const QString sKey = item.getKey();
-      const QString sFlat = generators::flatKey(sKey);
-      m_sCurrentHeaderFile = dir.absoluteFilePath("include/" + sFlat + ".gen.h");
-      m_sCurrentSourceFile = dir.absoluteFilePath("src/" + sFlat + ".gen.cpp");
-      for (const QString & sFile : { m_sCurrentHeaderFile, m_sCurrentSourceFile })
-      {
-         const QString sRefused = refusedPath(sFile);
-         if (! sRefused.isEmpty()) { return zy::ZyBool(false, sRefused); }
-      }
-      QString sOldHeader = getFileText(m_sCurrentHeaderFile);
-      QString sOldSource = getFileText(m_sCurrentSourceFile);
-      const QString sNewHeader = buildHelper(project, item, true);
-      const QString sNewSource = buildHelper(project, item, false);
-      // No "\r\n" to turn into "\n": getFileText drops every '\r' already.
-      if (! isSame(sOldHeader, sNewHeader) && ! writeFile(m_sCurrentHeaderFile, sNewHeader, & m_sLastFailureReason))
-      { return zy::ZyBool(false, "An error occurred opening header file : " + m_sCurrentHeaderFile); }
-      if (! isSame(sOldSource, sNewSource) && ! writeFile(m_sCurrentSourceFile, sNewSource, & m_sLastFailureReason))
-      { return zy::ZyBool(false, "An error occurred opening source file : " + m_sCurrentSourceFile); }
-      executeScript(& project, pEntity, nullptr, pEnumeration, "AFTER_CLOSING_FILE", sNewHeader, m_sCurrentHeaderFile);
-      executeScript(& project, pEntity, nullptr, pEnumeration, "AFTER_CLOSING_FILE", sNewSource, m_sCurrentSourceFile);
-      zy::ZyBool ok = build_CustomFile(project, pEntity, pEnumeration);
-      if (! ok) { return ok; }
-      Q_EMIT onMessage(sKind + " '" + sKey + "' exported to C++ class : '" + D + "'", 1, k_iDuration);
-      return zy::ZyBool(true);
-   };
+      const QString sRefused = refusedPath(sFile);
+      if (! sRefused.isEmpty()) { return zy::ZyBool(false, sRefused); }
+   }
+   QString sOldHeader = getFileText(m_sCurrentHeaderFile);
+   QString sOldSource = getFileText(m_sCurrentSourceFile);
+   const QString sNewHeader = buildHelper(project, item, true);
+   const QString sNewSource = buildHelper(project, item, false);
+   // No "\r\n" to turn into "\n": getFileText drops every '\r' already.
+   if (! isSame(sOldHeader, sNewHeader) && ! writeFile(m_sCurrentHeaderFile, sNewHeader, & m_sLastFailureReason))
+   { return zy::ZyBool(false, "An error occurred opening header file : " + m_sCurrentHeaderFile); }
+   if (! isSame(sOldSource, sNewSource) && ! writeFile(m_sCurrentSourceFile, sNewSource, & m_sLastFailureReason))
+   { return zy::ZyBool(false, "An error occurred opening source file : " + m_sCurrentSourceFile); }
+   executeScript(& project, pEntity, nullptr, pEnumeration, "AFTER_CLOSING_FILE", sNewHeader, m_sCurrentHeaderFile);
+   executeScript(& project, pEntity, nullptr, pEnumeration, "AFTER_CLOSING_FILE", sNewSource, m_sCurrentSourceFile);
+   zy::ZyBool ok = build_CustomFile(project, pEntity, pEnumeration);
+   if (! ok) { return ok; }
+   Q_EMIT onMessage(sKind + " '" + sKey + "' exported to C++ class : '" + sExportDir + "'", 1, k_iDuration);
+   return zy::ZyBool(true);
+}
 
-   for (const model::entity_ptr & pEntity : * pEntities)
+zy::ZyBool cpp_builder::exportItems(model::project & project, const model::list_of_entity & lstEntities, const QString & sExportDir)
+{
+   for (const model::entity_ptr & pEntity : lstEntities)
    {
       if (! pEntity || (pEntity->getId() == 0)) { continue; }
-      zy::ZyBool ok = exportItem(* pEntity, pEntity.get(), nullptr, "Entity");
+      zy::ZyBool ok = exportItem(project, * pEntity, pEntity.get(), nullptr, "Entity", sExportDir);
       if (! ok) { return ok; }
    }
 
    model::list_of_enumeration_ptr pEnums = project.getListOfAllEnums();
-   if (pEnums)
+   if (! pEnums) { return zy::ZyBool(true); }
+   for (const model::enumeration_ptr & pEnum : * pEnums)
    {
-      for (const model::enumeration_ptr & pEnum : * pEnums)
-      {
-         if (! pEnum || (pEnum->getId() == 0)) { continue; }
-         zy::ZyBool ok = exportItem(* pEnum, nullptr, pEnum.get(), "Enumeration");
-         if (! ok) { return ok; }
-      }
+      if (! pEnum || (pEnum->getId() == 0)) { continue; }
+      zy::ZyBool ok = exportItem(project, * pEnum, nullptr, pEnum.get(), "Enumeration", sExportDir);
+      if (! ok) { return ok; }
    }
+   return zy::ZyBool(true);
+}
 
+zy::ZyBool cpp_builder::buildProjectFiles(model::project & project)
+{
    typedef zy::ZyBool (cpp_builder::*fct_build)(model::project &);
    const QList<QPair<fct_build, QString> > lstSteps = {
       { & cpp_builder::build_PriFile, "C++ project file *.pri created" },
@@ -205,6 +205,43 @@ zy::ZyBool cpp_builder::build(model::project & project)
       if (! ok) { return ok; }
       Q_EMIT onMessage(step.second, 1, k_iDuration);
    }
+   return zy::ZyBool(true);
+}
+
+zy::ZyBool cpp_builder::build(model::project & project)
+{
+   tools::wait_cursor wait;
+   m_sLastFailureReason.clear();
+   if (! m_pCppExport) { return zy::ZyBool(false, k_sNoPlugin); }
+   model::list_of_entity_ptr pEntities = project.getListOfAllEntities();
+   if (! pEntities) { return zy::ZyBool(false, "This project doesn't have a valid list of entities"); }
+
+   const QString D = m_pCppExport->getCppExportPath(true);
+   zy::ZyBool ok = checkExportPaths(D);
+   if (! ok) { return ok; }
+   // Declining to go on with errors in the model is no failure of the export.
+   if (! confirmSchemaErrors(project)) { return zy::ZyBool(true, QString()); }
+
+   // No answer makes two classes share a file: one would silently replace the other.
+   const QStringList lstCollisions = model::model_integrity::fileCollisions(project, true);
+   if (! lstCollisions.isEmpty()) { return zy::ZyBool(false, "Nothing was exported, generated files would overwrite each other :\n- " + lstCollisions.join("\n- ")); }
+
+   QDir dir(D);
+   // The lock goes with this call however it ends.
+   QLockFile lock(dir.absoluteFilePath(lockFileName()));
+   ok = lockExportDirectory(lock, D);
+   if (! ok) { return ok; }
+
+   m_sWriteRoot = D;
+   struct write_root_reset { QString & root; ~write_root_reset() { root.clear(); } } resetRoot{ m_sWriteRoot };
+
+   ok = makeExportDirectories(dir);
+   if (! ok) { return ok; }
+   executeScript(& project, nullptr, nullptr, nullptr, "PLUGIN_EXPORT_START", QString(), QString());
+   ok = exportItems(project, * pEntities, D);
+   if (! ok) { return ok; }
+   ok = buildProjectFiles(project);
+   if (! ok) { return ok; }
 
    executeScript(& project, nullptr, nullptr, nullptr, "PLUGIN_EXPORT_END", QString(), QString());
    Q_EMIT onMessage("All entities have been exported to a C++ project : '" + D + "'", 1, k_iDuration);

@@ -11,6 +11,9 @@
 #include "cpp_export/tools/template_parser.h"
 #include "zy/ZyBool.h"
 
+class QDir;
+class QLockFile;
+
 namespace plugin {
 
 class cpp_export;
@@ -118,6 +121,19 @@ protected:
    static parser_ptr parserFromResource(const QString & path);
 
 private:
+   // Steps of build(), in their order.
+   static zy::ZyBool checkExportPaths(const QString & sExportDir);
+   // True when the model has no errors or the user goes on despite them.
+   bool confirmSchemaErrors(model::project & project) const;
+   static zy::ZyBool lockExportDirectory(QLockFile & lock, const QString & sExportDir);
+   zy::ZyBool makeExportDirectories(const QDir & dir);
+   // Each entity, then each enumeration: its two files, the script's notice, its custom files.
+   zy::ZyBool exportItems(model::project & project, const model::list_of_entity & lstEntities, const QString & sExportDir);
+   template <typename Item>
+   zy::ZyBool exportItem(model::project & project, Item & item, model::entity * pEntity, model::enumeration * pEnumeration,
+                         const QString & sKind, const QString & sExportDir);
+   zy::ZyBool buildProjectFiles(model::project & project);
+
    template <typename Dispatch>
    bool expand(const parser_ptr & parser, Dispatch dispatchPiece, model::project * pProject, model::entity * pEntity,
                model::enumeration * pEnumeration, const QString & sCurrentFile, QString & out, QString & sError);

@@ -134,7 +134,8 @@ public:
    const QList<enum_action> & actionList() const { return m_lstAction; }
    const QString & getSeparator() const { return m_sSeparator; }
 
-   // The 75 built-in keywords in comparison order (the "CUSTOM_" prefix is not in it)
+   // Names and codes of the built-in keywords in comparison order, as the keyword registry
+   // (plugin::templateKeywords) holds them; the "CUSTOM_" prefix is not in it
    static const QList<QPair<QString, enum_action>> & keywordTable();
    // Name of a built-in keyword, "CUSTOM_" for action_CUSTOM, empty for action_none or an unknown value
    static QString keywordName(enum_action action);

@@ -122,31 +122,28 @@ void cpp_export_preview::doSelectEntity(model::entity_ptr entity)
    view::main_wnd * pMainWnd = context::ctx_global::getMainWnd();
    if (pMainWnd && pMainWnd->isExecutingPlugin()) { return; }
 
-   tools::wait_cursor wait; Q_UNUSED(wait);
-   m_pEntity = entity;
-   if (m_pEntity) { m_pEnumeration.reset(); }
-   if (m_pEntity && (m_pEntity->getId() == 0)) { m_pEntity.reset(); }
-   updateShowHidePreview();
-
-   if (! m_bVisible || ! m_pProject || ! m_pEntity || ! m_pPlugin) { return; }
-   plugin::cpp_builder * pBuilder = getOrCreateBuilder();
-   m_txtCppTemplateHeader->setPlainText(pBuilder->buildHeader(* m_pProject, * m_pEntity));
-   m_txtCppTemplateSource->setPlainText(pBuilder->buildSource(* m_pProject, * m_pEntity));
+   selectItem(entity, m_pEntity, m_pEnumeration);
 }
 
 void cpp_export_preview::doSelectEnumeration(model::enumeration_ptr enumeration)
 {
    // Unlike entities, enumeration selections are honoured during an export.
+   selectItem(enumeration, m_pEnumeration, m_pEntity);
+}
+
+template <typename Item, typename Other>
+void cpp_export_preview::selectItem(const std::shared_ptr<Item> & item, std::shared_ptr<Item> & pSelected, std::shared_ptr<Other> & pOther)
+{
    tools::wait_cursor wait; Q_UNUSED(wait);
-   m_pEnumeration = enumeration;
-   if (m_pEnumeration) { m_pEntity.reset(); }
-   if (m_pEnumeration && (m_pEnumeration->getId() == 0)) { m_pEnumeration.reset(); }
+   pSelected = item;
+   if (pSelected) { pOther.reset(); }
+   if (pSelected && (pSelected->getId() == 0)) { pSelected.reset(); }
    updateShowHidePreview();
 
-   if (! m_bVisible || ! m_pProject || ! m_pEnumeration || ! m_pPlugin) { return; }
+   if (! m_bVisible || ! m_pProject || ! pSelected || ! m_pPlugin) { return; }
    plugin::cpp_builder * pBuilder = getOrCreateBuilder();
-   m_txtCppTemplateHeader->setPlainText(pBuilder->buildHeader(* m_pProject, * m_pEnumeration));
-   m_txtCppTemplateSource->setPlainText(pBuilder->buildSource(* m_pProject, * m_pEnumeration));
+   m_txtCppTemplateHeader->setPlainText(pBuilder->buildHeader(* m_pProject, * pSelected));
+   m_txtCppTemplateSource->setPlainText(pBuilder->buildSource(* m_pProject, * pSelected));
 }
 
 void cpp_export_preview::updateShowHidePreview()

@@ -61,6 +61,9 @@ private:
    void init();
    plugin::cpp_builder * getOrCreateBuilder();
    style_buttons styleButtons() const;
+   // Makes item the one selection (none for an unsaved one) and previews it when shown.
+   template <typename Item, typename Other>
+   void selectItem(const std::shared_ptr<Item> & item, std::shared_ptr<Item> & pSelected, std::shared_ptr<Other> & pOther);
 };
 
 } // namespace view

@@ -34,6 +34,16 @@ QString flatKey(const QString & key)
    return s;
 }
 
+void appendNameFunctionBody(QString & out, const QString & name, const QString & sqlName)
+{
+   if (sqlName == name) { out += QLatin1String("{ Q_UNUSED(key); return \"") % sqlName % QLatin1String("\"; }"); }
+   else
+   {
+      out += QLatin1String("{ return (key ? QString(\"") % name % QLatin1String("\") : QString(\"") % sqlName
+             % QLatin1String("\")); }");
+   }
+}
+
 model::entity_ptr resolvedParent(model::project & project, const model::entity & entity)
 {
    model::entity_ptr pParent = entity.getParent();

@@ -19,25 +19,13 @@ namespace {
 const QLatin1String kNoId("TAVREL_NO_ID");
 const QLatin1String kDummyColumn("TAVREL_DUMMY_COLUMN");
 
-// "{ Q_UNUSED(key); ... }" when the SQL name is the C++ name, else a helper that gives either.
-void appendNameFunctionBody(QString & out, const QString & name, const QString & sqlName)
-{
-   if (sqlName == name) { out += QLatin1String("{ Q_UNUSED(key); return \"") % sqlName % QLatin1String("\"; }"); }
-   else
-   {
-      out += QLatin1String("{ return (key ? QString(\"") % name % QLatin1String("\") : QString(\"") % sqlName
-             % QLatin1String("\")); }");
-   }
-}
-
 const QLatin1String kZyNamespacesBegin("\nnamespace zy {\nnamespace dao {\nnamespace detail {\n");
 const QLatin1String kZyNamespacesEnd("} // namespace detail\n} // namespace dao\n} // namespace zy");
 
 } // namespace
 
-void STATIC_TABLE_KEY(const cpp_builder & b, QString & out, model::project & p, model::entity & e)
+void STATIC_TABLE_KEY(const cpp_builder &, QString & out, model::project &, model::entity & e)
 {
-   Q_UNUSED(b); Q_UNUSED(p);
    const QString name = e.getName();
    QString table = e.getTableName();
    if (table.isEmpty()) { table = name; }
@@ -46,9 +34,8 @@ void STATIC_TABLE_KEY(const cpp_builder & b, QString & out, model::project & p, 
    appendNameFunctionBody(out, name, table);
 }
 
-void LIST_STATIC_COLUMNS_KEYS(const cpp_builder & b, QString & out, model::project & p, model::entity & e)
+void LIST_STATIC_COLUMNS_KEYS(const cpp_builder &, QString & out, model::project &, model::entity & e)
 {
-   Q_UNUSED(b); Q_UNUSED(p);
    const model::list_of_property lst = e.getListOfProperty(true, false, false);
    if (lst.isEmpty()) { return; }
    out += QLatin1String("\npublic:\n");
@@ -64,16 +51,14 @@ void LIST_STATIC_COLUMNS_KEYS(const cpp_builder & b, QString & out, model::proje
    }
 }
 
-void TYPEDEF_CLASS_PTR(const cpp_builder & b, QString & out, model::project & p, model::entity & e)
+void TYPEDEF_CLASS_PTR(const cpp_builder &, QString & out, model::project &, model::entity & e)
 {
-   Q_UNUSED(b); Q_UNUSED(p);
    const QString name = e.getName();
    out += QLatin1String("typedef std::shared_ptr<") % name % QLatin1String("> ") % name % QLatin1String("_ptr;");
 }
 
-void TYPEDEF_LIST_OF_CLASS(const cpp_builder & b, QString & out, model::project & p, model::entity & e)
+void TYPEDEF_LIST_OF_CLASS(const cpp_builder &, QString & out, model::project &, model::entity & e)
 {
-   Q_UNUSED(b); Q_UNUSED(p);
    const QString name = e.getName();
    const model::property_ptr pId = e.getPropertyId(true);
    if (pId && ! pId->getMetaData(kNoId).toBool())
@@ -84,16 +69,14 @@ void TYPEDEF_LIST_OF_CLASS(const cpp_builder & b, QString & out, model::project 
    else { out += QLatin1String("typedef QList<") % name % QLatin1String("_ptr> list_of_") % name % QLatin1Char(';'); }
 }
 
-void TYPEDEF_LIST_OF_CLASS_PTR(const cpp_builder & b, QString & out, model::project & p, model::entity & e)
+void TYPEDEF_LIST_OF_CLASS_PTR(const cpp_builder &, QString & out, model::project &, model::entity & e)
 {
-   Q_UNUSED(b); Q_UNUSED(p);
    const QString name = e.getName();
    out += QLatin1String("typedef std::shared_ptr<list_of_") % name % QLatin1String("> list_of_") % name % QLatin1String("_ptr;");
 }
 
-void ZY_VALIDATOR_METHOD(const cpp_builder & b, QString & out, model::project & p, model::entity & e)
+void ZY_VALIDATOR_METHOD(const cpp_builder &, QString & out, model::project &, model::entity & e)
 {
-   Q_UNUSED(b); Q_UNUSED(p);
    const QString method = e.getValidatorMethod();
    if (method.isEmpty()) { return; }
    out += QLatin1String("private:\n");
@@ -101,9 +84,8 @@ void ZY_VALIDATOR_METHOD(const cpp_builder & b, QString & out, model::project & 
    out += QLatin1String("\n   void ") % method % QLatin1String("(zy::ZyInvalidValueX & invalidValues);");
 }
 
-void LIST_TRIGGERS_METHODS(const cpp_builder & b, QString & out, model::project & p, model::entity & e)
+void LIST_TRIGGERS_METHODS(const cpp_builder &, QString & out, model::project &, model::entity & e)
 {
-   Q_UNUSED(b); Q_UNUSED(p);
    if (! e.hasTriggers()) { return; }
    out += QLatin1String("protected:\n");
    out += QLatin1String("\n   // The following triggers methods must be implemented in a custom code");
@@ -114,9 +96,8 @@ void LIST_TRIGGERS_METHODS(const cpp_builder & b, QString & out, model::project 
    }
 }
 
-void FRIEND_FOR_TRIGGERS(const cpp_builder & b, QString & out, model::project & p, model::entity & e)
+void FRIEND_FOR_TRIGGERS(const cpp_builder &, QString & out, model::project &, model::entity & e)
 {
-   Q_UNUSED(b); Q_UNUSED(p);
    if (e.hasTriggers())
    {
       out += QLatin1String("friend struct zy::dao::detail::ZyDao_Trigger<") % e.getKey() % QLatin1String(">;");
@@ -128,9 +109,8 @@ void FRIEND_FOR_TRIGGERS(const cpp_builder & b, QString & out, model::project & 
    out.truncate(size);
 }
 
-void FORWARD_DECLARATION_FOR_TRIGGERS(const cpp_builder & b, QString & out, model::project & p, model::entity & e)
+void FORWARD_DECLARATION_FOR_TRIGGERS(const cpp_builder &, QString & out, model::project &, model::entity & e)
 {
-   Q_UNUSED(b); Q_UNUSED(p);
    if (! e.hasTriggers()) { return; }
    const QString ns = e.getNamespace();
    if (! ns.isEmpty()) { out += namespaceBegin(ns) % QLatin1Char('\n'); }

@@ -59,27 +59,28 @@ void appendRelation(QString & out, const model::relationship & r, const model::p
    const QString name = p.getName();
    const QString version = QString::number(p.getVersion());
    const QString member = owner % QLatin1String("::m_") % name;
+   // What stands between the relation's name and its version differs by kind.
+   const char * sMethod = nullptr;
+   QString sBetween;
    switch (r.getType())
    {
-      case 0:
-         out += QLatin1String("\n   pRelation = t.relationOneToOne(& ") % member % QLatin1String(", \"") % name % QLatin1String("\", ")
-                % version % pimplArg % QLatin1String(");");
-         break;
+      case 0: sMethod = "relationOneToOne"; break;
       case 1:
-         out += QLatin1String("\n   pRelation = t.relationOneToMany(& ") % member % QLatin1String(", \"") % name % QLatin1String("\", \"")
-                % r.getForeignKey() % QLatin1String("\", ") % version % pimplArg % QLatin1String(");");
+         sMethod = "relationOneToMany";
+         sBetween = QLatin1Char('"') % r.getForeignKey() % QLatin1String("\", ");
          break;
-      case 2:
-         out += QLatin1String("\n   pRelation = t.relationManyToOne(& ") % member % QLatin1String(", \"") % name % QLatin1String("\", ")
-                % version % pimplArg % QLatin1String(");");
-         break;
+      case 2: sMethod = "relationManyToOne"; break;
       case 3:
-         out += QLatin1String("\n   pRelation = t.relationManyToMany(& ") % member % QLatin1String(", \"") % name % QLatin1String("\", \"")
-                % r.getExtraTable() % QLatin1String("\", \"") % r.getForeignKey() % QLatin1String("\", \"")
-                % r.getForeignKeyOwner() % QLatin1String("\", ") % version % pimplArg % QLatin1String(");");
+         sMethod = "relationManyToMany";
+         sBetween = QLatin1Char('"') % r.getExtraTable() % QLatin1String("\", \"") % r.getForeignKey() % QLatin1String("\", \"")
+                    % r.getForeignKeyOwner() % QLatin1String("\", ");
          break;
-      default:
-         break;
+      default: break;
+   }
+   if (sMethod)
+   {
+      out += QLatin1String("\n   pRelation = t.") % QLatin1String(sMethod) % QLatin1String("(& ") % member % QLatin1String(", \"") % name
+             % QLatin1String("\", ") % sBetween % version % pimplArg % QLatin1String(");");
    }
 
    const QString column = p.getColumnName();

@@ -62,18 +62,27 @@ void appendFetchingBody(const cpp_builder & b, QString & out, const model::entit
    out += QLatin1String("}\n\n");
 }
 
-} // namespace
-
-void LIST_RELATIONS_TYPEDEF(const cpp_builder & b, QString & out, model::project & p, model::entity & e)
+// The property of each relation that has one, in the entity's order.
+model::list_of_property relationProperties(const model::list_of_relationship & lst)
 {
-   Q_UNUSED(b); Q_UNUSED(p);
-   const model::list_of_relationship lst = e.getListOfRelation();
-   if (lst.isEmpty()) { return; }
-   out += QLatin1String("public:\n");
+   model::list_of_property lstProperties;
    for (const model::relationship_ptr & pRelation : lst)
    {
       const model::property_ptr pProperty = (pRelation ? pRelation->getProperty() : model::property_ptr());
-      if (! pProperty) { continue; }
+      if (pProperty) { lstProperties.append(pProperty); }
+   }
+   return lstProperties;
+}
+
+} // namespace
+
+void LIST_RELATIONS_TYPEDEF(const cpp_builder &, QString & out, model::project &, model::entity & e)
+{
+   const model::list_of_relationship lst = e.getListOfRelation();
+   if (lst.isEmpty()) { return; }
+   out += QLatin1String("public:\n");
+   for (const model::property_ptr & pProperty : relationProperties(lst))
+   {
       out += QLatin1String("\n   ") % pProperty->getTypeDesc(true, false, QString());
    }
    out += QLatin1String("\n\n");
@@ -119,26 +128,18 @@ void IMPLEMENT_LIST_RELATIONS_GETTER_WITH_FETCH(const cpp_builder & b, QString &
    }
 }
 
-void LIST_STATIC_RELATIONS_KEYS(const cpp_builder & b, QString & out, model::project & p, model::entity & e)
+void LIST_STATIC_RELATIONS_KEYS(const cpp_builder &, QString & out, model::project &, model::entity & e)
 {
-   Q_UNUSED(b); Q_UNUSED(p);
    const model::list_of_relationship lst = e.getListOfRelation();
    if (lst.isEmpty()) { return; }
    out += QLatin1String("public:\n");
-   for (const model::relationship_ptr & pRelation : lst)
+   for (const model::property_ptr & pProperty : relationProperties(lst))
    {
-      const model::property_ptr pProperty = (pRelation ? pRelation->getProperty() : model::property_ptr());
-      if (! pProperty) { continue; }
       const QString name = pProperty->getName();
       QString column = pProperty->getColumnName();
       if (column.isEmpty()) { column = name; }
       out += QLatin1String("\n   static QString relation_") % name % QLatin1String("(bool key = false) ");
-      if (column == name) { out += QLatin1String("{ Q_UNUSED(key); return \"") % column % QLatin1String("\"; }"); }
-      else
-      {
-         out += QLatin1String("{ return (key ? QString(\"") % name % QLatin1String("\") : QString(\"") % column
-                % QLatin1String("\")); }");
-      }
+      appendNameFunctionBody(out, name, column);
    }
 }
 

@@ -32,6 +32,9 @@ QString memberName(const cpp_builder & builder, const QString & propertyName);
 // Namespace opening and closing lines of an entity namespace (empty parts kept).
 QString namespaceBegin(const QString & ns);
 QString namespaceEnd(const QString & ns);
+// Body of a static name function: "{ Q_UNUSED(key); ... }" when the SQL name is the C++ name,
+// else one that gives either.
+void appendNameFunctionBody(QString & out, const QString & name, const QString & sqlName);
 // Initialisers of a default constructor; bFirst tells whether the next separator is " : ".
 void appendMemberInitialisers(QString & out, const model::entity & entity, bool & bFirst, const model::property_ptr & pIdProperty);
 
