@@ -8,7 +8,7 @@
 #include <cstdint>
 
 #include "fuzz_support.h"
-#include "tools/template_parser.h"
+#include "cpp_export/tools/template_parser.h"
 
 namespace {
 
