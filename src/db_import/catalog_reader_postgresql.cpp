@@ -1,0 +1,128 @@
+#include "db_import/catalog_reader.h"
+
+#include <QVariant>
+
+namespace db_import {
+
+namespace {
+
+// The user's schemas: everything but the system ones.
+const char * const k_sUserSchemas =
+   "SELECT nspname FROM pg_catalog.pg_namespace WHERE nspname NOT IN ('pg_catalog', 'information_schema') "
+   "AND nspname NOT LIKE 'pg\\_toast%' AND nspname NOT LIKE 'pg\\_temp\\_%' ORDER BY nspname";
+
+// Enumerations and domains read as "USER-DEFINED": the type's own name says more.
+const char * const k_sColumns =
+   "SELECT c.table_schema, c.table_name, t.table_type, c.column_name, "
+   "CASE WHEN c.data_type IN ('USER-DEFINED', 'ARRAY') THEN c.udt_name ELSE c.data_type END, "
+   "c.character_maximum_length, c.is_nullable, c.column_default, c.data_type "
+   "FROM information_schema.columns c JOIN information_schema.tables t "
+   "ON t.table_schema = c.table_schema AND t.table_name = c.table_name "
+   "WHERE t.table_type IN ('BASE TABLE', 'VIEW') AND c.table_schema IN (%1) "
+   "ORDER BY c.table_schema, c.table_name, c.ordinal_position";
+
+// Primary keys, unique constraints and foreign keys, one row per column of each, in key order;
+// the catalog's arrays give the column pairs of a foreign key.
+const char * const k_sConstraints =
+   "SELECT n.nspname, c.relname, con.conname, con.contype, a.attname, fn.nspname, fc.relname, fa.attname "
+   "FROM pg_catalog.pg_constraint con "
+   "JOIN pg_catalog.pg_class c ON c.oid = con.conrelid "
+   "JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace "
+   "CROSS JOIN LATERAL unnest(con.conkey) WITH ORDINALITY AS k(attnum, ord) "
+   "JOIN pg_catalog.pg_attribute a ON a.attrelid = con.conrelid AND a.attnum = k.attnum "
+   "LEFT JOIN pg_catalog.pg_class fc ON fc.oid = con.confrelid "
+   "LEFT JOIN pg_catalog.pg_namespace fn ON fn.oid = fc.relnamespace "
+   "LEFT JOIN pg_catalog.pg_attribute fa ON fa.attrelid = con.confrelid AND fa.attnum = con.confkey[k.ord] "
+   "WHERE con.contype IN ('p', 'u', 'f') AND n.nspname IN (%1) "
+   "ORDER BY n.nspname, c.relname, con.contype, con.conname, k.ord";
+
+// Indexes that no constraint made; an expression column has no name and is skipped later.
+const char * const k_sIndexes =
+   "SELECT n.nspname, t.relname, i.relname, ix.indisunique, a.attname "
+   "FROM pg_catalog.pg_index ix "
+   "JOIN pg_catalog.pg_class i ON i.oid = ix.indexrelid "
+   "JOIN pg_catalog.pg_class t ON t.oid = ix.indrelid "
+   "JOIN pg_catalog.pg_namespace n ON n.oid = t.relnamespace "
+   "CROSS JOIN LATERAL unnest(ix.indkey::int2[]) WITH ORDINALITY AS k(attnum, ord) "
+   "LEFT JOIN pg_catalog.pg_attribute a ON a.attrelid = t.oid AND a.attnum = k.attnum AND k.attnum > 0 "
+   "WHERE n.nspname IN (%1) AND NOT ix.indisprimary "
+   "AND NOT EXISTS (SELECT 1 FROM pg_catalog.pg_constraint con WHERE con.conindid = ix.indexrelid AND con.contype IN ('p', 'u')) "
+   "ORDER BY n.nspname, t.relname, i.relname, k.ord";
+
+} // namespace
+
+bool catalog_reader::readPostgresql(const QSqlDatabase & database, const QStringList & lstSchemas, db_catalog & catalog, QString & sError)
+{
+   QSqlQuery q(database);
+   QStringList lst = lstSchemas;
+   if (lst.isEmpty())
+   {
+      if (! exec(q, k_sUserSchemas, sError)) { return false; }
+      while (q.next()) { lst.append(q.value(0).toString()); }
+   }
+   if (lst.isEmpty()) { return true; }
+   QStringList lstQuoted;
+   for (const QString & s : lst) { lstQuoted.append(quoted(s)); }
+   const QString sSchemas = lstQuoted.join(", ");
+
+   if (! exec(q, QString(k_sColumns).arg(sSchemas), sError)) { return false; }
+   while (q.next())
+   {
+      db_table & t = catalog.table(q.value(0).toString(), q.value(1).toString());
+      t.bView = (q.value(2).toString() == "VIEW");
+      db_column c;
+      c.sName = q.value(3).toString();
+      c.sType = q.value(4).toString().toLower();
+      c.sDeclared = c.sType;
+      if (q.value(8).toString() == "ARRAY") { c.sDeclared = c.sType = "array of " + c.sType.mid(1); }
+      if (! q.value(5).isNull()) { c.iLength = q.value(5).toInt(); c.sDeclared += QString("(%1)").arg(c.iLength); }
+      c.bNotNull = (q.value(6).toString() == "NO");
+      if (! q.value(7).isNull()) { c.sDefault = q.value(7).toString(); }
+      t.lstColumns.append(c);
+   }
+   if (! readPostgresqlKeys(q, sSchemas, catalog, sError)) { return false; }
+
+   if (! exec(q, QString(k_sIndexes).arg(sSchemas), sError)) { return false; }
+   while (q.next())
+   {
+      const db_table * pTable = catalog.find(q.value(0).toString(), q.value(1).toString());
+      if (! pTable) { continue; }
+      db_table & t = catalog.table(q.value(0).toString(), q.value(1).toString());
+      const QString sIndex = q.value(2).toString();
+      if (t.lstIndexes.isEmpty() || (t.lstIndexes.last().sName != sIndex)) { t.lstIndexes.append(db_index { sIndex, {}, q.value(3).toBool() }); }
+      t.lstIndexes.last().lstColumns.append(q.value(4).toString());
+   }
+   return true;
+}
+
+bool catalog_reader::readPostgresqlKeys(QSqlQuery & q, const QString & sSchemas, db_catalog & catalog, QString & sError)
+{
+   if (! exec(q, QString(k_sConstraints).arg(sSchemas), sError)) { return false; }
+   QString sLast;
+   while (q.next())
+   {
+      if (! catalog.find(q.value(0).toString(), q.value(1).toString())) { continue; }
+      db_table & t = catalog.table(q.value(0).toString(), q.value(1).toString());
+      const QString sName = q.value(2).toString();
+      const QString sKind = q.value(3).toString();
+      const QString sColumn = q.value(4).toString();
+      const QString sKey = catalog.keyOf(t.sSchema, t.sName) + "/" + sName;
+      const bool bNew = (sKey != sLast);
+      sLast = sKey;
+      if (sKind == "p") { t.lstPrimaryKey.append(sColumn); }
+      else if (sKind == "u")
+      {
+         if (bNew) { t.lstIndexes.append(db_index { sName, {}, true }); }
+         t.lstIndexes.last().lstColumns.append(sColumn);
+      }
+      else
+      {
+         if (bNew) { t.lstForeignKeys.append(db_foreign_key { {}, q.value(5).toString(), q.value(6).toString(), {} }); }
+         t.lstForeignKeys.last().lstColumns.append(sColumn);
+         t.lstForeignKeys.last().lstTargetColumns.append(q.value(7).toString());
+      }
+   }
+   return true;
+}
+
+} // namespace db_import
