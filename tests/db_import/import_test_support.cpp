@@ -104,16 +104,16 @@ import_run importSource(const QString & sUrl, const db_import::import_options & 
    return runImport(sUrl, QString(), options, pExisting);
 }
 
-import_run importDdl(const QString & sFile, const db_import::import_options & options)
+import_run importDdl(const QString & sFile, const db_import::import_options & options, const model::project_ptr & pExisting)
 {
-   return runImport(QString(), sFile, options, nullptr);
+   return runImport(QString(), sFile, options, pExisting);
 }
 
-import_run importDdlText(const QString & sDir, const QString & sText, const db_import::import_options & options)
+import_run importDdlText(const QString & sDir, const QString & sText, const db_import::import_options & options, const model::project_ptr & pExisting)
 {
    const QString sFile = sDir + "/schema.sql";
    test_support::writeAll(sFile, sText.toUtf8());
-   return importDdl(sFile, options);
+   return importDdl(sFile, options, pExisting);
 }
 
 model::property_ptr propertyOf(const model::project_ptr & pProject, const QString & sEntity, const QString & sProperty)

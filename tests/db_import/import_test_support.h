@@ -31,9 +31,11 @@ struct import_run
 // An import into pExisting, or into a new project when null.
 import_run importSource(const QString & sUrl, const db_import::import_options & options = db_import::import_options(),
                         const model::project_ptr & pExisting = nullptr);
-import_run importDdl(const QString & sFile, const db_import::import_options & options = db_import::import_options());
+import_run importDdl(const QString & sFile, const db_import::import_options & options = db_import::import_options(),
+                     const model::project_ptr & pExisting = nullptr);
 // Writes sText to a file in sDir and imports it as a DDL script.
-import_run importDdlText(const QString & sDir, const QString & sText, const db_import::import_options & options = db_import::import_options());
+import_run importDdlText(const QString & sDir, const QString & sText, const db_import::import_options & options = db_import::import_options(),
+                         const model::project_ptr & pExisting = nullptr);
 
 // Entity by key and property by name, or null.
 model::property_ptr propertyOf(const model::project_ptr & pProject, const QString & sEntity, const QString & sProperty);
