@@ -37,7 +37,6 @@ bool db_importer::readSource(const QString & sSource, const QString & sDdlFile, 
    {
       QSqlDatabase database;
       if (! source.open(database, sError)) { return false; }
-      progress("reading the catalog of " + source.displayUrl());
       bOk = catalog_reader::read(database, source.getDialect(), source.getSchemas(), source.getDatabase(), catalog, sError);
    }
    source.close();
@@ -47,7 +46,7 @@ bool db_importer::readSource(const QString & sSource, const QString & sDdlFile, 
 bool db_importer::importInto(const db_catalog & catalog, const model::project_ptr & pProject, QString & sError)
 {
    const bool bLarge = (catalog.lstTables.size() >= k_iProgressTables);
-   if (bLarge) { progress(QString("mapping %1 tables").arg(catalog.lstTables.size())); }
+   if (bLarge) { progress(QString("read %1 tables, mapping them").arg(catalog.lstTables.size())); }
    model_mapper mapper(catalog, m_options);
    const model::project_ptr pFresh = mapper.map(pProject->getName());
    m_lstWarnings.append(mapper.getWarnings());
