@@ -66,9 +66,11 @@ bool catalog_reader::exec(QSqlQuery & query, const QString & sql, QString & sErr
    return false;
 }
 
-QString catalog_reader::quoted(const QString & s)
+QString catalog_reader::quotedList(const QStringList & lst)
 {
-   return "'" + QString(s).replace("'", "''") + "'";
+   QStringList lstQuoted;
+   for (const QString & s : lst) { lstQuoted.append("'" + QString(s).replace("'", "''") + "'"); }
+   return lstQuoted.join(", ");
 }
 
 } // namespace db_import

@@ -22,8 +22,8 @@ public:
    static void setDeclaredType(db_column & column, const QString & sDeclared);
    // Runs a query forward-only; false with the statement's reason.
    static bool exec(QSqlQuery & query, const QString & sql, QString & sError);
-   // 'text' with its quotes doubled, for the schema lists built into the statements.
-   static QString quoted(const QString & s);
+   // "'a', 'b'": each text quoted (quotes doubled), for the schema lists built into the statements.
+   static QString quotedList(const QStringList & lst);
 
 private:
    static bool readSqlite(const QSqlDatabase & database, db_catalog & catalog, QString & sError);

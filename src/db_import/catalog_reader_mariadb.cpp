@@ -27,9 +27,7 @@ const char * const k_sForeignKeys =
 
 bool catalog_reader::readMariadb(const QSqlDatabase & database, const QStringList & lstSchemas, db_catalog & catalog, QString & sError)
 {
-   QStringList lstQuoted;
-   for (const QString & s : lstSchemas) { lstQuoted.append(quoted(s)); }
-   const QString sSchemas = lstQuoted.join(", ");
+   const QString sSchemas = quotedList(lstSchemas);
    QSqlQuery q(database);
    if (! exec(q, QString(k_sColumns).arg(sSchemas), sError)) { return false; }
    while (q.next())
@@ -56,8 +54,7 @@ bool catalog_reader::readMariadbKeys(QSqlQuery & q, const QString & sSchemas, db
       db_table & t = catalog.table(q.value(0).toString(), q.value(1).toString());
       const QString sIndex = q.value(2).toString();
       if (sIndex == "PRIMARY") { t.lstPrimaryKey.append(q.value(4).toString()); continue; }
-      if (t.lstIndexes.isEmpty() || (t.lstIndexes.last().sName != sIndex)) { t.lstIndexes.append(db_index { sIndex, {}, (q.value(3).toInt() == 0) }); }
-      t.lstIndexes.last().lstColumns.append(q.value(4).toString());
+      t.addIndexColumn(sIndex, (q.value(3).toInt() == 0), q.value(4).toString());
    }
    if (! exec(q, QString(k_sForeignKeys).arg(sSchemas), sError)) { return false; }
    QString sLast;

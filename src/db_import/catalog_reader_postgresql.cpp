@@ -61,9 +61,7 @@ bool catalog_reader::readPostgresql(const QSqlDatabase & database, const QString
       while (q.next()) { lst.append(q.value(0).toString()); }
    }
    if (lst.isEmpty()) { return true; }
-   QStringList lstQuoted;
-   for (const QString & s : lst) { lstQuoted.append(quoted(s)); }
-   const QString sSchemas = lstQuoted.join(", ");
+   const QString sSchemas = quotedList(lst);
 
    if (! exec(q, QString(k_sColumns).arg(sSchemas), sError)) { return false; }
    while (q.next())
@@ -89,8 +87,7 @@ bool catalog_reader::readPostgresql(const QSqlDatabase & database, const QString
       if (! pTable) { continue; }
       db_table & t = catalog.table(q.value(0).toString(), q.value(1).toString());
       const QString sIndex = q.value(2).toString();
-      if (t.lstIndexes.isEmpty() || (t.lstIndexes.last().sName != sIndex)) { t.lstIndexes.append(db_index { sIndex, {}, q.value(3).toBool() }); }
-      t.lstIndexes.last().lstColumns.append(q.value(4).toString());
+      t.addIndexColumn(sIndex, q.value(3).toBool(), q.value(4).toString());
    }
    return true;
 }

@@ -68,8 +68,7 @@ bool catalog_reader::readSqlite(const QSqlDatabase & database, db_catalog & cata
    {
       db_table & t = catalog.table("main", q.value(0).toString());
       const QString sIndex = q.value(1).toString();
-      if (t.lstIndexes.isEmpty() || (t.lstIndexes.last().sName != sIndex)) { t.lstIndexes.append(db_index { sIndex, {}, q.value(2).toBool() }); }
-      t.lstIndexes.last().lstColumns.append(q.value(3).toString());
+      t.addIndexColumn(sIndex, q.value(2).toBool(), q.value(3).toString());
    }
    return true;
 }

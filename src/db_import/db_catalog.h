@@ -49,6 +49,12 @@ struct db_table
    QList<db_index> lstIndexes;
    QList<db_foreign_key> lstForeignKeys;
 
+   // Catalog rows come one per index column, in index order.
+   void addIndexColumn(const QString & sIndex, bool bUnique, const QString & sColumn)
+   {
+      if (lstIndexes.isEmpty() || (lstIndexes.last().sName != sIndex)) { lstIndexes.append(db_index { sIndex, {}, bUnique }); }
+      lstIndexes.last().lstColumns.append(sColumn);
+   }
    const db_column * column(const QString & s) const
    {
       for (const db_column & c : lstColumns) { if (c.sName == s) { return & c; } }
