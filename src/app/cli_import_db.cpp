@@ -2,12 +2,10 @@
 
 #include <QCommandLineParser>
 #include <QFileInfo>
-#include <QSaveFile>
 
 #include "db_import/db_importer.h"
 #include "model/entity.h"
 #include "model/project.h"
-#include "storage/project_storage.h"
 #include "tools/terminal_text.h"
 
 namespace app {
@@ -124,55 +122,18 @@ int cli_import_db::run(const QStringList & args)
    if (! bRead) { return failure(sError); }
 
    model::project_ptr pProject;
-   if (! loadExisting(sOut, pProject, sError)) { return failure(sError); }
+   if (! db_import::db_importer::loadProject(sOut, pProject, sError)) { return failure(sError); }
    const qsizetype iWarnings = importer.getWarnings().size();
    if (! importer.importInto(catalog, pProject, sError)) { return failure(sError); }
    for (const QString & w : importer.getWarnings().mid(iWarnings)) { warning(w); }
    for (const QString & s : importer.getSummary()) { m_out << tools::terminal_text::escape(s, false) << "\n"; }
 
    if (parser.isSet("dry-run")) { m_out << "Dry run: " << importer.getSummary().size() << " change(s), nothing written\n"; m_out.flush(); return 0; }
-   const zy::ZyInvalidValueX problems = pProject->checkSchema();
-   if (! problems.isEmpty())
-   {
-      QStringList lst;
-      for (const auto & e : problems) { lst.append(e.getMessage()); }
-      return failure("the imported model has problems, nothing written:\n" + lst.join("\n"));
-   }
-   if (! write(* pProject, sOut, sError)) { return failure(sError); }
+   if (! db_import::db_importer::writeProject(* pProject, sOut, sError)) { return failure(sError); }
    m_out << "Imported " << pProject->getListOfAllEntities()->size() << " entities into '" << QFileInfo(sOut).absoluteFilePath() << "' ("
          << importer.getSummary().size() << " change(s))\n";
    m_out.flush();
    return 0;
-}
-
-bool cli_import_db::loadExisting(const QString & sOut, model::project_ptr & pProject, QString & sError) const
-{
-   const QFileInfo info(sOut);
-   if (! info.exists())
-   {
-      pProject = std::make_shared<model::project>();
-      pProject->setName(info.completeBaseName());
-      return true;
-   }
-   const bool bJson = (info.suffix().toLower() == "json");
-   const zy::ZyBool ok = (bJson ? storage::project_storage::readJsonFile(sOut, pProject) : storage::project_storage::loadProject(sOut, pProject));
-   if (! ok) { sError = "cannot refresh '" + sOut + "': " + ok.getDesc(); }
-   return bool(ok);
-}
-
-bool cli_import_db::write(const model::project & project, const QString & sOut, QString & sError) const
-{
-   if (QFileInfo(sOut).suffix().toLower() == "tavrel")
-   {
-      const zy::ZyBool ok = storage::project_storage::saveProject(project, sOut);
-      if (! ok) { sError = ok.getDesc(); }
-      return bool(ok);
-   }
-   // Written beside and renamed over: a failed write leaves the old file as it was.
-   QSaveFile f(sOut);
-   if (f.open(QIODevice::WriteOnly) && (f.write(storage::project_storage::toJson(project)) >= 0) && f.commit()) { return true; }
-   sError = "cannot write '" + sOut + "': " + f.errorString();
-   return false;
 }
 
 } // namespace app

@@ -3,8 +3,6 @@
 #include <QStringList>
 #include <QTextStream>
 
-#include "model/model_fwd.h"
-
 namespace app {
 
 // "tavrel import-db SOURCE OUT [options]": a database or DDL script into a new project, or
@@ -26,8 +24,6 @@ private:
    int usageError(const QString & text);
    int failure(const QString & text);
    void warning(const QString & text);
-   bool loadExisting(const QString & sOut, model::project_ptr & pProject, QString & sError) const;
-   bool write(const model::project & project, const QString & sOut, QString & sError) const;
 };
 
 } // namespace app

@@ -6,6 +6,10 @@
 #include "db_import/model_mapper.h"
 #include "db_import/model_merger.h"
 #include "model/project.h"
+#include "storage/project_storage.h"
+
+#include <QFileInfo>
+#include <QSaveFile>
 
 namespace db_import {
 
@@ -28,6 +32,7 @@ bool db_importer::readSource(const QString & sSource, const QString & sDdlFile, 
    }
    db_source source;
    if (! source.parse(sSource, sError)) { return false; }
+   if (! m_sPassword.isEmpty()) { source.setPassword(m_sPassword); }
    if (source.hasPasswordInUrl())
    {
       m_lstWarnings.append("the URL holds a password, which other users can see in the process list: set TAVREL_DB_PASSWORD or " +
@@ -59,6 +64,44 @@ bool db_importer::importInto(const db_catalog & catalog, const model::project_pt
    model_merger merger(pProject, m_options);
    m_lstSummary = merger.merge(* pFresh);
    return true;
+}
+
+bool db_importer::loadProject(const QString & sFile, model::project_ptr & pProject, QString & sError)
+{
+   const QFileInfo info(sFile);
+   if (! info.exists())
+   {
+      pProject = std::make_shared<model::project>();
+      pProject->setName(info.completeBaseName());
+      return true;
+   }
+   const bool bJson = (info.suffix().toLower() == "json");
+   const zy::ZyBool ok = (bJson ? storage::project_storage::readJsonFile(sFile, pProject) : storage::project_storage::loadProject(sFile, pProject));
+   if (! ok) { sError = "cannot refresh '" + sFile + "': " + ok.getDesc(); }
+   return bool(ok);
+}
+
+bool db_importer::writeProject(const model::project & project, const QString & sFile, QString & sError)
+{
+   const zy::ZyInvalidValueX problems = project.checkSchema();
+   if (! problems.isEmpty())
+   {
+      QStringList lst;
+      for (const auto & e : problems) { lst.append(e.getMessage()); }
+      sError = "the imported model has problems, nothing written:\n" + lst.join("\n");
+      return false;
+   }
+   if (QFileInfo(sFile).suffix().toLower() == "tavrel")
+   {
+      const zy::ZyBool ok = storage::project_storage::saveProject(project, sFile);
+      if (! ok) { sError = ok.getDesc(); }
+      return bool(ok);
+   }
+   // Written beside and renamed over: a failed write leaves the old file as it was.
+   QSaveFile f(sFile);
+   if (f.open(QIODevice::WriteOnly) && (f.write(storage::project_storage::toJson(project)) >= 0) && f.commit()) { return true; }
+   sError = "cannot write '" + sFile + "': " + f.errorString();
+   return false;
 }
 
 } // namespace db_import

@@ -35,6 +35,7 @@ public:
    QString getDatabase() const { return m_sDatabase; }
    QStringList getSchemas() const { return m_lstSchemas; }
    bool hasPasswordInUrl() const { return m_bPasswordInUrl; }
+   void setPassword(const QString & s) { m_sPassword = s; }
    // The URL without its password, for messages.
    QString displayUrl() const;
 
