@@ -11,6 +11,7 @@
 #include <memory>
 
 #include "context/ctx_global.h"
+#include "gui/import_db_dialog.h"
 #include "gui/main_window.h"
 #include "gui/script_debugger.h"
 #include "plugin/export_interface.h"
@@ -147,6 +148,7 @@ int main(int argc, char ** argv)
    {
       gui::main_window w;
       w.setLumorPathOption(sLumorPath);
+      gui::import_db_dialog::installMenuEntry(& w);
       w.show();
       if (! parser.positionalArguments().isEmpty())
       {
