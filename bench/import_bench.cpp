@@ -52,13 +52,18 @@ QStringList schemaStatements(int iTables)
 
 bool execAll(QSqlDatabase & db, const QStringList & lst, QString & sError)
 {
+   // Batches: one transaction over thousands of tables runs out of PostgreSQL's lock table.
    QSqlQuery q(db);
-   db.transaction();
-   for (const QString & s : lst)
+   for (qsizetype i = 0; i < lst.size(); i += 500)
    {
-      if (! q.exec(s)) { sError = s + ": " + q.lastError().text(); db.rollback(); return false; }
+      db.transaction();
+      for (const QString & s : lst.mid(i, 500))
+      {
+         if (! q.exec(s)) { sError = s + ": " + q.lastError().text(); db.rollback(); return false; }
+      }
+      if (! db.commit()) { sError = db.lastError().text(); return false; }
    }
-   return db.commit();
+   return true;
 }
 
 // The catalog rows the import reads, selected plainly: every column, every foreign key column.
