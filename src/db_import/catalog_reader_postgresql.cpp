@@ -11,15 +11,18 @@ const char * const k_sUserSchemas =
    "SELECT nspname FROM pg_catalog.pg_namespace WHERE nspname NOT IN ('pg_catalog', 'information_schema') "
    "AND nspname NOT LIKE 'pg\\_toast%' AND nspname NOT LIKE 'pg\\_temp\\_%' ORDER BY nspname";
 
-// Enumerations and domains read as "USER-DEFINED": the type's own name says more.
+// Straight from pg_catalog: information_schema.columns checks privileges row by row and takes
+// seconds on thousands of tables. format_type() writes the type as declared ("character
+// varying(40)", "integer[]", an enumeration's name).
 const char * const k_sColumns =
-   "SELECT c.table_schema, c.table_name, t.table_type, c.column_name, "
-   "CASE WHEN c.data_type IN ('USER-DEFINED', 'ARRAY') THEN c.udt_name ELSE c.data_type END, "
-   "c.character_maximum_length, c.is_nullable, c.column_default, c.data_type "
-   "FROM information_schema.columns c JOIN information_schema.tables t "
-   "ON t.table_schema = c.table_schema AND t.table_name = c.table_name "
-   "WHERE t.table_type IN ('BASE TABLE', 'VIEW') AND c.table_schema IN (%1) "
-   "ORDER BY c.table_schema, c.table_name, c.ordinal_position";
+   "SELECT n.nspname, c.relname, c.relkind, a.attname, pg_catalog.format_type(a.atttypid, a.atttypmod), a.attnotnull, "
+   "pg_catalog.pg_get_expr(d.adbin, d.adrelid) "
+   "FROM pg_catalog.pg_class c "
+   "JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace "
+   "JOIN pg_catalog.pg_attribute a ON a.attrelid = c.oid AND a.attnum > 0 AND NOT a.attisdropped "
+   "LEFT JOIN pg_catalog.pg_attrdef d ON d.adrelid = c.oid AND d.adnum = a.attnum "
+   "WHERE c.relkind IN ('r', 'p', 'v', 'm') AND n.nspname IN (%1) "
+   "ORDER BY n.nspname, c.relname, a.attnum";
 
 // Primary keys, unique constraints and foreign keys, one row per column of each, in key order;
 // the catalog's arrays give the column pairs of a foreign key.
@@ -67,15 +70,13 @@ bool catalog_reader::readPostgresql(const QSqlDatabase & database, const QString
    while (q.next())
    {
       db_table & t = catalog.table(q.value(0).toString(), q.value(1).toString());
-      t.bView = (q.value(2).toString() == "VIEW");
+      // Views and materialized views are read-only entities.
+      t.bView = ((q.value(2).toString() == "v") || (q.value(2).toString() == "m"));
       db_column c;
       c.sName = q.value(3).toString();
-      c.sType = q.value(4).toString().toLower();
-      c.sDeclared = c.sType;
-      if (q.value(8).toString() == "ARRAY") { c.sDeclared = c.sType = "array of " + c.sType.mid(1); }
-      if (! q.value(5).isNull()) { c.iLength = q.value(5).toInt(); c.sDeclared += QString("(%1)").arg(c.iLength); }
-      c.bNotNull = (q.value(6).toString() == "NO");
-      if (! q.value(7).isNull()) { c.sDefault = q.value(7).toString(); }
+      setDeclaredType(c, q.value(4).toString());
+      c.bNotNull = q.value(5).toBool();
+      if (! q.value(6).isNull()) { c.sDefault = q.value(6).toString(); }
       t.lstColumns.append(c);
    }
    if (! readPostgresqlKeys(q, sSchemas, catalog, sError)) { return false; }
