@@ -66,7 +66,7 @@ bool execAll(QSqlDatabase & db, const QStringList & lst, QString & sError)
    return true;
 }
 
-// The catalog rows the import reads, selected plainly: every column, every foreign key column.
+// The catalog rows the import reads, selected plainly: every column, key and index.
 QStringList plainSelects(db_import::enum_dialect eDialect)
 {
    if (eDialect == db_import::dialect_sqlite)
@@ -75,7 +75,8 @@ QStringList plainSelects(db_import::enum_dialect eDialect)
                "SELECT m.name, f.* FROM sqlite_schema m JOIN pragma_foreign_key_list(m.name) f WHERE m.type = 'table'",
                "SELECT m.name, il.*, ii.* FROM sqlite_schema m JOIN pragma_index_list(m.name) il JOIN pragma_index_info(il.name) ii WHERE m.type = 'table'" };
    }
-   return { "SELECT * FROM information_schema.columns WHERE table_schema = 'public'",
+   return { "SELECT c.relname, a.* FROM pg_catalog.pg_class c JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace "
+            "JOIN pg_catalog.pg_attribute a ON a.attrelid = c.oid AND a.attnum > 0 WHERE n.nspname = 'public'",
             "SELECT * FROM pg_catalog.pg_constraint",
             "SELECT * FROM pg_catalog.pg_index" };
 }
