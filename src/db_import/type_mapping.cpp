@@ -132,7 +132,8 @@ QString type_mapping::defaultValue(const QString & sDefault, const QString & sCp
       return QString();
    }
    if ((sCppType == "int") || (sCppType == "long") || (sCppType == "qlonglong")) { return (reInteger.match(sText).hasMatch() ? sText : QString()); }
-   if (sCppType == "double") { return (reNumber.match(sText).hasMatch() ? sText : QString()); }
+   // "0.00" (MariaDB writes the scale) and "0" are one default: written the shortest way.
+   if (sCppType == "double") { return (reNumber.match(sText).hasMatch() ? QString::number(sText.toDouble(), 'g', 15) : QString()); }
    return QString();
 }
 

@@ -66,6 +66,8 @@ TEST(ImportTypes, DefaultsKeptOnlyAsLiteralsOfTheType)
    EXPECT_EQ(type_mapping::defaultValue("(-1)", "int"), "-1");
    EXPECT_EQ(type_mapping::defaultValue("'7'::integer", "qlonglong"), "7");
    EXPECT_EQ(type_mapping::defaultValue("2.5", "double"), "2.5");
+   EXPECT_EQ(type_mapping::defaultValue("0.00", "double"), "0");
+   EXPECT_EQ(type_mapping::defaultValue("19.990", "double"), "19.99");
    EXPECT_EQ(type_mapping::defaultValue("true", "bool"), "true");
    EXPECT_EQ(type_mapping::defaultValue("0", "bool"), "false");
    EXPECT_TRUE(type_mapping::defaultValue("nextval('t_id_seq'::regclass)", "int").isNull());
