@@ -61,6 +61,19 @@ ddl_loader::~ddl_loader()
 QList<ddl_loader::statement> ddl_loader::split(const QString & sScript)
 {
    QList<statement> lst;
+   // A statement's line is that of its first character outside blanks and comments.
+   auto append = [&lst, &sScript](qsizetype iStart, qsizetype iEnd)
+   {
+      qsizetype iFirst = iStart;
+      while (iFirst < iEnd)
+      {
+         if (sScript.at(iFirst).isSpace()) { ++iFirst; continue; }
+         if ((sScript.mid(iFirst, 2) != "--") && (sScript.mid(iFirst, 2) != "/*")) { break; }
+         iFirst = qMin(skipQuoted(sScript, iFirst), iEnd);
+      }
+      const QString sText = sScript.mid(iFirst, iEnd - iFirst).trimmed();
+      if (! sText.isEmpty()) { lst.append(statement { int(sScript.left(iFirst).count('\n')) + 1, sText }); }
+   };
    qsizetype iStart = 0;
    qsizetype i = 0;
    while (i < sScript.size())
@@ -68,19 +81,12 @@ QList<ddl_loader::statement> ddl_loader::split(const QString & sScript)
       if (startsQuoted(sScript, i)) { i = skipQuoted(sScript, i); continue; }
       if ((sScript.at(i) == ';') && ! insideTrigger(sScript.mid(iStart, i - iStart)))
       {
-         const QString sText = sScript.mid(iStart, i - iStart);
-         // The line of the statement's first character that is not blank.
-         qsizetype iFirst = iStart;
-         while ((iFirst < i) && sScript.at(iFirst).isSpace()) { ++iFirst; }
-         if (! sText.trimmed().isEmpty()) { lst.append(statement { int(sScript.left(iFirst).count('\n')) + 1, sText.trimmed() }); }
+         append(iStart, i);
          iStart = i + 1;
       }
       ++i;
    }
-   const QString sRest = sScript.mid(iStart);
-   qsizetype iFirst = iStart;
-   while ((iFirst < sScript.size()) && sScript.at(iFirst).isSpace()) { ++iFirst; }
-   if (! sRest.trimmed().isEmpty()) { lst.append(statement { int(sScript.left(iFirst).count('\n')) + 1, sRest.trimmed() }); }
+   append(iStart, sScript.size());
    return lst;
 }
 
@@ -99,8 +105,6 @@ bool ddl_loader::load(const QString & sFile, bool bStrict, QString & sError)
    int iRun = 0;
    for (const statement & s : split(sScript))
    {
-      // Comments alone are no statement.
-      if (QString(s.sText).remove(QRegularExpression("--[^\n]*|/\\*.*?\\*/", QRegularExpression::DotMatchesEverythingOption)).trimmed().isEmpty()) { continue; }
       if (q.exec(s.sText)) { ++iRun; continue; }
       const QString sLine = QString("%1:%2: ").arg(sName).arg(s.iLine);
       if (bStrict) { sError = sLine + "statement failed: " + q.lastError().text().trimmed(); return false; }

@@ -82,9 +82,11 @@ TEST(ImportDdl, StatementsSplitOutsideQuotesCommentsAndTriggers)
                            "CREATE TRIGGER t AFTER INSERT ON a BEGIN INSERT INTO a VALUES ('1'); DELETE FROM a; END;\nCREATE TABLE d (z INT)";
    const QList<db_import::ddl_loader::statement> lst = db_import::ddl_loader::split(sScript);
    ASSERT_EQ(lst.size(), 4);
-   EXPECT_EQ(lst.at(0).iLine, 1);
+   EXPECT_EQ(lst.at(0).iLine, 2);
+   EXPECT_TRUE(lst.at(0).sText.startsWith("CREATE TABLE a"));
    EXPECT_TRUE(lst.at(0).sText.endsWith("DEFAULT 'a;b')"));
    EXPECT_EQ(lst.at(1).iLine, 4);
+   EXPECT_TRUE(lst.at(1).sText.startsWith("CREATE TABLE \"b;c\""));
    EXPECT_TRUE(lst.at(2).sText.endsWith("END"));
    EXPECT_EQ(lst.at(2).iLine, 5);
    EXPECT_EQ(lst.at(3).sText, "CREATE TABLE d (z INT)");
