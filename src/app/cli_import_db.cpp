@@ -99,7 +99,8 @@ int cli_import_db::run(const QStringList & args)
    parser.addPositionalArgument("SOURCE", "Database URL (not with --ddl).");
    parser.addPositionalArgument("OUT", "Project file, .tavrel or .json.");
    if (! parser.parse(QStringList("tavrel") + args)) { return usageError(parser.errorText()); }
-   if (parser.isSet("help")) { m_out << parser.helpText(); m_out.flush(); return 0; }
+   // The parser's own first line names the program's path; the description has the usage.
+   if (parser.isSet("help")) { m_out << parser.helpText().section('\n', 1); m_out.flush(); return 0; }
 
    const QString sDdl = parser.value("ddl");
    const QStringList lstPositional = parser.positionalArguments();

@@ -7,11 +7,12 @@ namespace db_import {
 
 // Database names to C++ identifiers. The rules are deterministic, so a refresh names a new
 // table or column as the first import would have:
-//   - letters with accents lose them, every other character that is not an ASCII letter, digit
-//     or "_" becomes "_" (runs of them one "_", none at either end);
-//   - pascal: "order_item" -> "OrderItem"; camel: "unit_price" -> "unitPrice"; keep: unchanged;
-//   - a leading digit gets "T" (classes) or "c" (properties) in front, an empty result is "Table"
-//     or "column", a C++ keyword gets "_" appended ("class" -> "class_").
+//   - a name is cut into words at every character that is not an ASCII letter or digit, after
+//     accents are dropped ("unit price" -> unit, price; "café" -> cafe);
+//   - pascal: "order_item" -> "OrderItem"; camel: "unit_price" -> "unitPrice"; keep: a name of
+//     ASCII letters, digits and "_" stays as it is, any other has its words joined by "_";
+//   - a leading digit gets "T" (classes) or "c" (properties) in front, no word at all gives
+//     "Table" or "column", a C++ keyword gets "_" appended ("class" -> "class_").
 class name_rules
 {
 public:

@@ -95,6 +95,7 @@ TEST_F(ImportDbCli, HelpListsTheOptionsAndTheMainHelpTheCommand)
 {
    cli_result r = runTavrel({ "import-db", "--help" });
    EXPECT_EQ(r.code, 0);
+   EXPECT_TRUE(r.out.startsWith("Usage: tavrel import-db SOURCE OUT")) << r.out.toStdString();
    for (const char * s : { "--ddl", "--strict", "--class-names", "--property-names", "--namespace", "--decimal-as", "--nullable",
                            "--no-inverse", "--tables", "--exclude", "--prune", "--dry-run", "TAVREL_DB_PASSWORD" })
    { EXPECT_TRUE(r.out.contains(s)) << s; }
