@@ -69,8 +69,8 @@ TEST(DbServerLeftovers, FoldersOfDeadProgramsAreRemoved)
    done.start("true");
    ASSERT_TRUE(done.waitForFinished(10000));
    const qint64 iDeadPid = done.processId() ? done.processId() : 999999;
-   QTemporaryDir dead(QDir::tempPath() + "/tavrel-dbtest-XXXXXX");
-   QTemporaryDir alive(QDir::tempPath() + "/tavrel-dbtest-XXXXXX");
+   QTemporaryDir dead(db_support::db_server::baseDir() + "/tavrel-dbtest-XXXXXX");
+   QTemporaryDir alive(db_support::db_server::baseDir() + "/tavrel-dbtest-XXXXXX");
    QFile fDead(dead.path() + "/owner.pid");
    ASSERT_TRUE(fDead.open(QIODevice::WriteOnly));
    fDead.write(QByteArray::number(iDeadPid));

@@ -73,8 +73,12 @@ int freePort()
 
 // Runs the child as the service user (neither server starts as root) and has the kernel end it
 // when the test program dies, so that a killed test leaves no server running.
-void prepareChild(QProcess & process, const QString & sUser)
+void prepareChild(QProcess & process, const QString & sUser, const QString & sDir)
 {
+   // The caller's temporary folder may be closed to the service user.
+   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+   env.insert("TMPDIR", sDir);
+   process.setProcessEnvironment(env);
    uid_t uid = ::getuid();
    gid_t gid = ::getgid();
    const bool bSwitch = (uid == 0);
@@ -132,9 +136,14 @@ QString db_server::dataDir() const
    return (m_pDir ? (m_pDir->path() + "/data") : QString());
 }
 
+QString db_server::baseDir()
+{
+   return ((::getuid() == 0) ? QString("/tmp") : QDir::tempPath());
+}
+
 void db_server::removeLeftovers()
 {
-   QDir tmp(QDir::tempPath());
+   QDir tmp(baseDir());
    for (const QString & s : tmp.entryList({ QString(k_sDirPrefix) + "*" }, QDir::Dirs | QDir::NoDotAndDotDot))
    {
       const QString sDir = tmp.filePath(s);
@@ -149,7 +158,7 @@ QString db_server::runAsServiceUser(const QString & sProgram, const QStringList 
    QProcess p;
    p.setProcessChannelMode(QProcess::MergedChannels);
    p.setWorkingDirectory(m_pDir->path());
-   prepareChild(p, serviceUser());
+   prepareChild(p, serviceUser(), m_pDir->path());
    p.start(sProgram, lstArgs);
    const bool bDone = (p.waitForStarted(10000) && p.waitForFinished(120000));
    iExit = ((bDone && (p.exitStatus() == QProcess::NormalExit)) ? p.exitCode() : -1);
@@ -166,7 +175,7 @@ bool db_server::start(QString & sError)
       return false;
    }
    removeLeftovers();
-   m_pDir = std::make_unique<QTemporaryDir>(QDir::tempPath() + "/" + k_sDirPrefix + "XXXXXX");
+   m_pDir = std::make_unique<QTemporaryDir>(baseDir() + "/" + k_sDirPrefix + "XXXXXX");
    if (! m_pDir->isValid()) { sError = "cannot create a temporary folder: " + m_pDir->errorString(); return false; }
    QFile owner(m_pDir->path() + "/" + k_sOwnerFile);
    if (! owner.open(QIODevice::WriteOnly)) { sError = "cannot write " + owner.fileName(); return false; }
@@ -216,7 +225,7 @@ bool db_server::initDataDir(QString & sError)
 bool db_server::launch(QString & sError)
 {
    m_process.setWorkingDirectory(m_pDir->path());
-   prepareChild(m_process, serviceUser());
+   prepareChild(m_process, serviceUser(), m_pDir->path());
    const QString sPort = QString::number(m_iPort);
    if (m_eKind == kind_postgresql)
    {

@@ -55,6 +55,9 @@ public:
    // Kills the servers and removes the folders that a test program killed before its clean-up
    // left behind.
    static void removeLeftovers();
+   // Where the server folders go: /tmp when running as root, since the service user must reach
+   // the folder and root's own temporary folder may be closed to it.
+   static QString baseDir();
 
 private:
    bool initDataDir(QString & sError);
