@@ -190,9 +190,16 @@ bool db_server::start(QString & sError)
       return false;
    }
    if (pw && (::chown(m_pDir->path().toLocal8Bit().constData(), pw->pw_uid, pw->pw_gid) != 0)) { sError = "cannot hand " + m_pDir->path() + " to " + serviceUser(); return false; }
-   m_iPort = freePort();
-   if (m_iPort == 0) { sError = "no free local TCP port"; return false; }
-   return (initDataDir(sError) && launch(sError) && waitReady(sError) && createTestUser(sError));
+   if (! initDataDir(sError)) { return false; }
+   // Another program may take the free port before the server binds it: then a new port.
+   for (int iTry = 0; iTry < 3; ++iTry)
+   {
+      m_iPort = freePort();
+      if (m_iPort == 0) { sError = "no free local TCP port"; return false; }
+      if (launch(sError) && waitReady(sError)) { return createTestUser(sError); }
+      stopProcess();
+   }
+   return false;
 }
 
 bool db_server::initDataDir(QString & sError)
@@ -307,7 +314,7 @@ bool db_server::createTestUser(QString & sError)
    return (bOk && recreateDatabase(k_sDatabase, sError));
 }
 
-void db_server::stop()
+void db_server::stopProcess()
 {
    if (m_process.state() != QProcess::NotRunning)
    {
@@ -315,6 +322,11 @@ void db_server::stop()
       ::kill(pid_t(m_process.processId()), (m_eKind == kind_postgresql) ? SIGINT : SIGTERM);
       if (! m_process.waitForFinished(15000)) { m_process.kill(); m_process.waitForFinished(5000); }
    }
+}
+
+void db_server::stop()
+{
+   stopProcess();
    m_pDir.reset();
 }
 

@@ -63,6 +63,7 @@ private:
    bool initDataDir(QString & sError);
    bool launch(QString & sError);
    bool waitReady(QString & sError);
+   void stopProcess();
    bool createTestUser(QString & sError);
    QSqlDatabase adminConnection(const QString & sConnection) const;
    QString serviceUser() const;
