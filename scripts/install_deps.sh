@@ -9,6 +9,7 @@ packages=(
   xvfb xauth
   python3 man-db ccache
   clang libclang-rt-14-dev
+  postgresql mariadb-server libqt6sql6-psql libqt6sql6-mysql
 )
 
 missing=()

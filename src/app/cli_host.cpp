@@ -1,4 +1,5 @@
 #include "cli_host.h"
+#include "cli_import_db.h"
 #include "pimpl_setting.h"
 #include "plugin_finder.h"
 #include "plugin_parameters.h"
@@ -36,6 +37,8 @@ const char * const k_sCommands =
    "                                     Print the schema problems (exit 1 when there are any)\n"
    "                                     and the warnings (which do not fail); the PIMPL ones\n"
    "                                     when the export would use PIMPL (stored or given).\n"
+   "  import-db SOURCE OUT [options]     Create or refresh a project from a database or a DDL\n"
+   "                                     script (see 'tavrel import-db --help').\n"
    "  plugins                            List the plug-ins and their command-line parameters.\n"
    "  export PROJECT [options] [plug-in parameters]\n"
    "                                     Export the project with a plug-in, unattended.\n"
@@ -136,6 +139,8 @@ bool cli_host::needsWidgets(const QStringList & args)
 
 int cli_host::run(const QStringList & args)
 {
+   // import-db reads options of its own.
+   if ((args.size() > 1) && (args.at(1) == "import-db")) { return cli_import_db(m_out, m_err).run(args.mid(2)); }
    QCommandLineParser parser;
    const cli_options opt(parser);
    if (! parser.parse(withoutPluginParameters(args))) { return usageError(parser.errorText()); }

@@ -11,6 +11,7 @@
 #include <memory>
 
 #include "context/ctx_global.h"
+#include "desktop/import_db_dialog.h"
 #include "desktop/main_window.h"
 #include "desktop/script_debugger.h"
 #include "gui/plugin/export_interface.h"
@@ -147,6 +148,7 @@ int main(int argc, char ** argv)
    {
       desktop::main_window w;
       w.setLumorPathOption(sLumorPath);
+      desktop::import_db_dialog::installMenuEntry(& w);
       w.show();
       if (! parser.positionalArguments().isEmpty())
       {

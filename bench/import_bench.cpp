@@ -1,0 +1,238 @@
+// Database import benchmark: a generated schema of N tables in SQLite and PostgreSQL, imported
+// (catalog reading, mapping, writing the project), beside a plain SELECT of the catalog's rows.
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QSqlRecord>
+#include <QTemporaryDir>
+#include <QUuid>
+
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+#include <random>
+
+#include "db_import/db_importer.h"
+#include "model/project.h"
+#include "storage/project_storage.h"
+
+#ifdef TAVREL_BENCH_DB_SERVER
+#include "db_server.h"
+#endif
+
+namespace {
+
+// N tables of 10 to 30 columns, one to three foreign keys each towards earlier tables, an index
+// on every fifth, and a join table for every fiftieth. The same N always gives the same schema.
+QStringList schemaStatements(int iTables)
+{
+   std::mt19937 random(20261123u);
+   auto between = [&random](int a, int b) { return std::uniform_int_distribution<int>(a, b)(random); };
+   static const char * const k_types[] = { "VARCHAR(40)", "INTEGER", "DOUBLE PRECISION", "BOOLEAN", "DATE", "TIMESTAMP", "TEXT DEFAULT 'none'", "BIGINT NOT NULL" };
+   QStringList lst;
+   for (int i = 0; i < iTables; ++i)
+   {
+      QStringList lstColumns { "id BIGINT PRIMARY KEY" };
+      const int iColumns = between(10, 30);
+      const int iKeys = ((i == 0) ? 0 : between(1, 3));
+      for (int k = 0; k < iKeys; ++k) { lstColumns.append(QString("ref%1_id BIGINT REFERENCES t%2 (id)").arg(k).arg(between(0, i - 1))); }
+      for (int c = int(lstColumns.size()); c < iColumns; ++c) { lstColumns.append(QString("c%1 %2").arg(c).arg(k_types[between(0, 7)])); }
+      lst.append(QString("CREATE TABLE t%1 (%2)").arg(i).arg(lstColumns.join(", ")));
+      if ((i % 5) == 0) { lst.append(QString("CREATE INDEX t%1_c%2 ON t%1 (c%2)").arg(i).arg(iColumns - 1)); }
+      if ((i > 1) && ((i % 50) == 0))
+      {
+         lst.append(QString("CREATE TABLE j%1 (a_id BIGINT REFERENCES t%1 (id), b_id BIGINT REFERENCES t%2 (id), PRIMARY KEY (a_id, b_id))").arg(i).arg(i - 1));
+      }
+   }
+   return lst;
+}
+
+bool execAll(QSqlDatabase & db, const QStringList & lst, QString & sError)
+{
+   // Batches: one transaction over thousands of tables runs out of PostgreSQL's lock table.
+   QSqlQuery q(db);
+   for (qsizetype i = 0; i < lst.size(); i += 500)
+   {
+      db.transaction();
+      for (const QString & s : lst.mid(i, 500))
+      {
+         if (! q.exec(s)) { sError = s + ": " + q.lastError().text(); db.rollback(); return false; }
+      }
+      if (! db.commit()) { sError = db.lastError().text(); return false; }
+   }
+   return true;
+}
+
+// The catalog rows the import reads, selected plainly: every column, key and index.
+QStringList plainSelects(db_import::enum_dialect eDialect)
+{
+   if (eDialect == db_import::dialect_sqlite)
+   {
+      return { "SELECT m.name, p.* FROM sqlite_schema m JOIN pragma_table_info(m.name) p WHERE m.type IN ('table', 'view')",
+               "SELECT m.name, f.* FROM sqlite_schema m JOIN pragma_foreign_key_list(m.name) f WHERE m.type = 'table'",
+               "SELECT m.name, il.*, ii.* FROM sqlite_schema m JOIN pragma_index_list(m.name) il JOIN pragma_index_info(il.name) ii WHERE m.type = 'table'" };
+   }
+   return { "SELECT c.relname, a.* FROM pg_catalog.pg_class c JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace "
+            "JOIN pg_catalog.pg_attribute a ON a.attrelid = c.oid AND a.attnum > 0 WHERE n.nspname = 'public'",
+            "SELECT * FROM pg_catalog.pg_constraint",
+            "SELECT * FROM pg_catalog.pg_index" };
+}
+
+qint64 timeSelects(QSqlDatabase & db, const QStringList & lstSql, qint64 & iRows)
+{
+   QElapsedTimer t;
+   t.start();
+   iRows = 0;
+   QSqlQuery q(db);
+   q.setForwardOnly(true);
+   for (const QString & s : lstSql)
+   {
+      q.exec(s);
+      const int iFields = q.record().count();
+      while (q.next()) { for (int f = 0; f < iFields; ++f) { q.value(f); } ++iRows; }
+   }
+   return t.elapsed();
+}
+
+struct figures
+{
+   qint64 iSelect = 0;
+   qint64 iRows = 0;
+   qint64 iRead = 0;
+   qint64 iMap = 0;
+   qint64 iWrite = 0;
+   int iEntities = 0;
+};
+
+// One import of the URL into a new project file, each step timed.
+bool timeImport(const QString & sUrl, const QString & sProject, figures & f, QString & sError)
+{
+   db_import::db_importer importer { db_import::import_options() };
+   db_import::db_catalog catalog;
+   QElapsedTimer t;
+   t.start();
+   if (! importer.readSource(sUrl, QString(), catalog, sError)) { return false; }
+   f.iRead = t.restart();
+   auto pProject = std::make_shared<model::project>();
+   pProject->setName("bench");
+   if (! importer.importInto(catalog, pProject, sError)) { return false; }
+   f.iMap = t.restart();
+   QFile::remove(sProject);
+   const zy::ZyBool ok = storage::project_storage::saveProject(* pProject, sProject);
+   f.iWrite = t.elapsed();
+   f.iEntities = int(pProject->getListOfAllEntities()->size());
+   if (! ok) { sError = ok.getDesc(); }
+   return bool(ok);
+}
+
+qint64 median(std::vector<qint64> v)
+{
+   std::sort(v.begin(), v.end());
+   return (v.empty() ? 0 : v.at(v.size() / 2));
+}
+
+// The median of each figure over the runs.
+figures run(QSqlDatabase & db, db_import::enum_dialect eDialect, const QString & sUrl, const QString & sProject, int iRepeat, QString & sError)
+{
+   std::vector<qint64> select, read, map, write;
+   figures f;
+   for (int r = 0; r < iRepeat; ++r)
+   {
+      select.push_back(timeSelects(db, plainSelects(eDialect), f.iRows));
+      if (! timeImport(sUrl, sProject, f, sError)) { return f; }
+      read.push_back(f.iRead);
+      map.push_back(f.iMap);
+      write.push_back(f.iWrite);
+   }
+   f.iSelect = median(select);
+   f.iRead = median(read);
+   f.iMap = median(map);
+   f.iWrite = median(write);
+   return f;
+}
+
+void print(const char * sDatabase, int iTables, const figures & f)
+{
+   std::printf("| %s | %d | %d | %lld | %lld | %lld | %lld | %lld | %lld |\n", sDatabase, iTables, f.iEntities, (long long) f.iRows, (long long) f.iSelect,
+               (long long) f.iRead, (long long) f.iMap, (long long) f.iWrite, (long long) (f.iRead + f.iMap + f.iWrite));
+   std::fflush(stdout);
+}
+
+bool benchSqlite(int iTables, int iRepeat, const QString & sDir, QString & sError)
+{
+   const QString sFile = sDir + QString("/bench%1.db").arg(iTables);
+   const QString sName = "bench_" + QUuid::createUuid().toString(QUuid::Id128);
+   bool bOk = false;
+   {
+      QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", sName);
+      db.setDatabaseName(sFile);
+      bOk = (db.open() && execAll(db, schemaStatements(iTables), sError));
+      const figures f = (bOk ? run(db, db_import::dialect_sqlite, "sqlite:" + sFile, sDir + "/sqlite.tavrel", iRepeat, sError) : figures());
+      bOk = (bOk && sError.isEmpty());
+      if (bOk) { print("SQLite", iTables, f); }
+      db.close();
+   }
+   QSqlDatabase::removeDatabase(sName);
+   return bOk;
+}
+
+#ifdef TAVREL_BENCH_DB_SERVER
+bool benchPostgresql(db_support::db_server & server, int iTables, int iRepeat, const QString & sDir, QString & sError)
+{
+   const QString sDatabase = QString("bench%1").arg(iTables);
+   if (! server.recreateDatabase(sDatabase, sError)) { return false; }
+   qputenv("TAVREL_DB_PASSWORD", db_support::db_server::k_sPassword);
+   bool bOk = false;
+   {
+      QSqlDatabase db = server.connect("bench_pg", sDatabase);
+      bOk = (db.open() && execAll(db, schemaStatements(iTables), sError));
+      QSqlQuery(db).exec("ANALYZE");
+      const figures f = (bOk ? run(db, db_import::dialect_postgresql, server.getUrl(sDatabase), sDir + "/postgresql.tavrel", iRepeat, sError) : figures());
+      bOk = (bOk && sError.isEmpty());
+      if (bOk) { print("PostgreSQL", iTables, f); }
+      db.close();
+   }
+   QSqlDatabase::removeDatabase("bench_pg");
+   return bOk;
+}
+#endif
+
+} // namespace
+
+int main(int argc, char ** argv)
+{
+   QCoreApplication app(argc, argv);
+   QCommandLineParser parser;
+   parser.setApplicationDescription("Times import-db on generated schemas in SQLite and PostgreSQL (medians).");
+   parser.addHelpOption();
+   parser.addOptions({ { "sizes", "Table counts, comma separated (default 100,1000,5000).", "LIST", "100,1000,5000" },
+                       { "repeat", "Runs per figure (default 3).", "N", "3" },
+                       { "sqlite-only", "Leave PostgreSQL out." } });
+   parser.process(app);
+   QTemporaryDir dir;
+   const int iRepeat = qMax(1, parser.value("repeat").toInt());
+   std::printf("| database | tables | entities | catalog rows | plain SELECT ms | catalog read ms | mapping ms | writing ms | import-db ms |\n");
+   std::printf("|---|---:|---:|---:|---:|---:|---:|---:|---:|\n");
+#ifdef TAVREL_BENCH_DB_SERVER
+   std::unique_ptr<db_support::db_server> pServer;
+#endif
+   QString sError;
+   for (const QString & s : parser.value("sizes").split(',', Qt::SkipEmptyParts))
+   {
+      const int iTables = s.toInt();
+      if (! benchSqlite(iTables, iRepeat, dir.path(), sError)) { std::fprintf(stderr, "SQLite: %s\n", qPrintable(sError)); return 1; }
+#ifdef TAVREL_BENCH_DB_SERVER
+      if (parser.isSet("sqlite-only")) { continue; }
+      if (! pServer)
+      {
+         pServer = std::make_unique<db_support::db_server>(db_support::db_server::kind_postgresql);
+         if (! pServer->start(sError)) { std::fprintf(stderr, "PostgreSQL: %s\n", qPrintable(sError)); return 1; }
+      }
+      if (! benchPostgresql(* pServer, iTables, iRepeat, dir.path(), sError)) { std::fprintf(stderr, "PostgreSQL: %s\n", qPrintable(sError)); return 1; }
+#endif
+   }
+   return 0;
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QString>
+#include <QStringList>
+
+#include "db_import/db_catalog.h"
+
+namespace db_import {
+
+// Reads tables, views, columns, keys, indexes and foreign keys from a database's catalog, a few
+// set-based queries per dialect (never one per table: schemas have thousands of tables).
+class catalog_reader
+{
+public:
+   // lstSchemas empty: every schema of the user (PostgreSQL), the URL's database (MariaDB).
+   static bool read(const QSqlDatabase & database, enum_dialect eDialect, const QStringList & lstSchemas,
+                    const QString & sDatabase, db_catalog & catalog, QString & sError);
+
+   // "varchar(40)" -> type "varchar", length 40; "double precision" stays as it is.
+   static void setDeclaredType(db_column & column, const QString & sDeclared);
+   // Runs a query forward-only; false with the statement's reason.
+   static bool exec(QSqlQuery & query, const QString & sql, QString & sError);
+   // "'a', 'b'": each text quoted (quotes doubled), for the schema lists built into the statements.
+   static QString quotedList(const QStringList & lst);
+
+private:
+   static bool readSqlite(const QSqlDatabase & database, db_catalog & catalog, QString & sError);
+   static bool readPostgresql(const QSqlDatabase & database, const QStringList & lstSchemas, db_catalog & catalog, QString & sError);
+   static bool readPostgresqlKeys(QSqlQuery & query, const QString & sSchemas, db_catalog & catalog, QString & sError);
+   static bool readMariadb(const QSqlDatabase & database, const QStringList & lstSchemas, db_catalog & catalog, QString & sError);
+   static bool readMariadbKeys(QSqlQuery & query, const QString & sSchemas, db_catalog & catalog, QString & sError);
+   static void sortTables(db_catalog & catalog);
+};
+
+} // namespace db_import

@@ -1,0 +1,73 @@
+#include "db_import/catalog_reader.h"
+
+#include <QVariant>
+
+namespace db_import {
+
+namespace {
+
+const char * const k_sColumns =
+   "SELECT c.TABLE_SCHEMA, c.TABLE_NAME, t.TABLE_TYPE, c.COLUMN_NAME, c.COLUMN_TYPE, c.IS_NULLABLE, c.COLUMN_DEFAULT "
+   "FROM information_schema.COLUMNS c JOIN information_schema.TABLES t "
+   "ON t.TABLE_SCHEMA = c.TABLE_SCHEMA AND t.TABLE_NAME = c.TABLE_NAME "
+   "WHERE t.TABLE_TYPE IN ('BASE TABLE', 'VIEW') AND c.TABLE_SCHEMA IN (%1) "
+   "ORDER BY c.TABLE_SCHEMA, c.TABLE_NAME, c.ORDINAL_POSITION";
+
+// Every index, the primary key's ("PRIMARY") and the unique constraints' among them.
+const char * const k_sIndexes =
+   "SELECT TABLE_SCHEMA, TABLE_NAME, INDEX_NAME, NON_UNIQUE, COLUMN_NAME FROM information_schema.STATISTICS "
+   "WHERE TABLE_SCHEMA IN (%1) ORDER BY TABLE_SCHEMA, TABLE_NAME, INDEX_NAME, SEQ_IN_INDEX";
+
+const char * const k_sForeignKeys =
+   "SELECT TABLE_SCHEMA, TABLE_NAME, CONSTRAINT_NAME, COLUMN_NAME, REFERENCED_TABLE_SCHEMA, REFERENCED_TABLE_NAME, REFERENCED_COLUMN_NAME "
+   "FROM information_schema.KEY_COLUMN_USAGE WHERE TABLE_SCHEMA IN (%1) AND REFERENCED_TABLE_NAME IS NOT NULL "
+   "ORDER BY TABLE_SCHEMA, TABLE_NAME, CONSTRAINT_NAME, ORDINAL_POSITION";
+
+} // namespace
+
+bool catalog_reader::readMariadb(const QSqlDatabase & database, const QStringList & lstSchemas, db_catalog & catalog, QString & sError)
+{
+   const QString sSchemas = quotedList(lstSchemas);
+   QSqlQuery q(database);
+   if (! exec(q, QString(k_sColumns).arg(sSchemas), sError)) { return false; }
+   while (q.next())
+   {
+      db_table & t = catalog.table(q.value(0).toString(), q.value(1).toString());
+      t.bView = (q.value(2).toString() == "VIEW");
+      db_column c;
+      c.sName = q.value(3).toString();
+      setDeclaredType(c, q.value(4).toString());
+      c.bNotNull = (q.value(5).toString() == "NO");
+      // "NULL" is how the catalog writes a null default; a text default comes quoted.
+      if (! q.value(6).isNull() && (q.value(6).toString() != "NULL")) { c.sDefault = q.value(6).toString(); }
+      t.lstColumns.append(c);
+   }
+   return readMariadbKeys(q, sSchemas, catalog, sError);
+}
+
+bool catalog_reader::readMariadbKeys(QSqlQuery & q, const QString & sSchemas, db_catalog & catalog, QString & sError)
+{
+   if (! exec(q, QString(k_sIndexes).arg(sSchemas), sError)) { return false; }
+   while (q.next())
+   {
+      if (! catalog.find(q.value(0).toString(), q.value(1).toString())) { continue; }
+      db_table & t = catalog.table(q.value(0).toString(), q.value(1).toString());
+      const QString sIndex = q.value(2).toString();
+      if (sIndex == "PRIMARY") { t.lstPrimaryKey.append(q.value(4).toString()); continue; }
+      t.addIndexColumn(sIndex, (q.value(3).toInt() == 0), q.value(4).toString());
+   }
+   if (! exec(q, QString(k_sForeignKeys).arg(sSchemas), sError)) { return false; }
+   QString sLast;
+   while (q.next())
+   {
+      if (! catalog.find(q.value(0).toString(), q.value(1).toString())) { continue; }
+      db_table & t = catalog.table(q.value(0).toString(), q.value(1).toString());
+      const QString sKey = db_catalog::keyOf(t.sSchema, t.sName) + "/" + q.value(2).toString();
+      if (sKey != sLast) { t.lstForeignKeys.append(db_foreign_key { {}, q.value(4).toString(), q.value(5).toString(), {} }); sLast = sKey; }
+      t.lstForeignKeys.last().lstColumns.append(q.value(3).toString());
+      t.lstForeignKeys.last().lstTargetColumns.append(q.value(6).toString());
+   }
+   return true;
+}
+
+} // namespace db_import

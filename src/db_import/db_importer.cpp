@@ -1,0 +1,107 @@
+#include "db_import/db_importer.h"
+
+#include "db_import/catalog_reader.h"
+#include "db_import/ddl_loader.h"
+#include "db_import/db_source.h"
+#include "db_import/model_mapper.h"
+#include "db_import/model_merger.h"
+#include "model/project.h"
+#include "storage/project_storage.h"
+
+#include <QFileInfo>
+#include <QSaveFile>
+
+namespace db_import {
+
+namespace {
+
+// Below this many tables an import is quick enough to say nothing on the way.
+const qsizetype k_iProgressTables = 500;
+
+} // namespace
+
+bool db_importer::readSource(const QString & sSource, const QString & sDdlFile, db_catalog & catalog, QString & sError)
+{
+   if (! sDdlFile.isEmpty())
+   {
+      ddl_loader loader;
+      const bool bOk = (loader.load(sDdlFile, m_options.bStrict, sError) &&
+                        catalog_reader::read(loader.database(), dialect_sqlite, QStringList(), QString(), catalog, sError));
+      m_lstWarnings.append(loader.getWarnings());
+      return bOk;
+   }
+   db_source source;
+   if (! source.parse(sSource, sError)) { return false; }
+   if (! m_sPassword.isEmpty()) { source.setPassword(m_sPassword); }
+   if (source.hasPasswordInUrl())
+   {
+      m_lstWarnings.append("the URL holds a password, which other users can see in the process list: set TAVREL_DB_PASSWORD or " +
+                           QString((source.getDialect() == dialect_postgresql) ? "PGPASSWORD" : "MYSQL_PWD") + " instead");
+   }
+   bool bOk = false;
+   {
+      QSqlDatabase database;
+      if (! source.open(database, sError)) { return false; }
+      bOk = catalog_reader::read(database, source.getDialect(), source.getSchemas(), source.getDatabase(), catalog, sError);
+   }
+   source.close();
+   return bOk;
+}
+
+bool db_importer::importInto(const db_catalog & catalog, const model::project_ptr & pProject, QString & sError)
+{
+   const bool bLarge = (catalog.lstTables.size() >= k_iProgressTables);
+   if (bLarge) { progress(QString("read %1 tables, mapping them").arg(catalog.lstTables.size())); }
+   model_mapper mapper(catalog, m_options);
+   const model::project_ptr pFresh = mapper.map(pProject->getName());
+   m_lstWarnings.append(mapper.getWarnings());
+   if (pFresh->getListOfAllEntities()->isEmpty())
+   {
+      sError = (catalog.lstTables.isEmpty() ? QString("the source has no table or view") : QString("no table matches the --tables and --exclude filters"));
+      return false;
+   }
+   if (bLarge) { progress("merging into the project"); }
+   model_merger merger(pProject, m_options);
+   m_lstSummary = merger.merge(* pFresh);
+   return true;
+}
+
+bool db_importer::loadProject(const QString & sFile, model::project_ptr & pProject, QString & sError)
+{
+   const QFileInfo info(sFile);
+   if (! info.exists())
+   {
+      pProject = std::make_shared<model::project>();
+      pProject->setName(info.completeBaseName());
+      return true;
+   }
+   const bool bJson = (info.suffix().toLower() == "json");
+   const zy::ZyBool ok = (bJson ? storage::project_storage::readJsonFile(sFile, pProject) : storage::project_storage::loadProject(sFile, pProject));
+   if (! ok) { sError = "cannot refresh '" + sFile + "': " + ok.getDesc(); }
+   return bool(ok);
+}
+
+bool db_importer::writeProject(const model::project & project, const QString & sFile, QString & sError)
+{
+   const zy::ZyInvalidValueX problems = project.checkSchema();
+   if (! problems.isEmpty())
+   {
+      QStringList lst;
+      for (const auto & e : problems) { lst.append(e.getMessage()); }
+      sError = "the imported model has problems, nothing written:\n" + lst.join("\n");
+      return false;
+   }
+   if (QFileInfo(sFile).suffix().toLower() == "tavrel")
+   {
+      const zy::ZyBool ok = storage::project_storage::saveProject(project, sFile);
+      if (! ok) { sError = ok.getDesc(); }
+      return bool(ok);
+   }
+   // Written beside and renamed over: a failed write leaves the old file as it was.
+   QSaveFile f(sFile);
+   if (f.open(QIODevice::WriteOnly) && (f.write(storage::project_storage::toJson(project)) >= 0) && f.commit()) { return true; }
+   sError = "cannot write '" + sFile + "': " + f.errorString();
+   return false;
+}
+
+} // namespace db_import

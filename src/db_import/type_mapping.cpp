@@ -1,0 +1,140 @@
+#include "db_import/type_mapping.h"
+
+#include <QHash>
+#include <QRegularExpression>
+
+#include "db_import/import_options.h"
+
+namespace db_import {
+
+namespace {
+
+enum enum_kind { kind_int, kind_long, kind_longlong, kind_bool, kind_double, kind_decimal, kind_text, kind_bytes,
+                 kind_date, kind_time, kind_datetime, kind_uuid, kind_json };
+
+typedef QHash<QString, enum_kind> type_table;
+
+const type_table & sqliteTypes()
+{
+   // SQLite keeps any declared text: the usual names of every database are read.
+   static const type_table s_table {
+      { "integer", kind_long }, { "int", kind_int }, { "int2", kind_int }, { "int4", kind_int }, { "smallint", kind_int },
+      { "tinyint", kind_int }, { "mediumint", kind_int }, { "bigint", kind_longlong }, { "int8", kind_longlong },
+      { "unsigned big int", kind_longlong }, { "boolean", kind_bool }, { "bool", kind_bool },
+      { "real", kind_double }, { "double", kind_double }, { "double precision", kind_double }, { "float", kind_double },
+      { "numeric", kind_decimal }, { "decimal", kind_decimal },
+      { "text", kind_text }, { "varchar", kind_text }, { "char", kind_text }, { "character", kind_text },
+      { "varying character", kind_text }, { "character varying", kind_text }, { "nchar", kind_text },
+      { "native character", kind_text }, { "nvarchar", kind_text }, { "clob", kind_text },
+      { "blob", kind_bytes }, { "date", kind_date }, { "time", kind_time }, { "datetime", kind_datetime },
+      { "timestamp", kind_datetime }, { "uuid", kind_uuid }, { "json", kind_json } };
+   return s_table;
+}
+
+const type_table & postgresqlTypes()
+{
+   static const type_table s_table {
+      { "smallint", kind_int }, { "integer", kind_int }, { "bigint", kind_longlong }, { "boolean", kind_bool },
+      { "real", kind_double }, { "double precision", kind_double }, { "numeric", kind_decimal }, { "money", kind_decimal },
+      { "text", kind_text }, { "character varying", kind_text }, { "character", kind_text }, { "citext", kind_text },
+      { "bytea", kind_bytes }, { "date", kind_date }, { "time without time zone", kind_time }, { "time with time zone", kind_time },
+      { "timestamp without time zone", kind_datetime }, { "timestamp with time zone", kind_datetime },
+      { "uuid", kind_uuid }, { "json", kind_json }, { "jsonb", kind_json } };
+   return s_table;
+}
+
+const type_table & mariadbTypes()
+{
+   static const type_table s_table {
+      { "tinyint", kind_int }, { "smallint", kind_int }, { "mediumint", kind_int }, { "int", kind_int }, { "integer", kind_int },
+      { "bigint", kind_longlong }, { "bool", kind_bool }, { "boolean", kind_bool }, { "bit", kind_bool },
+      { "float", kind_double }, { "double", kind_double }, { "real", kind_double }, { "decimal", kind_decimal }, { "numeric", kind_decimal },
+      { "char", kind_text }, { "varchar", kind_text }, { "tinytext", kind_text }, { "text", kind_text }, { "mediumtext", kind_text },
+      { "longtext", kind_text }, { "enum", kind_text }, { "set", kind_text },
+      { "binary", kind_bytes }, { "varbinary", kind_bytes }, { "tinyblob", kind_bytes }, { "blob", kind_bytes },
+      { "mediumblob", kind_bytes }, { "longblob", kind_bytes },
+      { "date", kind_date }, { "time", kind_time }, { "datetime", kind_datetime }, { "timestamp", kind_datetime },
+      { "uuid", kind_uuid }, { "json", kind_json } };
+   return s_table;
+}
+
+// MariaDB writes "int(11) unsigned", "tinyint(1)" (its boolean) and "enum('a','b')".
+enum_kind mariadbKind(const db_column & column, enum_kind eKind, QString & sType)
+{
+   const bool bUnsigned = sType.endsWith(" unsigned") || sType.endsWith(" unsigned zerofill");
+   if (bUnsigned) { sType = sType.section(' ', 0, 0); }
+   if ((sType == "tinyint") && (column.iLength == 1)) { return kind_bool; }
+   if ((sType == "bit") && (column.iLength > 1)) { return kind_longlong; }
+   if (bUnsigned && (sType == "int" || sType == "integer")) { return kind_longlong; }
+   return eKind;
+}
+
+QString cppType(enum_kind eKind, bool bDecimalAsString)
+{
+   switch (eKind)
+   {
+      case kind_int: return "int";
+      case kind_long: return "long";
+      case kind_longlong: return "qlonglong";
+      case kind_bool: return "bool";
+      case kind_double: return "double";
+      case kind_decimal: return (bDecimalAsString ? "QString" : "double");
+      case kind_bytes: return "QByteArray";
+      case kind_date: return "QDate";
+      case kind_time: return "QTime";
+      case kind_datetime: return "QDateTime";
+      case kind_uuid: return "QUuid";
+      default: return "QString";
+   }
+}
+
+} // namespace
+
+type_mapping::result type_mapping::map(enum_dialect eDialect, const db_column & column, const import_options & options)
+{
+   const type_table & table = ((eDialect == dialect_postgresql) ? postgresqlTypes() : ((eDialect == dialect_mariadb) ? mariadbTypes() : sqliteTypes()));
+   QString sType = column.sType;
+   if (eDialect == dialect_mariadb) { sType.remove(QRegularExpression("\\(.*\\)")); sType = sType.simplified(); }
+   if ((eDialect == dialect_mariadb) && (sType.startsWith("enum") || sType.startsWith("set"))) { sType = sType.startsWith("enum") ? "enum" : "set"; }
+   auto it = table.constFind(sType);
+   bool bKnown = (it != table.constEnd());
+   enum_kind eKind = (bKnown ? it.value() : kind_text);
+   if (eDialect == dialect_mariadb)
+   {
+      const QString sBase = sType.section(' ', 0, 0);
+      if (! bKnown && table.contains(sBase)) { bKnown = true; eKind = table.value(sBase); }
+      eKind = mariadbKind(column, eKind, sType);
+   }
+   result r;
+   r.sType = cppType(eKind, options.bDecimalAsString);
+   r.bKnown = bKnown;
+   r.bLength = ((eKind == kind_text) && bKnown && (column.iLength > 0));
+   return r;
+}
+
+QString type_mapping::defaultValue(const QString & sDefault, const QString & sCppType)
+{
+   static const QRegularExpression reCast("::[a-z ]+(\\[\\])?$");
+   static const QRegularExpression reInteger("^[-+]?\\d+$");
+   static const QRegularExpression reNumber("^[-+]?(\\d+\\.?\\d*|\\.\\d+)([eE][-+]?\\d+)?$");
+   if (sDefault.isNull()) { return QString(); }
+   QString s = sDefault.trimmed();
+   s.remove(reCast);
+   while (s.startsWith('(') && s.endsWith(')')) { s = s.mid(1, s.size() - 2).trimmed(); }
+   const bool bQuoted = ((s.size() >= 2) && s.startsWith('\'') && s.endsWith('\''));
+   const QString sText = (bQuoted ? s.mid(1, s.size() - 2).replace("''", "'") : s);
+   if (sCppType == "QString") { return (bQuoted ? sText : QString()); }
+   if (sCppType == "bool")
+   {
+      const QString b = sText.toLower();
+      if ((b == "1") || (b == "true") || (b == "t") || (b == "b'1'")) { return "true"; }
+      if ((b == "0") || (b == "false") || (b == "f") || (b == "b'0'")) { return "false"; }
+      return QString();
+   }
+   if ((sCppType == "int") || (sCppType == "long") || (sCppType == "qlonglong")) { return (reInteger.match(sText).hasMatch() ? sText : QString()); }
+   // "0.00" (MariaDB writes the scale) and "0" are one default: written the shortest way.
+   if (sCppType == "double") { return (reNumber.match(sText).hasMatch() ? QString::number(sText.toDouble(), 'g', 15) : QString()); }
+   return QString();
+}
+
+} // namespace db_import
