@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 
@@ -30,6 +31,12 @@ bool writeAll(const QString & path, const QByteArray & data)
    QFile f(path);
    if (! f.open(QIODevice::WriteOnly | QIODevice::Truncate)) { return false; }
    return (f.write(data) == data.size());
+}
+
+QString withoutBannerDate(QString text)
+{
+   static const QRegularExpression reDate(R"(\(\d{4}/\d\d/\d\d \d\d:\d\d\))");
+   return text.replace(reDate, "(@DATE@)");
 }
 
 cli_result runTavrel(const QStringList & args, const cli_options & options)

@@ -15,6 +15,10 @@ QString examplePath(const QString & name);
 QByteArray readAll(const QString & path);
 bool writeAll(const QString & path, const QByteArray & data);
 
+// Generated text with the banner's date replaced by a fixed mark: two generations a minute
+// apart differ there and nowhere else.
+QString withoutBannerDate(QString text);
+
 // One run of the real `tavrel` program.
 struct cli_result
 {

@@ -1,7 +1,6 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -38,8 +37,7 @@ QString recordPath(const tree_case & c)
 QByteArray normalised(QByteArray text, const QString & sTmp)
 {
    text.replace(sTmp.toUtf8(), "@TMP@");
-   static const QRegularExpression reDate(R"(\(\d{4}/\d\d/\d\d \d\d:\d\d\))");
-   return QString::fromUtf8(text).replace(reDate, "(@DATE@)").toUtf8();
+   return test_support::withoutBannerDate(QString::fromUtf8(text)).toUtf8();
 }
 
 // One text holding every file of the tree: a header line with the path and the size, then the
