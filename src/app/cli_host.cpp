@@ -6,6 +6,7 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDialog>
 #include <QDir>
 #include <QFileInfo>
@@ -17,6 +18,7 @@
 #include "context/ctx_project.h"
 #include "model/model_text_rules.h"
 #include "model/project.h"
+#include "gui/plugin/export_files.h"
 #include "gui/plugin/export_interface.h"
 #include "storage/project_storage.h"
 #include "script/custom_javascript.h"
@@ -71,11 +73,17 @@ struct cli_options
    QCommandLineOption lumor{"lumor-path", "Lumor library directory (else $LUMOR_DIR, else the saved global settings).", "DIR"};
    QCommandLineOption yes{"yes", "Answer Yes to every question of the export."};
    QCommandLineOption no{"no", "Answer No to every question of the export."};
+   QCommandLineOption dryRun{"dry-run", "Export without writing: list the files that would be added (A), changed (M) or removed (D)."};
+   QCommandLineOption check{"check", "Like --dry-run, and exit 1 when the generated files are not up to date (for CI)."};
+   QCommandLineOption diff{"diff", "With --dry-run or --check: the unified diff of each changed file."};
+   QCommandLineOption verbose{"verbose", "Also list the unchanged files."};
+   QCommandLineOption watch{"watch", "Export, then export again whenever the model, the user script or a template changes (Ctrl+C ends)."};
+   QCommandLineOption keepStale{"keep-stale", "Keep the files the last export generated and this one no longer does."};
 
    explicit cli_options(QCommandLineParser & parser)
    {
       parser.setApplicationDescription("Tavrel command-line host: import, check and export entity models.\n\n" + QString(k_sCommands));
-      parser.addOptions({ help, version, plugin, lumor, yes, no });
+      parser.addOptions({ help, version, plugin, lumor, yes, no, dryRun, check, diff, verbose, keepStale, watch });
       parser.addPositionalArgument("command", "import, dump, check, plugins or export.");
       parser.addPositionalArgument("arguments", "Arguments of the command.", "[arguments...]");
    }
@@ -158,8 +166,10 @@ int cli_host::run(const QStringList & args)
    bool bExport = (command == "export");
    if (! bExport)
    {
-      if (parser.isSet(opt.plugin) || parser.isSet(opt.lumor) || parser.isSet(opt.yes) || parser.isSet(opt.no))
-      { return usageError("options --plugin, --lumor-path, --yes and --no belong to the export command"); }
+      for (const QCommandLineOption * o : { & opt.plugin, & opt.lumor, & opt.yes, & opt.no, & opt.dryRun, & opt.check, & opt.diff, & opt.verbose, & opt.keepStale, & opt.watch })
+      {
+         if (parser.isSet(* o)) { return usageError("option --" + o->names().first() + " belongs to the export command"); }
+      }
       for (const QString & a : args)
       {
          // check shows the PIMPL warnings as the export would use it.
@@ -179,8 +189,20 @@ int cli_host::run(const QStringList & args)
    }
    if (bExport)
    {
-      return cmdExport(positional, args.mid(1), parser.value(opt.plugin), parser.value(opt.lumor),
-                       parser.isSet(opt.yes), parser.isSet(opt.no));
+      export_flags flags;
+      flags.plugin = parser.value(opt.plugin);
+      flags.lumorPath = parser.value(opt.lumor);
+      flags.yes = parser.isSet(opt.yes);
+      flags.no = parser.isSet(opt.no);
+      flags.check = parser.isSet(opt.check);
+      flags.dryRun = (flags.check || parser.isSet(opt.dryRun));
+      flags.diff = parser.isSet(opt.diff);
+      flags.verbose = parser.isSet(opt.verbose);
+      flags.keepStale = parser.isSet(opt.keepStale);
+      flags.watch = parser.isSet(opt.watch);
+      if (flags.diff && ! flags.dryRun) { return usageError("--diff goes with --dry-run or --check"); }
+      if (flags.watch && flags.check) { return usageError("--watch and --check exclude each other"); }
+      return (flags.watch ? cmdWatch(positional, args.mid(1), flags) : cmdExport(positional, args.mid(1), flags));
    }
    return usageError("unknown command '" + command + "'");
 }
@@ -256,11 +278,8 @@ int cli_host::cmdPlugins()
    return exit_ok;
 }
 
-int cli_host::cmdExport(const QStringList & positional, const QStringList & allArgs, const QString & pluginName,
-                        const QString & lumorPath, bool bYes, bool bNo)
+plugin::export_interface * cli_host::findExportPlugin(const QString & pluginName, QString & sError)
 {
-   if (positional.size() != 1) { return usageError("export needs exactly one PROJECT"); }
-
    QList<plugin_info> lst = plugin_finder::findPlugins();
    plugin::export_interface * pPlugin = nullptr;
    QStringList names;
@@ -270,11 +289,18 @@ int cli_host::cmdExport(const QStringList & positional, const QStringList & allA
       names.append(info.exportPlugin->getName());
       if (pluginName.isEmpty() ? (pPlugin == nullptr) : (info.exportPlugin->getName() == pluginName)) { pPlugin = info.exportPlugin; }
    }
-   if (! pPlugin)
-   {
-      if (names.isEmpty()) { return failure("no export plug-in found in '" + QDir::toNativeSeparators(plugin_finder::pluginDirectories().join(QDir::listSeparator())) + "'"); }
-      return failure("no export plug-in named '" + pluginName + "' (available : " + names.join(", ") + ")");
-   }
+   if (pPlugin) { return pPlugin; }
+   if (names.isEmpty()) { sError = "no export plug-in found in '" + QDir::toNativeSeparators(plugin_finder::pluginDirectories().join(QDir::listSeparator())) + "'"; }
+   else { sError = "no export plug-in named '" + pluginName + "' (available : " + names.join(", ") + ")"; }
+   return nullptr;
+}
+
+int cli_host::cmdExport(const QStringList & positional, const QStringList & allArgs, const export_flags & flags)
+{
+   if (positional.size() != 1) { return usageError("export needs exactly one PROJECT"); }
+   QString sNoPlugin;
+   plugin::export_interface * pPlugin = findExportPlugin(flags.plugin, sNoPlugin);
+   if (! pPlugin) { return failure(sNoPlugin); }
 
    // The plug-in's parameters are checked against its own description before anything is opened.
    const plugin_parameters params(pPlugin->getName(), pPlugin->getCommandLineInfos());
@@ -298,9 +324,9 @@ int cli_host::cmdExport(const QStringList & positional, const QStringList & allA
       if (! why.isEmpty()) { return failure("export not started : " + why); }
    }
 
-   context::ctx_global::initGlobalParams(lumorPath);
+   context::ctx_global::initGlobalParams(flags.lumorPath);
    tools::message_box::setUnattended(true);
-   tools::message_box::setFixedAnswer(bYes ? QMessageBox::Yes : (bNo ? QMessageBox::No : QMessageBox::NoButton));
+   tools::message_box::setFixedAnswer(flags.yes ? QMessageBox::Yes : (flags.no ? QMessageBox::No : QMessageBox::NoButton));
 
    m_pMainWnd = std::make_unique<view::main_wnd>();
    m_pMainWnd->setAppArgs(allArgs);
@@ -317,16 +343,22 @@ int cli_host::cmdExport(const QStringList & positional, const QStringList & allA
 
    m_lstDismissedDialogs.clear();
    tools::message_box::clearHistory();
+   const qint64 iStartMs = QDateTime::currentMSecsSinceEpoch();
+   plugin::export_files files;
+   files.setDryRun(flags.dryRun);
+   files.setKeepTexts(flags.diff);
+   pPlugin->setExportFiles(& files);
    m_pMainWnd->setExecutingPlugin(true);
    zy::ZyBool result = pPlugin->exportProject(* project);
    m_pMainWnd->setExecutingPlugin(false);
+   pPlugin->setExportFiles(nullptr);
    QObject::disconnect(pPlugin, nullptr, this, nullptr);
 
    if (! result) { return failure(result.getDesc().isEmpty() ? QString("export failed") : result.getDesc()); }
    const QString sIncomplete = incompleteExport(pPlugin, iErrorMessages);
    if (! sIncomplete.isEmpty()) { return failure(sIncomplete); }
    if (! result.getDesc().isEmpty()) { m_err << tools::terminal_text::escape(result.getDesc()) << "\n"; m_err.flush(); }
-   return exit_ok;
+   return finishExport(pPlugin, files, flags, iStartMs);
 }
 
 } // namespace app

@@ -8,13 +8,28 @@
 
 #include "model/model_fwd.h"
 
-namespace plugin { class export_interface; }
+namespace plugin { class export_interface; class export_files; }
 namespace view { class main_wnd; }
 
 namespace app {
 
 // Exit codes of the command-line host.
 enum enum_exit { exit_ok = 0, exit_failure = 1, exit_usage = 2 };
+
+// The options of the export command.
+struct export_flags
+{
+   QString plugin;
+   QString lumorPath;
+   bool yes = false;
+   bool no = false;
+   bool dryRun = false;      // also set by check
+   bool check = false;
+   bool diff = false;
+   bool verbose = false;
+   bool keepStale = false;
+   bool watch = false;
+};
 
 // The command-line host: import, dump, check, plugins and unattended export.
 class cli_host : public QObject
@@ -43,8 +58,13 @@ private:
    int cmdDump(const QStringList & args);
    int cmdCheck(const QStringList & args, const QStringList & allArgs);
    int cmdPlugins();
-   int cmdExport(const QStringList & positional, const QStringList & allArgs, const QString & pluginName,
-                 const QString & lumorPath, bool bYes, bool bNo);
+   int cmdExport(const QStringList & positional, const QStringList & allArgs, const export_flags & flags);
+   // Exports, then again each time the model, the user script or a template changes, until
+   // Ctrl+C.
+   int cmdWatch(const QStringList & positional, const QStringList & allArgs, const export_flags & flags);
+   plugin::export_interface * findExportPlugin(const QString & pluginName, QString & sError);
+   // After the plug-in ran successfully: stale files, record, the lines and summary printed.
+   int finishExport(plugin::export_interface * pPlugin, const plugin::export_files & files, const export_flags & flags, qint64 iStartMs);
 
    int usageError(const QString & text);
    int failure(const QString & text);

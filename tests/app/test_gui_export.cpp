@@ -3,6 +3,7 @@
 #include <QListWidget>
 #include <QPlainTextEdit>
 #include <QRegularExpression>
+#include <QStatusBar>
 
 #include <gtest/gtest.h>
 
@@ -93,6 +94,12 @@ TEST_F(GuiExport, WritesTheSameTreeAsTheCommandLineHost)
    QListWidget * pList = m_pWnd->getMessageList();
    for (int i = 0; i < pList->count(); ++i) { if (pList->item(i)->text().contains("All entities have been exported")) { bExported = true; } }
    EXPECT_TRUE(bExported);
+   // The host's summary reaches the message area and the status bar.
+   const QRegularExpression rxSummary("^\\d+ files: \\d+ written, 0 unchanged, 0 removed \\(\\d+\\.\\d\\d s\\)$");
+   bool bSummary = false;
+   for (int i = 0; i < pList->count(); ++i) { if (rxSummary.match(pList->item(i)->toolTip()).hasMatch()) { bSummary = true; } }
+   EXPECT_TRUE(bSummary);
+   EXPECT_TRUE(rxSummary.match(m_pWnd->statusBar()->currentMessage()).hasMatch()) << m_pWnd->statusBar()->currentMessage().toStdString();
 }
 
 class GuiDebugger : public GuiFixture { };

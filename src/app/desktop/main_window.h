@@ -152,6 +152,8 @@ private:
    void setCurrentPlugin(plugin::export_interface * pPlugin);
    // The plug-in's settings may have changed: its views reload them and show the selection again.
    void refreshPluginViews();
+   // The host's summary of a complete export: removes the stale files, records the new set.
+   void showExportSummary(const plugin::export_files & files, qint64 iStartMs);
    // A script engine of the plug-in that is debugging gets the debugger window.
    void attachRunningDebugger();
 

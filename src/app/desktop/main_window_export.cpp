@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <QDateTime>
 #include <QDir>
 #include <QStatusBar>
 
@@ -11,6 +12,8 @@
 #include "desktop/script_debugger.h"
 #include "model/model_text_rules.h"
 #include "model/project.h"
+#include "export_lifecycle.h"
+#include "gui/plugin/export_files.h"
 #include "gui/plugin/export_interface.h"
 #include "script/custom_javascript.h"
 #include "gui/tools/message_box.h"
@@ -66,6 +69,8 @@ zy::ZyBool main_window::doActExport()
    addMessage(tr("Export of project '%1' with plug-in '%2' started").arg(m_pProject->getName(), m_pPlugin->getName()), 1);
    statusBar()->showMessage(tr("Exporting..."));
    zy::ZyBool result;
+   plugin::export_files files;
+   const qint64 iStartMs = QDateTime::currentMSecsSinceEpoch();
    {
       // Holding Shift makes the plug-in start debugging its script inside exportProject.
       script_watcher watcher;
@@ -73,7 +78,9 @@ zy::ZyBool main_window::doActExport()
       tools::wait_cursor wait; Q_UNUSED(wait);
       qApp->installEventFilter(this);
       setExecutingPlugin(true);
+      m_pPlugin->setExportFiles(& files);
       result = m_pPlugin->exportProject(* m_pProject);
+      m_pPlugin->setExportFiles(nullptr);
       setExecutingPlugin(false);
       qApp->removeEventFilter(this);
       for (qsizetype i = 0; i < m_lstExportDialogs.size(); ++i) { QApplication::restoreOverrideCursor(); }
@@ -92,7 +99,7 @@ zy::ZyBool main_window::doActExport()
    {
       if (! result.getDesc().isEmpty()) { addMessage(result.getDesc(), 1); }
       addMessage(tr("Export ended"), 1);
-      statusBar()->showMessage(tr("Export ended"), 10000);
+      showExportSummary(files, iStartMs);
    }
    refreshPluginViews();
    return result;
@@ -112,6 +119,18 @@ bool main_window::eventFilter(QObject * watched, QEvent * event)
       else if ((event->type() == QEvent::Hide) && m_lstExportDialogs.removeOne(watched)) { QApplication::restoreOverrideCursor(); }
    }
    return view::main_wnd::eventFilter(watched, event);
+}
+
+void main_window::showExportSummary(const plugin::export_files & files, qint64 iStartMs)
+{
+   app::export_outcome outcome;
+   const zy::ZyBool ok = app::export_lifecycle::finish(m_pPlugin->getName(), files, false, false, outcome);
+   if (! ok) { addMessage(ok.getDesc(), 3); }
+   for (const QString & sLine : outcome.lines) { if (sLine.startsWith('D')) { addMessage(tr("Removed : %1").arg(sLine.mid(2)), 1); } }
+   for (const QString & sKept : outcome.kept) { addMessage(tr("Kept : %1").arg(sKept), 2); }
+   const QString sSummary = app::export_lifecycle::summary(outcome, (QDateTime::currentMSecsSinceEpoch() - iStartMs) / 1000.0, false);
+   addMessage(sSummary, 1);
+   statusBar()->showMessage(sSummary, 10000);
 }
 
 void main_window::refreshPluginViews()

@@ -19,6 +19,7 @@
 #include "tools/string_helper.h"
 #include "cpp_export/tools/text_file.h"
 #include "gui/tools/wait_cursor.h"
+#include "gui/plugin/export_files.h"
 
 namespace plugin {
 
@@ -155,9 +156,9 @@ zy::ZyBool cpp_builder::exportItem(model::project & project, Item & item, model:
    const QString sNewHeader = buildHelper(project, item, true);
    const QString sNewSource = buildHelper(project, item, false);
    // No "\r\n" to turn into "\n": getFileText drops every '\r' already.
-   if (! isSame(sOldHeader, sNewHeader) && ! writeFile(m_sCurrentHeaderFile, sNewHeader, & m_sLastFailureReason))
+   if (! putFile(m_sCurrentHeaderFile, sOldHeader, sNewHeader))
    { return zy::ZyBool(false, "An error occurred opening header file : " + m_sCurrentHeaderFile); }
-   if (! isSame(sOldSource, sNewSource) && ! writeFile(m_sCurrentSourceFile, sNewSource, & m_sLastFailureReason))
+   if (! putFile(m_sCurrentSourceFile, sOldSource, sNewSource))
    { return zy::ZyBool(false, "An error occurred opening source file : " + m_sCurrentSourceFile); }
    executeScript(& project, pEntity, nullptr, pEnumeration, "AFTER_CLOSING_FILE", sNewHeader, m_sCurrentHeaderFile);
    executeScript(& project, pEntity, nullptr, pEnumeration, "AFTER_CLOSING_FILE", sNewSource, m_sCurrentSourceFile);
@@ -234,6 +235,8 @@ zy::ZyBool cpp_builder::build(model::project & project)
 
    m_sWriteRoot = D;
    struct write_root_reset { QString & root; ~write_root_reset() { root.clear(); } } resetRoot{ m_sWriteRoot };
+   // The dated line of the banner is no change for the rewrite rule, nor for a diff.
+   if (m_pCppExport->getExportFiles()) { m_pCppExport->getExportFiles()->begin(D, QStringLiteral("File created by Tavrel .* : please, do NOT modify this file")); }
 
    ok = makeExportDirectories(dir);
    if (! ok) { return ok; }

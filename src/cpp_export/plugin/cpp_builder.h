@@ -112,6 +112,12 @@ protected:
    // Writes a generated text in one piece: a failed write leaves the former file whole. On
    // failure pReason gets the system's reason with the path.
    static bool writeFile(const QString & path, const QString & text, QString * pReason = nullptr);
+   // Reports the file to the host's export_files (when it gave one) and writes it when its text
+   // changed and the run is no dry run; false when the write failed.
+   bool putFile(const QString & path, const QString & oldText, const QString & newText);
+   bool isDryRun() const;
+   // Whether a file created once for the user is there; if so it is reported as still produced.
+   bool userFileExists(const QString & path);
    // Why path may not be written by this build (outside the export directory, or reached through
    // a symbolic link); empty when it may, and always outside build().
    QString refusedPath(const QString & path) const;

@@ -289,7 +289,7 @@ zy::ZyBool cpp_builder::build_Generic(model::project & project, parser_ptr parse
    if (! expand(parser, dispatchPiece, & project, pEntity, pEnumeration, fileName, out, sError))
    { return zy::ZyBool(false, "An error occurred with custom javascript for file '" + fileName + "' :\n" + sError); }
 
-   if (! isSame(sOld, out) && ! writeFile(fileName, out, & m_sLastFailureReason))
+   if (! putFile(fileName, sOld, out))
    { return zy::ZyBool(false, "An error occurred opening file : " + fileName); }
 
    executeScript(& project, pEntity, nullptr, pEnumeration, "AFTER_CLOSING_FILE", out, fileName);
@@ -313,12 +313,12 @@ zy::ZyBool cpp_builder::build_CustomFile(model::project & project, model::entity
    const QString sHeader = dir.absoluteFilePath("custom/include/" + sKey + ".h");
    const QString sSource = dir.absoluteFilePath("custom/src/" + sKey + ".cpp");
    // A dangling link does not exist for this test: build_Generic then refuses to write through it.
-   if (! QFileInfo::exists(sHeader))
+   if (! userFileExists(sHeader))
    {
       zy::ZyBool ok = build_Generic(project, m_pParserCustomHeader, sHeader, pEntity, pEnumeration);
       if (! ok) { return ok; }
    }
-   if (! QFileInfo::exists(sSource)) { return build_Generic(project, m_pParserCustomSource, sSource, pEntity, pEnumeration); }
+   if (! userFileExists(sSource)) { return build_Generic(project, m_pParserCustomSource, sSource, pEntity, pEnumeration); }
    return zy::ZyBool(true);
 }
 

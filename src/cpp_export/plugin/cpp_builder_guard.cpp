@@ -1,4 +1,6 @@
 #include "cpp_export/plugin/cpp_builder.h"
+#include "cpp_export/plugin/cpp_export.h"
+#include "gui/plugin/export_files.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -55,6 +57,8 @@ bool cpp_builder::makeDirectory(const QString & path)
    const QString sRefused = refusedPath(path);
    if (! sRefused.isEmpty()) { m_sLastFailureReason = sRefused; return false; }
    if (QFileInfo(path).isDir()) { return true; }
+   // A dry run leaves the tree as it is, folders included.
+   if (isDryRun()) { return true; }
    if (QDir().mkpath(path)) { return true; }
 
    // Find the step that failed and ask the system why.
@@ -76,6 +80,30 @@ bool cpp_builder::makeDirectory(const QString & path)
       }
    }
    return QFileInfo(path).isDir();
+}
+
+bool cpp_builder::isDryRun() const
+{
+   return (m_pCppExport && m_pCppExport->getExportFiles() && m_pCppExport->getExportFiles()->isDryRun());
+}
+
+bool cpp_builder::putFile(const QString & path, const QString & oldText, const QString & newText)
+{
+   const bool bSame = isSame(oldText, newText);
+   export_files * pFiles = (m_pCppExport ? m_pCppExport->getExportFiles() : nullptr);
+   if (! pFiles) { return (bSame || writeFile(path, newText, & m_sLastFailureReason)); }
+   // Only an empty text needs the disk asked whether the file is there.
+   const bool bExists = (! oldText.isEmpty() || QFileInfo::exists(path));
+   if (! pFiles->report(path, bExists, oldText, newText, bSame)) { return true; }
+   return writeFile(path, newText, & m_sLastFailureReason);
+}
+
+bool cpp_builder::userFileExists(const QString & path)
+{
+   if (! QFileInfo::exists(path)) { return false; }
+   export_files * pFiles = (m_pCppExport ? m_pCppExport->getExportFiles() : nullptr);
+   if (pFiles) { pFiles->reportKept(path); }
+   return true;
 }
 
 } // namespace plugin

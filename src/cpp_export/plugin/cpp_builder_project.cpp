@@ -48,7 +48,7 @@ zy::ZyBool cpp_builder::build_PriFile(model::project & project)
    if (! ok) { return ok; }
    if (! makeDirectory(dir.absoluteFilePath("custom"))) { return zy::ZyBool(false, "Cannot create 'custom' directory"); }
    const QString sCompanion = dir.absoluteFilePath("custom/" + sName + ".pri");
-   if (QFileInfo::exists(sCompanion)) { return zy::ZyBool(true); }
+   if (userFileExists(sCompanion)) { return zy::ZyBool(true); }
    return build_Generic(project, projectParser("template_custom_qmake_pri.pri"), sCompanion, nullptr, nullptr);
 }
 
@@ -61,7 +61,7 @@ zy::ZyBool cpp_builder::build_PrecompiledHeader(model::project & project)
    if (! ok) { return ok; }
    if (! makeDirectory(dir.absoluteFilePath("custom/include"))) { return zy::ZyBool(false, "Cannot create 'custom/include' directory"); }
    const QString sCompanion = dir.absoluteFilePath("custom/include/" + sName + "_precompiled_header.h");
-   if (QFileInfo::exists(sCompanion)) { return zy::ZyBool(true); }
+   if (userFileExists(sCompanion)) { return zy::ZyBool(true); }
    return build_Generic(project, projectParser("template_custom_precompiled_header.h"), sCompanion, nullptr, nullptr);
 }
 

@@ -1,0 +1,140 @@
+#include "export_lifecycle.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QSet>
+#include <QTemporaryFile>
+
+#include "context/ctx_project.h"
+#include "gui/plugin/export_files.h"
+#include "storage/export_record.h"
+
+namespace app {
+
+namespace {
+
+// The text of a file as a plug-in compares it ('\r' dropped); empty when unreadable.
+QString diskText(const QString & path)
+{
+   QFile file(path);
+   if (! file.open(QIODevice::ReadOnly)) { return QString(); }
+   QString text = QString::fromUtf8(file.readAll());
+   text.remove(QLatin1Char('\r'));
+   return text;
+}
+
+// Folders a removal emptied go too, up to (not including) the export directory.
+void dropEmptiedFolders(const QString & root, const QString & removedFile)
+{
+   QDir dir = QFileInfo(removedFile).dir();
+   const QString sRoot = QDir::cleanPath(root);
+   while (QDir::cleanPath(dir.absolutePath()).startsWith(sRoot + '/') && ! QFileInfo(dir.absolutePath()).isSymLink())
+   {
+      const QString sName = dir.dirName();
+      if (! dir.cdUp() || ! dir.rmdir(sName)) { break; }
+   }
+}
+
+// A recorded file the export no longer produces: what becomes of it.
+enum stale_kind { stale_gone, stale_custom, stale_edited, stale_removable };
+
+stale_kind judge(const QString & root, const QString & relPath, const QByteArray & hash)
+{
+   const QString sPath = root + '/' + relPath;
+   const QFileInfo info(sPath);
+   if (! info.exists() && ! info.isSymLink()) { return stale_gone; }
+   // Nothing outside the export directory, nor reached through a link, is ever removed.
+   const QString sParent = QFileInfo(QDir::cleanPath(sPath)).path();
+   if (QDir::isAbsolutePath(relPath) || QDir::cleanPath(relPath).startsWith(QLatin1String("../")) ||
+       (QDir(sParent).canonicalPath() != QDir::cleanPath(QDir(root).canonicalPath() + '/' + QFileInfo(relPath).path())))
+   { return stale_edited; }
+   // The user's own files are never removed.
+   if (relPath.startsWith(QLatin1String("custom/"))) { return stale_custom; }
+   // A link or a changed text is no longer what the export left there.
+   if (info.isSymLink() || ! info.isFile() || (plugin::export_files::hashOf(diskText(sPath)) != hash)) { return stale_edited; }
+   return stale_removable;
+}
+
+} // namespace
+
+zy::ZyBool export_lifecycle::finish(const QString & plugin, const plugin::export_files & files, bool bDryRun, bool bKeepStale,
+                                    export_outcome & outcome)
+{
+   const QString sRoot = files.root();
+   const QDir root(sRoot);
+   storage::export_record::files newRecord;
+   QStringList lstUnchanged;
+   for (const plugin::export_files::file & f : files.files())
+   {
+      const QString sRel = root.relativeFilePath(f.path);
+      newRecord.insert(sRel, f.hash);
+      if (f.status == plugin::export_files::status_unchanged) { ++outcome.unchanged; outcome.lines.append("  " + sRel); continue; }
+      ++outcome.written;
+      outcome.lines.append(((f.status == plugin::export_files::status_created) ? "A " : "M ") + sRel);
+   }
+   QSqlDatabase db = context::ctx_project::getDatabase();
+   // A model held in memory has no project file to keep a record in.
+   if (sRoot.isEmpty() || ! db.isValid()) { return zy::ZyBool(true); }
+
+   storage::export_record::files oldRecord;
+   zy::ZyBool ok = storage::export_record::read(db, plugin, sRoot, oldRecord);
+   if (! ok) { return ok; }
+   QStringList lstStale = oldRecord.keys();
+   lstStale.sort();
+   for (const QString & sRel : lstStale)
+   {
+      if (newRecord.contains(sRel)) { continue; }
+      switch (judge(sRoot, sRel, oldRecord.value(sRel)))
+      {
+         case stale_gone: break;
+         case stale_custom: outcome.kept.append(sRel + " : user file no longer used by the model, kept"); break;
+         case stale_edited: outcome.kept.append(sRel + " : no longer generated but changed since the last export, kept"); break;
+         case stale_removable:
+            if (bKeepStale) { outcome.kept.append(sRel + " : no longer generated, kept (--keep-stale)"); newRecord.insert(sRel, oldRecord.value(sRel)); break; }
+            ++outcome.removed;
+            outcome.lines.append("D " + sRel);
+            if (bDryRun) { break; }
+            if (! QFile::remove(root.filePath(sRel))) { return zy::ZyBool(false, "cannot remove the stale file '" + QDir::toNativeSeparators(root.filePath(sRel)) + "'"); }
+            dropEmptiedFolders(sRoot, root.filePath(sRel));
+            break;
+      }
+   }
+   if (bDryRun) { return zy::ZyBool(true); }
+   return storage::export_record::write(db, plugin, sRoot, newRecord);
+}
+
+QString export_lifecycle::summary(const export_outcome & outcome, double dSeconds, bool bDryRun)
+{
+   const int iTotal = (outcome.written + outcome.unchanged + outcome.removed);
+   return QString::number(iTotal) + " files: " + QString::number(outcome.written) + (bDryRun ? " to write, " : " written, ") +
+          QString::number(outcome.unchanged) + " unchanged, " + QString::number(outcome.removed) + (bDryRun ? " to remove (" : " removed (") +
+          QString::number(dSeconds, 'f', 2) + " s)";
+}
+
+zy::ZyBool export_lifecycle::unifiedDiff(const QString & relPath, const QString & oldText, const QString & newText,
+                                         const QString & ignoredLine, QString & result)
+{
+   QTemporaryFile oldFile, newFile;
+   if (! oldFile.open() || ! newFile.open()) { return zy::ZyBool(false, "cannot create a temporary file for the diff"); }
+   oldFile.write(oldText.toUtf8());
+   newFile.write(newText.toUtf8());
+   oldFile.flush();
+   newFile.flush();
+   QStringList args { "-u", "--label", "a/" + relPath, "--label", "b/" + relPath };
+   if (! ignoredLine.isEmpty()) { args << "-I" << ignoredLine; }
+   args << oldFile.fileName() << newFile.fileName();
+   QProcess diff;
+   diff.start("diff", args);
+   if (! diff.waitForStarted()) { return zy::ZyBool(false, "cannot run 'diff' (install diffutils) : " + diff.errorString()); }
+   diff.closeWriteChannel();
+   if (! diff.waitForFinished(-1)) { return zy::ZyBool(false, "'diff' did not finish : " + diff.errorString()); }
+   // 0: the same, 1: different, anything else: trouble.
+   if ((diff.exitStatus() != QProcess::NormalExit) || (diff.exitCode() > 1))
+   { return zy::ZyBool(false, "'diff' failed : " + QString::fromLocal8Bit(diff.readAllStandardError())); }
+   result = QString::fromUtf8(diff.readAllStandardOutput());
+   return zy::ZyBool(true);
+}
+
+} // namespace app

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include "zy/ZyBool.h"
+
+namespace plugin { class export_files; }
+
+namespace app {
+
+// What one export did (or would do) to its directory, as the host tells the user.
+struct export_outcome
+{
+   int written = 0;
+   int unchanged = 0;
+   int removed = 0;
+   // "A path", "M path", "D path" and, for unchanged files, "  path" (paths relative to the
+   // export directory), in the order the files were reported, removed ones last.
+   QStringList lines;
+   // Recorded files kept although the export no longer produces them, with the reason.
+   QStringList kept;
+
+   bool upToDate() const { return ((written == 0) && (removed == 0)); }
+};
+
+// The host's side of an export's life cycle, shared by both hosts: compares the files a plug-in
+// reported with the record of its last export into the same directory, removes the stale ones
+// and records the new set in the project file.
+class export_lifecycle
+{
+public:
+   // After a complete export (or dry run) of plugin: fills outcome; unless bDryRun removes the
+   // stale files (not with bKeepStale) and writes the new record.
+   static zy::ZyBool finish(const QString & plugin, const plugin::export_files & files, bool bDryRun, bool bKeepStale,
+                            export_outcome & outcome);
+   // "50 files: 3 written, 45 unchanged, 2 removed (0.12 s)".
+   static QString summary(const export_outcome & outcome, double dSeconds, bool bDryRun);
+   // The unified diff of a file's former and new text from the system's diff; the lines
+   // matching ignoredLine (a dated banner) count as no change.
+   static zy::ZyBool unifiedDiff(const QString & relPath, const QString & oldText, const QString & newText,
+                                 const QString & ignoredLine, QString & result);
+};
+
+} // namespace app

@@ -1,0 +1,46 @@
+#include "gui/plugin/export_files.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+
+namespace plugin {
+
+void export_files::begin(const QString & root, const QString & ignoredLine)
+{
+   m_sRoot = QDir(root).absolutePath();
+   m_sIgnoredLine = ignoredLine;
+   m_lstFiles.clear();
+}
+
+bool export_files::report(const QString & path, bool bExists, const QString & oldText, const QString & newText, bool bSame)
+{
+   file f;
+   f.path = QDir::cleanPath(path);
+   f.status = bSame ? status_unchanged : (bExists ? status_changed : status_created);
+   // An unchanged file keeps its former text (and banner) on disk.
+   f.hash = hashOf((f.status == status_unchanged) ? oldText : newText);
+   if (m_bKeepTexts && (f.status != status_unchanged)) { f.oldText = oldText; f.newText = newText; }
+   m_lstFiles.append(f);
+   return ((f.status != status_unchanged) && ! m_bDryRun);
+}
+
+void export_files::reportKept(const QString & path)
+{
+   file f;
+   f.path = QDir::cleanPath(path);
+   m_lstFiles.append(f);
+}
+
+void export_files::clear()
+{
+   m_sRoot.clear();
+   m_sIgnoredLine.clear();
+   m_lstFiles.clear();
+}
+
+QByteArray export_files::hashOf(const QString & text)
+{
+   return QCryptographicHash::hash(text.toUtf8(), QCryptographicHash::Sha1).toHex();
+}
+
+} // namespace plugin

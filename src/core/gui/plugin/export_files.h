@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+#include "tavrelgui_export.h"
+
+namespace plugin {
+
+// What an export plug-in tells the host about every file it generates, before writing it. The
+// host hands one to the plug-in (export_interface::setExportFiles); a plug-in that was given
+// none writes as it always did. In a dry run the plug-in reports and writes nothing.
+class TAVRELGUI_EXPORT export_files
+{
+public:
+   enum file_status { status_unchanged = 0, status_created = 1, status_changed = 2 };
+
+   struct file
+   {
+      QString path;          // absolute
+      file_status status = status_unchanged;
+      QByteArray hash;       // of the text on disk once the export is over
+      QString oldText;       // kept only when texts are asked for
+      QString newText;
+   };
+
+private:
+   bool m_bDryRun = false;
+   bool m_bKeepTexts = false;
+   QString m_sRoot;
+   QString m_sIgnoredLine;
+   QList<file> m_lstFiles;
+
+public:
+   void setDryRun(bool b) { m_bDryRun = b; }
+   bool isDryRun() const { return m_bDryRun; }
+   // Keeps the former and the new text of every created or changed file (for a diff).
+   void setKeepTexts(bool b) { m_bKeepTexts = b; }
+
+   // Called by the plug-in when it starts writing into root. ignoredLine is a regular expression
+   // of the lines its rewrite rule does not count as a change (a dated banner), or empty.
+   void begin(const QString & root, const QString & ignoredLine);
+   QString root() const { return m_sRoot; }
+   QString ignoredLine() const { return m_sIgnoredLine; }
+
+   // One generated file: its text on disk (empty when absent), the text generated, and whether
+   // the plug-in takes them as the same. Returns true when the plug-in should write the file.
+   bool report(const QString & path, bool bExists, const QString & oldText, const QString & newText, bool bSame);
+
+   // A file the export still produces but leaves to the user once it exists (no hash).
+   void reportKept(const QString & path);
+
+   const QList<file> & files() const { return m_lstFiles; }
+   void clear();
+
+   // The hash recorded for a file's text (the same whoever computes it).
+   static QByteArray hashOf(const QString & text);
+};
+
+} // namespace plugin

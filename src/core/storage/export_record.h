@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QSqlDatabase>
+#include <QString>
+
+#include "tavrelcore_export.h"
+#include "zy/ZyBool.h"
+
+namespace storage {
+
+// The files the last export of a plug-in generated into a directory, with a hash of the text it
+// left there; kept in the project file (table "t_export_file") so that the export directory
+// holds only what the generator writes.
+class TAVRELCORE_EXPORT export_record
+{
+public:
+   // Relative path (with '/') to the hash of its text.
+   typedef QHash<QString, QByteArray> files;
+
+   // The record of plug-in into exportDir (absolute); empty when there is none.
+   static zy::ZyBool read(QSqlDatabase & db, const QString & plugin, const QString & exportDir, files & result);
+   // Replaces the record of plug-in into exportDir in one transaction.
+   static zy::ZyBool write(QSqlDatabase & db, const QString & plugin, const QString & exportDir, const files & record);
+};
+
+} // namespace storage
