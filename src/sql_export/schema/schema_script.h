@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QString>
+
+#include "sql_export/schema/schema_model.h"
+
+namespace sql_export {
+
+// The text of a schema script: tables before the keys that point at them, keys of a cycle added
+// at the end, the whole in one transaction where the database allows it.
+class schema_script
+{
+public:
+   static QString write(const sql_schema & schema, const sql_dialect & dialect, const QString & sProjectName);
+   // CREATE TABLE with its indexes and comments; keys to tables outside lstInline are left out.
+   static QString createTable(const sql_table & table, const sql_dialect & dialect, const QStringList & lstInline);
+   // The tables in the order they are created: each after those it points at, cycles broken in
+   // model order.
+   static QList<int> creationOrder(const sql_schema & schema);
+   // Text that fits in a line comment.
+   static QString commentText(const QString & s);
+};
+
+} // namespace sql_export
