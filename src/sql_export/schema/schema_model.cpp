@@ -2,6 +2,8 @@
 
 #include <QSet>
 
+#include <algorithm>
+
 #include "model/entity.h"
 #include "model/project.h"
 #include "model/property.h"
@@ -112,11 +114,13 @@ QString schema_builder::columnName(const model::property & property)
    const QString sColumn = (property.getColumnName().isEmpty() ? property.getName() : property.getColumnName());
    const model::relationship_ptr pRelation = property.getRelation();
    if (! pRelation) { return sColumn; }
+   // The key's column is the relation's foreign key, as the import reads it back, unless the
+   // model names a column; a one-to-one relation without a foreign key shares the primary key.
+   const QString sKey = (property.getColumnName().isEmpty() ? pRelation->getForeignKey() : property.getColumnName());
    switch (pRelation->getType())
    {
-      case model::relationship::many_to_one: return sColumn;
-      // A one-to-one relation has a column only when the model names its foreign key.
-      case model::relationship::one_to_one: return pRelation->getForeignKey();
+      case model::relationship::many_to_one: return (sKey.isEmpty() ? sColumn : sKey);
+      case model::relationship::one_to_one: return sKey;
       default: return QString();
    }
 }
@@ -126,7 +130,7 @@ sql_table schema_builder::tableOf(const model::entity & entity, const sql_dialec
    sql_table t;
    if (entity.isAbstract()) { return t; }
    t.sName = tableName(entity);
-   t.sComment = entity.getDescription();
+   if (options.bComments) { t.sComment = entity.getDescription(); }
    const model::list_of_property lst = entity.getListOfProperty(true, true, options.bIncludeObsolete);
    QSet<QString> setColumns;
    for (const model::property_ptr & p : lst)
@@ -136,6 +140,7 @@ sql_table schema_builder::tableOf(const model::entity & entity, const sql_dialec
       if (sColumn.isEmpty() || setColumns.contains(sColumn)) { continue; }
       setColumns.insert(sColumn);
       addColumn(t, * p, dialect, lstWarnings);
+      if (! options.bComments) { t.lstColumns.last().sComment.clear(); }
    }
    const QString sSoftDelete = entity.getSoftDeleteColumn();
    if (! sSoftDelete.isEmpty() && ! setColumns.contains(sSoftDelete))
@@ -171,6 +176,8 @@ sql_schema schema_builder::build(const model::project & project, const sql_diale
          schema.lstTables.append(joinTable(pEntity, * pRelation, dialect, schema.lstWarnings));
       }
    }
+   // Sorted by name: a database read back lists its tables so, and the script stays the same.
+   std::stable_sort(schema.lstTables.begin(), schema.lstTables.end(), [](const sql_table & a, const sql_table & b) { return a.sName < b.sName; });
    return schema;
 }
 

@@ -38,13 +38,15 @@ struct sql_table
 
 struct sql_schema
 {
-   QList<sql_table> lstTables;   // in model order
+   QList<sql_table> lstTables;   // by table name
    QStringList lstWarnings;      // "Entity.property: ..."
 };
 
 struct schema_options
 {
    bool bIncludeObsolete = false;
+   // Descriptions as comments of tables and columns (a database read back has none).
+   bool bComments = true;
 };
 
 // The tables that the generated classes read and write, one per entity that is not abstract

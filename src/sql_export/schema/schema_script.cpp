@@ -94,7 +94,7 @@ QList<int> schema_script::creationOrder(const sql_schema & schema)
          }
          if (bReady) { iNext = i; }
       }
-      // Every table left waits for another: a cycle, broken at the first table of the model.
+      // Every table left waits for another: a cycle, broken at the first table by name.
       if (iNext < 0) { iNext = static_cast<int>(lstDone.indexOf(false)); }
       lstDone[iNext] = true;
       lstOrder.append(iNext);

@@ -14,8 +14,8 @@ public:
    static QString write(const sql_schema & schema, const sql_dialect & dialect, const QString & sProjectName);
    // CREATE TABLE with its indexes and comments; keys to tables outside lstInline are left out.
    static QString createTable(const sql_table & table, const sql_dialect & dialect, const QStringList & lstInline);
-   // The tables in the order they are created: each after those it points at, cycles broken in
-   // model order.
+   // The tables in the order they are created: each after those it points at, cycles broken at
+   // the first table by name.
    static QList<int> creationOrder(const sql_schema & schema);
    // Text that fits in a line comment.
    static QString commentText(const QString & s);
