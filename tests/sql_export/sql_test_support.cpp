@@ -6,7 +6,9 @@
 
 #include "db_import/db_importer.h"
 #include "db_import/ddl_loader.h"
+#include "model/entity.h"
 #include "model/project.h"
+#include "model/property.h"
 #include "sql_export/schema/schema_script.h"
 #include "storage/project_storage.h"
 #include "test_support.h"
@@ -23,6 +25,14 @@ model::project_ptr modelFromJson(const QByteArray & json)
 model::project_ptr exampleModel(const QString & sName)
 {
    return modelFromJson(test_support::readAll(test_support::examplePath(sName + ".json")));
+}
+
+void clearForcedTypes(model::project & project)
+{
+   for (const model::entity_ptr & pEntity : * project.getListOfAllEntities())
+   {
+      for (const model::property_ptr & p : pEntity->getOwnProperties()) { if (p) { p->setForceSqlType(QString()); } }
+   }
 }
 
 QString scriptOf(const model::project & project, sql_export::enum_dialect eDialect, bool bComments, QStringList * pWarnings)
