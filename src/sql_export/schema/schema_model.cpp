@@ -101,6 +101,29 @@ sql_table joinTable(const model::entity_ptr & pOwner, const model::relationship 
    return t;
 }
 
+// The properties in the order the generated registration lists them: ancestors first, each
+// class with its key, its data members, then its relations.
+model::list_of_property registeredProperties(const model::entity & entity, const schema_options & options)
+{
+   QList<const model::entity *> lstChain;
+   for (const model::entity * p = & entity; p; p = p->getParent().get()) { lstChain.prepend(p); }
+   model::list_of_property lstResult;
+   for (const model::entity * pEntity : lstChain)
+   {
+      const model::property_ptr pId = pEntity->getPropertyId(false);
+      // A key the model marks as not registered is no column of the classes either.
+      if (pId && ! pId->getMetaData("TAVREL_NO_ID").toBool()) { lstResult.append(pId); }
+      model::list_of_property lstRelations;
+      for (const model::property_ptr & p : pEntity->getOwnProperties())
+      {
+         if (! p || (p == pId) || (p->isObsolete() && ! options.bIncludeObsolete)) { continue; }
+         if (p->hasRelationship()) { lstRelations.append(p); } else { lstResult.append(p); }
+      }
+      lstResult += lstRelations;
+   }
+   return lstResult;
+}
+
 } // namespace
 
 QString schema_builder::tableName(const model::entity & entity)
@@ -114,13 +137,13 @@ QString schema_builder::columnName(const model::property & property)
    const QString sColumn = (property.getColumnName().isEmpty() ? property.getName() : property.getColumnName());
    const model::relationship_ptr pRelation = property.getRelation();
    if (! pRelation) { return sColumn; }
-   // The key's column is the relation's foreign key, as the import reads it back, unless the
-   // model names a column; a one-to-one relation without a foreign key shares the primary key.
-   const QString sKey = (property.getColumnName().isEmpty() ? pRelation->getForeignKey() : property.getColumnName());
+   // The generated classes read a relation's key from the column named like its data member; a
+   // one-to-one relation has one only when the model names its foreign key (else the two tables
+   // share the primary key).
    switch (pRelation->getType())
    {
-      case model::relationship::many_to_one: return (sKey.isEmpty() ? sColumn : sKey);
-      case model::relationship::one_to_one: return sKey;
+      case model::relationship::many_to_one: return sColumn;
+      case model::relationship::one_to_one: return (pRelation->getForeignKey().isEmpty() ? QString() : sColumn);
       default: return QString();
    }
 }
@@ -131,11 +154,9 @@ sql_table schema_builder::tableOf(const model::entity & entity, const sql_dialec
    if (entity.isAbstract()) { return t; }
    t.sName = tableName(entity);
    if (options.bComments) { t.sComment = entity.getDescription(); }
-   const model::list_of_property lst = entity.getListOfProperty(true, true, options.bIncludeObsolete);
    QSet<QString> setColumns;
-   for (const model::property_ptr & p : lst)
+   for (const model::property_ptr & p : registeredProperties(entity, options))
    {
-      if (! p) { continue; }
       const QString sColumn = columnName(* p);
       if (sColumn.isEmpty() || setColumns.contains(sColumn)) { continue; }
       setColumns.insert(sColumn);
