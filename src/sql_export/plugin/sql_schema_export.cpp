@@ -11,7 +11,6 @@
 #include "model/project.h"
 #include "sql_export/plugin/script_file.h"
 #include "sql_export/schema/schema_script.h"
-#include "zy/ZySession.h"
 
 namespace plugin {
 
@@ -96,22 +95,9 @@ QSqlError sql_schema_export::saveSettings()
 {
    if (! context::ctx_project::getProject()) { return QSqlError(); }
    context::ctx_scoped scope;
-   zy::ZySession session(* scope.database());
-   model::plugin_params::list_of_plugin_params lst;
-   auto add = [&](const char * key, const QVariant & value)
-   {
-      auto p = std::make_shared<model::plugin_params>();
-      p->setGuid(getGuid());
-      p->setParamKey(QString::fromLatin1(key));
-      p->setParamValue(value);
-      lst.insert(lst.count() + 1, p);
-   };
-   add(k_sKeyDialect, QVariant(m_sDialect));
-   add(k_sKeyPath, QVariant(m_sScriptPath));
-   add(k_sKeyObsolete, QVariant(m_bIncludeObsolete));
-   if (session.isValid()) { session += model::plugin_params::deleteByGuid(getGuid(), session.database()); }
-   if (session.isValid()) { session += model::plugin_params::insert(lst, session.database()); }
-   return session.firstError();
+   const model::plugin_params::list_of_values lst {
+      { k_sKeyDialect, QVariant(m_sDialect) }, { k_sKeyPath, QVariant(m_sScriptPath) }, { k_sKeyObsolete, QVariant(m_bIncludeObsolete) } };
+   return model::plugin_params::replaceByGuid(getGuid(), lst, scope.database());
 }
 
 void sql_schema_export::applyCommandLine()
