@@ -205,3 +205,22 @@ TEST(SqlSchema, SqliteRoundTripGivesTheSameScript)
       EXPECT_EQ(sql_test::scriptOf(* pBack, dialect_sqlite, false).toStdString(), sFirst.toStdString());
    }
 }
+
+TEST(SqlSchema, TablesComeAfterTheTablesTheyPointAt)
+{
+   const model::project_ptr pProject = sql_test::modelFromJson(R"({ "name": "ORDER", "entities": [
+      { "name": "Item", "table": "a_item", "properties": [ {"name": "id", "type": "long", "primary_key": true},
+        {"name": "box", "relation": {"kind": "many_to_one", "target": "Box"}} ] },
+      { "name": "Box", "table": "m_box", "properties": [ {"name": "id", "type": "long", "primary_key": true},
+        {"name": "owner", "relation": {"kind": "many_to_one", "target": "Owner"}} ] },
+      { "name": "Owner", "table": "z_owner", "properties": [ {"name": "id", "type": "long", "primary_key": true} ] } ] })");
+   ASSERT_TRUE(pProject);
+   const QString sScript = sql_test::scriptOf(* pProject, dialect_postgresql);
+   const int iOwner = sScript.indexOf("CREATE TABLE z_owner");
+   const int iBox = sScript.indexOf("CREATE TABLE m_box");
+   const int iItem = sScript.indexOf("CREATE TABLE a_item");
+   ASSERT_GE(iOwner, 0);
+   EXPECT_LT(iOwner, iBox);
+   EXPECT_LT(iBox, iItem);
+   EXPECT_FALSE(sScript.contains("ALTER TABLE"));
+}

@@ -2,6 +2,9 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QHash>
+
+#include <utility>
 
 #include "context/ctx_global.h"
 #include "context/ctx_project.h"
@@ -77,17 +80,13 @@ QSqlError sql_schema_export::loadSettings()
    if (! context::ctx_project::getProject()) { return QSqlError(); }
    context::ctx_scoped scope;
    model::plugin_params::list_of_plugin_params lst;
-   QSqlError err = model::plugin_params::fetchByGuid(getGuid(), lst, scope.database());
-   if (err.isValid()) { return err; }
-   for (const auto & item : lst)
-   {
-      const model::plugin_params_ptr & p = item.second;
-      if (! p) { continue; }
-      const QString key = p->getParamKey();
-      if (key == k_sKeyDialect) { m_sDialect = p->getParamValue().toString(); }
-      else if (key == k_sKeyPath) { m_sScriptPath = p->getParamValue().toString(); }
-      else if (key == k_sKeyObsolete) { m_bIncludeObsolete = p->getParamValue().toBool(); }
-   }
+   const QSqlError err = model::plugin_params::fetchByGuid(getGuid(), lst, scope.database());
+   QHash<QString, QVariant> values;
+   for (const auto & item : lst) { if (item.second) { values.insert(item.second->getParamKey(), item.second->getParamValue()); } }
+   // A record that is missing leaves the setting as it is.
+   m_sDialect = values.value(k_sKeyDialect, m_sDialect).toString();
+   m_sScriptPath = values.value(k_sKeyPath, m_sScriptPath).toString();
+   m_bIncludeObsolete = values.value(k_sKeyObsolete, m_bIncludeObsolete).toBool();
    return err;
 }
 
@@ -102,12 +101,12 @@ QSqlError sql_schema_export::saveSettings()
 
 void sql_schema_export::applyCommandLine()
 {
-   view::main_wnd * pMainWnd = context::ctx_global::getMainWnd();
-   if (! s_bFirstExport || ! pMainWnd) { return; }
-   s_bFirstExport = false;
-   const QString sDialect = firstArg(pMainWnd->getAppArg("--TavrelSqlExport_dialect"));
-   const QString sPath = firstArg(pMainWnd->getAppArg("--TavrelSqlExport_path"));
-   const QString sObsolete = firstArg(pMainWnd->getAppArg("--TavrelSqlExport_include_obsolete"));
+   const view::main_wnd * pMainWnd = context::ctx_global::getMainWnd();
+   if (! pMainWnd || ! std::exchange(s_bFirstExport, false)) { return; }
+   auto value = [pMainWnd](const char * sName) { return firstArg(pMainWnd->getAppArg(QLatin1String("--TavrelSqlExport_") + QLatin1String(sName))); };
+   const QString sDialect = value("dialect");
+   const QString sPath = value("path");
+   const QString sObsolete = value("include_obsolete");
    if (! sDialect.isEmpty()) { m_sDialect = sDialect; }
    if (! sPath.isEmpty()) { m_sScriptPath = sPath; }
    if (! sObsolete.isEmpty()) { m_bIncludeObsolete = (sObsolete == "1"); }

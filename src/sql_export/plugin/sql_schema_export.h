@@ -34,19 +34,21 @@ public:
    static void setFirstExport(bool b);
 
 public Q_SLOTS:
-   QString getGuid() const override;
+   // Identity, as "tavrel plugins" lists it.
    QString getName() const override;
+   QString getGuid() const override;
+   QString getVersion() const override;
    QString getShortDesc() const override;
    QString getDescription() const override;
-   QString getVersion() const override;
    QString getCommandLineInfos() const override;
-   QIcon getIcon() const override;
    QIcon getIconSettings() const override;
+   QIcon getIcon() const override;
+   // Settings, kept in the project.
+   QSqlError loadSettings() override;
+   QSqlError saveSettings() override;
+   void clearSettings() override;
    bool hasSettings() const override;
    bool showSettings() override;
-   QSqlError saveSettings() override;
-   QSqlError loadSettings() override;
-   void clearSettings() override;
    QWidget * getPreviewWidget() override;
    zy::ZyBool exportProject(model::project & project) override;
 

@@ -1,6 +1,11 @@
 #include "sql_export/schema/schema_script.h"
 
+#include <QHash>
 #include <QSet>
+
+#include <functional>
+#include <queue>
+#include <vector>
 
 namespace sql_export {
 
@@ -55,7 +60,7 @@ QString schema_script::commentText(const QString & s)
    return r;
 }
 
-QString schema_script::createTable(const sql_table & t, const sql_dialect & d, const QStringList & lstInline)
+QString schema_script::createTable(const sql_table & t, const sql_dialect & d, const QSet<QString> & setInline, bool bAllInline)
 {
    QStringList lstLines;
    for (const sql_column & c : t.lstColumns) { lstLines.append(columnLine(c, d)); }
@@ -67,7 +72,7 @@ QString schema_script::createTable(const sql_table & t, const sql_dialect & d, c
    }
    for (const sql_foreign_key & k : t.lstForeignKeys)
    {
-      if (lstInline.contains(k.sTargetTable)) { lstLines.append("   " + foreignKeyClause(t, k, d)); }
+      if (bAllInline || setInline.contains(k.sTargetTable)) { lstLines.append("   " + foreignKeyClause(t, k, d)); }
    }
    QString s = "CREATE TABLE " + d.quote(t.sName) + " (\n" + lstLines.join(",\n") + "\n)";
    if ((d.kind() == dialect_mariadb) && ! t.sComment.isEmpty()) { s += " COMMENT=" + d.literal(t.sComment); }
@@ -76,29 +81,36 @@ QString schema_script::createTable(const sql_table & t, const sql_dialect & d, c
 
 QList<int> schema_script::creationOrder(const sql_schema & schema)
 {
+   const qsizetype n = schema.lstTables.size();
+   QHash<QString, int> hashIndex;
+   for (int i = 0; i < n; ++i) { hashIndex.insert(schema.lstTables.at(i).sName, i); }
+   // How many other tables each one waits for, and who waits for it.
+   std::vector<int> lstWaiting(n, 0);
+   std::vector<std::vector<int> > lstWaiters(n);
+   for (int i = 0; i < n; ++i)
+   {
+      QSet<int> setTargets;
+      for (const sql_foreign_key & k : schema.lstTables.at(i).lstForeignKeys)
+      {
+         const int iTarget = hashIndex.value(k.sTargetTable, -1);
+         if ((iTarget >= 0) && (iTarget != i) && ! setTargets.contains(iTarget)) { setTargets.insert(iTarget); lstWaiters[iTarget].push_back(i); }
+      }
+      lstWaiting[i] = int(setTargets.size());
+   }
+   // The ready table first by name; when none is ready, a cycle is broken at the first left.
+   std::priority_queue<int, std::vector<int>, std::greater<int> > ready;
+   for (int i = 0; i < n; ++i) { if (lstWaiting[i] == 0) { ready.push(i); } }
+   std::vector<bool> lstDone(n, false);
    QList<int> lstOrder;
-   QSet<QString> setCreated;
-   QSet<QString> setAll;
-   for (const sql_table & t : schema.lstTables) { setAll.insert(t.sName); }
-   QList<bool> lstDone(schema.lstTables.size(), false);
-   while (lstOrder.size() < schema.lstTables.size())
+   int iFirstLeft = 0;
+   while (lstOrder.size() < n)
    {
       int iNext = -1;
-      for (int i = 0; (i < schema.lstTables.size()) && (iNext < 0); ++i)
-      {
-         if (lstDone.at(i)) { continue; }
-         bool bReady = true;
-         for (const sql_foreign_key & k : schema.lstTables.at(i).lstForeignKeys)
-         {
-            if ((k.sTargetTable != schema.lstTables.at(i).sName) && setAll.contains(k.sTargetTable) && ! setCreated.contains(k.sTargetTable)) { bReady = false; }
-         }
-         if (bReady) { iNext = i; }
-      }
-      // Every table left waits for another: a cycle, broken at the first table by name.
-      if (iNext < 0) { iNext = static_cast<int>(lstDone.indexOf(false)); }
+      while (! ready.empty() && (iNext < 0)) { iNext = ready.top(); ready.pop(); if (lstDone[iNext]) { iNext = -1; } }
+      if (iNext < 0) { while (lstDone[iFirstLeft]) { ++iFirstLeft; } iNext = iFirstLeft; }
       lstDone[iNext] = true;
       lstOrder.append(iNext);
-      setCreated.insert(schema.lstTables.at(iNext).sName);
+      for (int w : lstWaiters[iNext]) { if (! lstDone[w] && (--lstWaiting[w] == 0)) { ready.push(w); } }
    }
    return lstOrder;
 }
@@ -109,19 +121,18 @@ QString schema_script::write(const sql_schema & schema, const sql_dialect & d, c
    // MariaDB commits each CREATE on its own: a transaction would promise what it cannot keep.
    const bool bTransaction = (d.kind() != dialect_mariadb);
    s += (bTransaction ? QString("BEGIN;\n") : QString("-- MariaDB cannot run a schema change in one transaction\n"));
-   QStringList lstCreated;
+   QSet<QString> setCreated;
    QString sLater;
+   // SQLite checks a key's target when rows are written, not when the table is made.
+   const bool bAllInline = (d.kind() == dialect_sqlite);
    for (int i : creationOrder(schema))
    {
       const sql_table & t = schema.lstTables.at(i);
-      lstCreated.append(t.sName);
-      // SQLite checks a key's target when rows are written, not when the table is made.
-      QStringList lstInline = lstCreated;
-      if (d.kind() == dialect_sqlite) { for (const sql_table & o : schema.lstTables) { lstInline.append(o.sName); } }
-      s += '\n' + createTable(t, d, lstInline);
+      setCreated.insert(t.sName);
+      s += '\n' + createTable(t, d, setCreated, bAllInline);
       for (const sql_foreign_key & k : t.lstForeignKeys)
       {
-         if (! lstInline.contains(k.sTargetTable)) { sLater += "ALTER TABLE " + d.quote(t.sName) + " ADD " + foreignKeyClause(t, k, d) + ";\n"; }
+         if (! bAllInline && ! setCreated.contains(k.sTargetTable)) { sLater += "ALTER TABLE " + d.quote(t.sName) + " ADD " + foreignKeyClause(t, k, d) + ";\n"; }
       }
    }
    if (! sLater.isEmpty()) { s += '\n' + sLater; }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QSet>
 #include <QString>
 
 #include "sql_export/schema/schema_model.h"
@@ -12,8 +13,9 @@ class schema_script
 {
 public:
    static QString write(const sql_schema & schema, const sql_dialect & dialect, const QString & sProjectName);
-   // CREATE TABLE with its indexes and comments; keys to tables outside lstInline are left out.
-   static QString createTable(const sql_table & table, const sql_dialect & dialect, const QStringList & lstInline);
+   // CREATE TABLE with its indexes and comments; keys to tables outside setInline are left out,
+   // unless bAllInline.
+   static QString createTable(const sql_table & table, const sql_dialect & dialect, const QSet<QString> & setInline, bool bAllInline = false);
    // The tables in the order they are created: each after those it points at, cycles broken at
    // the first table by name.
    static QList<int> creationOrder(const sql_schema & schema);
