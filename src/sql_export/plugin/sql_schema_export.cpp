@@ -1,5 +1,6 @@
 #include "sql_export/plugin/sql_schema_export.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QHash>
@@ -14,6 +15,8 @@
 #include "model/project.h"
 #include "sql_export/plugin/script_file.h"
 #include "sql_export/schema/schema_script.h"
+#include "sql_export/view/sql_export_preview.h"
+#include "sql_export/view/sql_export_settings.h"
 
 namespace plugin {
 
@@ -31,7 +34,7 @@ QString firstArg(const QStringList & lst) { return (lst.isEmpty() ? QString() : 
 } // namespace
 
 sql_schema_export::sql_schema_export(QObject * parent) : export_interface(parent) { ; }
-sql_schema_export::~sql_schema_export() { ; }
+sql_schema_export::~sql_schema_export() { resetPreviewWidget(); }
 
 bool sql_schema_export::isFirstExport() { return s_bFirstExport; }
 void sql_schema_export::setFirstExport(bool b) { s_bFirstExport = b; }
@@ -43,9 +46,45 @@ QString sql_schema_export::getDescription() const { return QStringLiteral("This 
 QString sql_schema_export::getVersion() const { return QStringLiteral("1.0.0"); }
 QIcon sql_schema_export::getIcon() const { return QIcon(); }
 QIcon sql_schema_export::getIconSettings() const { return getIcon(); }
-bool sql_schema_export::hasSettings() const { return false; }
-bool sql_schema_export::showSettings() { return false; }
-QWidget * sql_schema_export::getPreviewWidget() { return nullptr; }
+bool sql_schema_export::hasSettings() const { return true; }
+
+bool sql_schema_export::showSettings()
+{
+   view::sql_export_settings dlg(context::ctx_global::getMainWnd());
+   dlg.setPlugin(this);
+   const bool bAccepted = (dlg.exec() != 0);
+   if (bAccepted && m_pPreviewWidget) { m_pPreviewWidget->setDialect(m_sDialect); }
+   return bAccepted;
+}
+
+QWidget * sql_schema_export::getPreviewWidget()
+{
+   if (m_bTerminated) { return nullptr; }
+   if (m_pPreviewWidget) { return m_pPreviewWidget; }
+   m_pPreviewWidget = new view::sql_export_preview();
+   m_pPreviewWidget->setWindowTitle(tr("SQL preview"));
+   m_pPreviewWidget->setDialect(m_sDialect);
+   return m_pPreviewWidget;
+}
+
+void sql_schema_export::resetPreviewWidget()
+{
+   // Plug-ins may be destroyed after the application object, when no widget may be touched.
+   if (! m_pPreviewWidget || ! QCoreApplication::instance()) { m_pPreviewWidget = nullptr; return; }
+   view::sql_export_preview * pWidget = m_pPreviewWidget;
+   if (view::main_wnd * pMainWnd = context::ctx_global::getMainWnd()) { QObject::disconnect(pMainWnd, nullptr, pWidget, nullptr); }
+   pWidget->setParent(nullptr);
+   pWidget->close();
+   pWidget->deleteLater();
+   m_pPreviewWidget = nullptr;
+}
+
+void sql_schema_export::terminate()
+{
+   export_interface::terminate();
+   resetPreviewWidget();
+   m_bTerminated = true;
+}
 
 QString sql_schema_export::getCommandLineInfos() const
 {

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <QPointer>
 #include <QString>
 
 #include "gui/plugin/export_interface.h"
+
+namespace view { class sql_export_preview; }
 
 namespace plugin {
 
@@ -15,6 +18,8 @@ class sql_schema_export : public export_interface
    QString m_sDialect = QStringLiteral("sqlite");
    QString m_sScriptPath;
    bool m_bIncludeObsolete = false;
+   QPointer<view::sql_export_preview> m_pPreviewWidget;
+   bool m_bTerminated = false;
 
 public:
    explicit sql_schema_export(QObject * parent = nullptr);
@@ -50,10 +55,12 @@ public Q_SLOTS:
    bool hasSettings() const override;
    bool showSettings() override;
    QWidget * getPreviewWidget() override;
+   void terminate() override;
    zy::ZyBool exportProject(model::project & project) override;
 
 protected:
    void applyCommandLine();
+   void resetPreviewWidget();
 };
 
 } // namespace plugin
