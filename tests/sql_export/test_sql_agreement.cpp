@@ -87,8 +87,11 @@ TEST(SqlAgreement, TablesHoldTheColumnsTheGeneratedClassesRegister)
    {
       QTemporaryDir dir;
       ASSERT_TRUE(dir.isValid());
-      const test_support::cli_result r = test_support::runTavrel({ "export", test_support::examplePath(sName + ".json"), "--plugin", "TavrelCppExport",
-         "--lumor-path=" + test_support::sourceDir() + "/tests/compile_check/lumor", "--TavrelCppExport_path=" + dir.path() });
+      // A copy: the program writes the project file beside the model it reads.
+      const QString sModel = dir.filePath(sName + ".json");
+      ASSERT_TRUE(test_support::writeAll(sModel, test_support::readAll(test_support::examplePath(sName + ".json"))));
+      const test_support::cli_result r = test_support::runTavrel({ "export", sModel, "--plugin", "TavrelCppExport",
+         "--lumor-path=" + test_support::sourceDir() + "/tests/compile_check/lumor", "--TavrelCppExport_path=" + dir.filePath("cpp") });
       ASSERT_EQ(r.code, 0) << r.err.toStdString();
       const model::project_ptr pProject = sql_test::exampleModel(sName);
       ASSERT_TRUE(pProject);
@@ -103,7 +106,7 @@ TEST(SqlAgreement, TablesHoldTheColumnsTheGeneratedClassesRegister)
             if (t.sName != sTable) { continue; }
             QStringList lstColumns;
             for (const sql_export::sql_column & c : t.lstColumns) { lstColumns.append(c.sName); }
-            EXPECT_EQ(lstColumns.join(' ').toStdString(), expectedColumns(dir.path(), pEntity).join(' ').toStdString()) << sTable.toStdString();
+            EXPECT_EQ(lstColumns.join(' ').toStdString(), expectedColumns(dir.filePath("cpp"), pEntity).join(' ').toStdString()) << sTable.toStdString();
             ++iCompared;
          }
       }
