@@ -6,6 +6,28 @@ namespace db_import {
 
 namespace {
 
+// MariaDB reports a text default with its own escapes ('a\\b', 'it\'s'); the mapping reads the
+// standard form, where only a doubled quote is escaped.
+QString standardLiteral(const QString & s)
+{
+   if ((s.size() < 2) || ! s.startsWith('\'') || ! s.endsWith('\'')) { return s; }
+   QString r;
+   for (qsizetype i = 1; i < s.size() - 1; ++i)
+   {
+      QChar c = s.at(i);
+      const bool bEscaped = ((c == '\\') && (i + 2 < s.size()));
+      if (bEscaped)
+      {
+         c = s.at(++i);
+         if (c == 'n') { c = '\n'; } else if (c == 't') { c = '\t'; } else if (c == 'r') { c = '\r'; } else if (c == '0') { c = QChar(0); }
+      }
+      // A quote doubled in the report stays one doubled quote.
+      else if ((c == '\'') && (i + 2 < s.size()) && (s.at(i + 1) == '\'')) { ++i; }
+      r += ((c == '\'') ? QString("''") : QString(c));
+   }
+   return '\'' + r + '\'';
+}
+
 const char * const k_sColumns =
    "SELECT c.TABLE_SCHEMA, c.TABLE_NAME, t.TABLE_TYPE, c.COLUMN_NAME, c.COLUMN_TYPE, c.IS_NULLABLE, c.COLUMN_DEFAULT "
    "FROM information_schema.COLUMNS c JOIN information_schema.TABLES t "
@@ -39,7 +61,7 @@ bool catalog_reader::readMariadb(const QSqlDatabase & database, const QStringLis
       setDeclaredType(c, q.value(4).toString());
       c.bNotNull = (q.value(5).toString() == "NO");
       // "NULL" is how the catalog writes a null default; a text default comes quoted.
-      if (! q.value(6).isNull() && (q.value(6).toString() != "NULL")) { c.sDefault = q.value(6).toString(); }
+      if (! q.value(6).isNull() && (q.value(6).toString() != "NULL")) { c.sDefault = standardLiteral(q.value(6).toString()); }
       t.lstColumns.append(c);
    }
    return readMariadbKeys(q, sSchemas, catalog, sError);

@@ -183,6 +183,8 @@ void model_mapper::addManyToOne(const db_table & table, const model::entity_ptr 
    const model::entity_ptr pTarget = targetOf(key);
    const QString sRelation = styledPropertyName(name_rules::relationBase(column.sName));
    model::property_ptr p = addRelation(pEntity, sRelation, model::relationship::many_to_one, pTarget, column.sName);
+   // The generated classes read the key from the column named like the data member.
+   if (p->getName() != column.sName) { p->setColumnName(column.sName); }
    if (column.bNotNull) { p->setAllowNull(false); }
    if (m_options.bInverse) { m_lstInverses.append(pending_inverse { & table, pEntity, & key, p->getName() }); }
 }

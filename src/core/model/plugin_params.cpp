@@ -4,6 +4,8 @@
 #include <QDataStream>
 #include <QSqlQuery>
 
+#include "zy/ZySession.h"
+
 namespace model {
 
 namespace {
@@ -153,6 +155,24 @@ QSqlError plugin_params::insert(list_of_plugin_params & items, QSqlDatabase * pD
       item.second->setId(lstNewIds.at(i++));
    }
    return QSqlError();
+}
+
+QSqlError plugin_params::replaceByGuid(const QString & guid, const list_of_values & values, QSqlDatabase * pDatabase)
+{
+   if (! pDatabase) { return deleteByGuid(guid, pDatabase); }
+   zy::ZySession session(* pDatabase);
+   list_of_plugin_params lst;
+   for (const auto & value : values)
+   {
+      auto p = std::make_shared<plugin_params>();
+      p->setGuid(guid);
+      p->setParamKey(value.first);
+      p->setParamValue(value.second);
+      lst.insert(lst.count() + 1, p);
+   }
+   if (session.isValid()) { session += deleteByGuid(guid, session.database()); }
+   if (session.isValid()) { session += insert(lst, session.database()); }
+   return session.firstError();
 }
 
 } // namespace model

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QSqlDatabase>
+#include <QList>
+#include <QPair>
 #include <QSqlError>
 #include <QString>
 #include <QVariant>
@@ -36,6 +38,11 @@ public:
    static QSqlError fetchByGuid(const QString & guid, list_of_plugin_params & result, QSqlDatabase * pDatabase);
    static QSqlError deleteByGuid(const QString & guid, QSqlDatabase * pDatabase);
    static QSqlError insert(list_of_plugin_params & items, QSqlDatabase * pDatabase);
+
+   // A plug-in's settings as key and value, in the order their records are written.
+   typedef QList<QPair<QString, QVariant> > list_of_values;
+   // Replaces every record of the plug-in by these in one session: all or nothing is kept.
+   static QSqlError replaceByGuid(const QString & guid, const list_of_values & values, QSqlDatabase * pDatabase);
 };
 
 } // namespace model

@@ -16,7 +16,6 @@
 #include "cpp_export/view/cpp_export_preview.h"
 #include "cpp_export/view/cpp_export_settings.h"
 #include "gui/view/main_wnd.h"
-#include "zy/ZySession.h"
 
 namespace plugin {
 
@@ -188,29 +187,16 @@ QSqlError cpp_export::saveSettings()
    tools::wait_cursor wait;
    if (! context::ctx_project::getProject()) { return QSqlError(); }
    context::ctx_scoped scope;
-   zy::ZySession session(* scope.database());
-
-   model::plugin_params::list_of_plugin_params lst;
-   auto add = [&](const char * key, const QVariant & value)
-   {
-      auto p = std::make_shared<model::plugin_params>();
-      p->setGuid(getGuid());
-      p->setParamKey(QString::fromLatin1(key));
-      p->setParamValue(value);
-      lst.insert(lst.count() + 1, p);
-   };
-   add(k_sKeyPath, QVariant(m_sCppExportPath));
-   add(k_sKeyTemplate, QVariant(static_cast<qint32>(m_eCppTemplate)));
-   add(k_sKeyHeader, QVariant(m_sCustomCppTemplate_HPP));
-   add(k_sKeySource, QVariant(m_sCustomCppTemplate_CPP));
-   add(k_sKeyRelative, QVariant(m_bRelativePathLumor));
-   add(k_sKeyCustomFiles, QVariant(m_bGenerateCustomFiles));
-   add(k_sKeyPImpl, QVariant(m_bPImpl));
-   add(k_sKeyScript, QVariant(m_sCustomScriptFile));
-
-   if (session.isValid()) { session += model::plugin_params::deleteByGuid(getGuid(), session.database()); }
-   if (session.isValid()) { session += model::plugin_params::insert(lst, session.database()); }
-   return session.firstError();
+   const model::plugin_params::list_of_values lst {
+      { k_sKeyPath, QVariant(m_sCppExportPath) },
+      { k_sKeyTemplate, QVariant(static_cast<qint32>(m_eCppTemplate)) },
+      { k_sKeyHeader, QVariant(m_sCustomCppTemplate_HPP) },
+      { k_sKeySource, QVariant(m_sCustomCppTemplate_CPP) },
+      { k_sKeyRelative, QVariant(m_bRelativePathLumor) },
+      { k_sKeyCustomFiles, QVariant(m_bGenerateCustomFiles) },
+      { k_sKeyPImpl, QVariant(m_bPImpl) },
+      { k_sKeyScript, QVariant(m_sCustomScriptFile) } };
+   return model::plugin_params::replaceByGuid(getGuid(), lst, scope.database());
 }
 
 void cpp_export::applyCommandLine()

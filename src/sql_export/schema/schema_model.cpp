@@ -1,0 +1,205 @@
+#include "sql_export/schema/schema_model.h"
+
+#include <QSet>
+
+#include <algorithm>
+
+#include "model/entity.h"
+#include "model/project.h"
+#include "model/property.h"
+#include "model/property_type.h"
+#include "model/relationship.h"
+#include "sql_export/schema/sql_types.h"
+
+namespace sql_export {
+
+namespace {
+
+QString cppTypeOf(const model::property & p)
+{
+   const model::property_type_ptr pType = p.getType();
+   if (! pType) { return QString(); }
+   // An enumeration is stored as its number.
+   if (pType->getEnumeration() || ! p.getEnumerationKey().isEmpty()) { return QStringLiteral("int"); }
+   if (pType->getCollection() != model::property_type::collection_none) { return pType->getTypeText(); }
+   return pType->getPrimitiveType();
+}
+
+QString entityLabel(const model::property & p)
+{
+   const model::entity_ptr pEntity = p.getEntity();
+   return (pEntity ? pEntity->getName() : QString()) + '.' + p.getName();
+}
+
+// The type of a column, and a warning naming the property when its type has no SQL form.
+QString columnType(const model::property & p, const sql_dialect & dialect, bool bKeyed, QStringList & lstWarnings)
+{
+   if (! p.getForceSqlType().isEmpty()) { return p.getForceSqlType(); }
+   const QString sCpp = cppTypeOf(p);
+   const sql_types::result r = sql_types::map(dialect, sCpp, p.getMaxLength().toInt(), bKeyed);
+   if (! r.bKnown) { lstWarnings.append(QString("%1: type '%2' has no SQL mapping, written as text").arg(entityLabel(p), sCpp)); }
+   return r.sType;
+}
+
+model::property_ptr keyOf(const model::entity_ptr & pEntity)
+{
+   return (pEntity ? pEntity->getPropertyId(true) : model::property_ptr());
+}
+
+// The key column of a foreign key: its type follows the primary key it points to.
+void addKeyColumn(sql_table & table, const model::property & p, const QString & sColumn, const model::entity_ptr & pTarget,
+                  const sql_dialect & dialect, QStringList & lstWarnings)
+{
+   const model::property_ptr pTargetKey = keyOf(pTarget);
+   sql_column c;
+   c.sName = sColumn;
+   c.sType = (pTargetKey ? columnType(* pTargetKey, dialect, true, lstWarnings) : sql_types::map(dialect, "long", 0, true).sType);
+   c.bNotNull = ! p.getAllowNull();
+   c.bIndex = p.isIndex();
+   c.sComment = p.getDescription();
+   table.lstColumns.append(c);
+   if (pTarget && ! pTarget->isAbstract() && pTargetKey)
+   { table.lstForeignKeys.append(sql_foreign_key { sColumn, schema_builder::tableName(* pTarget), schema_builder::columnName(* pTargetKey) }); }
+}
+
+void addColumn(sql_table & table, const model::property & p, const sql_dialect & dialect, QStringList & lstWarnings)
+{
+   const QString sColumn = schema_builder::columnName(p);
+   if (sColumn.isEmpty()) { return; }
+   if (const model::relationship_ptr pRelation = p.getRelation())
+   { addKeyColumn(table, p, sColumn, pRelation->getEntityTarget(), dialect, lstWarnings); return; }
+   sql_column c;
+   c.sName = sColumn;
+   c.sType = columnType(p, dialect, p.isPrimaryKey() || p.getUnique() || p.isIndex(), lstWarnings);
+   c.bNotNull = (p.isPrimaryKey() || ! p.getAllowNull());
+   c.bUnique = (p.getUnique() && ! p.isPrimaryKey());
+   c.bIndex = p.isIndex();
+   if (p.getType()) { c.sDefault = sql_types::defaultLiteral(dialect, cppTypeOf(p), p.getType()->getDefaultValue()); }
+   c.sComment = p.getDescription();
+   table.lstColumns.append(c);
+   if (p.isPrimaryKey()) { table.lstPrimaryKey.append(sColumn); }
+}
+
+// The join table of a many-to-many relation: both keys, together the primary key.
+sql_table joinTable(const model::entity_ptr & pOwner, const model::relationship & r, const sql_dialect & dialect, QStringList & lstWarnings)
+{
+   sql_table t;
+   t.sName = r.getExtraTable();
+   const QList<QPair<QString, model::entity_ptr> > lstKeys { { r.getForeignKey(), pOwner }, { r.getForeignKeyOwner(), r.getEntityTarget() } };
+   for (const auto & k : lstKeys)
+   {
+      const model::property_ptr pKey = keyOf(k.second);
+      sql_column c;
+      c.sName = k.first;
+      c.sType = (pKey ? columnType(* pKey, dialect, true, lstWarnings) : sql_types::map(dialect, "long", 0, true).sType);
+      c.bNotNull = true;
+      t.lstColumns.append(c);
+      t.lstPrimaryKey.append(k.first);
+      if (k.second && ! k.second->isAbstract() && pKey)
+      { t.lstForeignKeys.append(sql_foreign_key { k.first, schema_builder::tableName(* k.second), schema_builder::columnName(* pKey) }); }
+   }
+   return t;
+}
+
+// The properties in the order the generated registration lists them: ancestors first, each
+// class with its key, its data members, then its relations.
+model::list_of_property registeredProperties(const model::entity & entity, const schema_options & options)
+{
+   QList<const model::entity *> lstChain;
+   for (const model::entity * p = & entity; p; p = p->getParent().get()) { lstChain.prepend(p); }
+   model::list_of_property lstResult;
+   for (const model::entity * pEntity : lstChain)
+   {
+      const model::property_ptr pId = pEntity->getPropertyId(false);
+      // A key the model marks as not registered is no column of the classes either.
+      if (pId && ! pId->getMetaData("TAVREL_NO_ID").toBool()) { lstResult.append(pId); }
+      model::list_of_property lstRelations;
+      for (const model::property_ptr & p : pEntity->getOwnProperties())
+      {
+         if (! p || (p == pId) || (p->isObsolete() && ! options.bIncludeObsolete)) { continue; }
+         if (p->hasRelationship()) { lstRelations.append(p); } else { lstResult.append(p); }
+      }
+      lstResult += lstRelations;
+   }
+   return lstResult;
+}
+
+} // namespace
+
+QString schema_builder::tableName(const model::entity & entity)
+{
+   return (entity.getTableName().isEmpty() ? entity.getName() : entity.getTableName());
+}
+
+QString schema_builder::columnName(const model::property & property)
+{
+   if (property.isTransient()) { return QString(); }
+   const QString sColumn = (property.getColumnName().isEmpty() ? property.getName() : property.getColumnName());
+   const model::relationship_ptr pRelation = property.getRelation();
+   if (! pRelation) { return sColumn; }
+   // The generated classes read a relation's key from the column named like its data member; a
+   // one-to-one relation has one only when the model names its foreign key (else the two tables
+   // share the primary key).
+   switch (pRelation->getType())
+   {
+      case model::relationship::many_to_one: return sColumn;
+      case model::relationship::one_to_one: return (pRelation->getForeignKey().isEmpty() ? QString() : sColumn);
+      default: return QString();
+   }
+}
+
+sql_table schema_builder::tableOf(const model::entity & entity, const sql_dialect & dialect, const schema_options & options, QStringList & lstWarnings)
+{
+   sql_table t;
+   if (entity.isAbstract()) { return t; }
+   t.sName = tableName(entity);
+   if (options.bComments) { t.sComment = entity.getDescription(); }
+   QSet<QString> setColumns;
+   for (const model::property_ptr & p : registeredProperties(entity, options))
+   {
+      const QString sColumn = columnName(* p);
+      if (sColumn.isEmpty() || setColumns.contains(sColumn)) { continue; }
+      setColumns.insert(sColumn);
+      addColumn(t, * p, dialect, lstWarnings);
+      if (! options.bComments) { t.lstColumns.last().sComment.clear(); }
+   }
+   const QString sSoftDelete = entity.getSoftDeleteColumn();
+   if (! sSoftDelete.isEmpty() && ! setColumns.contains(sSoftDelete))
+   {
+      sql_column c;
+      c.sName = sSoftDelete;
+      c.sType = sql_types::map(dialect, "QString", 0, false).sType;
+      t.lstColumns.append(c);
+   }
+   return t;
+}
+
+sql_schema schema_builder::build(const model::project & project, const sql_dialect & dialect, const schema_options & options)
+{
+   sql_schema schema;
+   QSet<QString> setJoinTables;
+   const model::list_of_entity_ptr pEntities = project.getListOfAllEntities();
+   for (const model::entity_ptr & pEntity : * pEntities)
+   {
+      if (! pEntity || pEntity->isAbstract()) { continue; }
+      schema.lstTables.append(tableOf(* pEntity, dialect, options, schema.lstWarnings));
+   }
+   for (const model::entity_ptr & pEntity : * pEntities)
+   {
+      if (! pEntity || pEntity->isAbstract()) { continue; }
+      for (const model::property_ptr & p : pEntity->getOwnProperties())
+      {
+         const model::relationship_ptr pRelation = (p ? p->getRelation() : model::relationship_ptr());
+         if (! pRelation || (pRelation->getType() != model::relationship::many_to_many) || p->isTransient()) { continue; }
+         if (p->isObsolete() && ! options.bIncludeObsolete) { continue; }
+         if (pRelation->getExtraTable().isEmpty() || setJoinTables.contains(pRelation->getExtraTable())) { continue; }
+         setJoinTables.insert(pRelation->getExtraTable());
+         schema.lstTables.append(joinTable(pEntity, * pRelation, dialect, schema.lstWarnings));
+      }
+   }
+   // Sorted by name: a database read back lists its tables so, and the script stays the same.
+   std::stable_sort(schema.lstTables.begin(), schema.lstTables.end(), [](const sql_table & a, const sql_table & b) { return a.sName < b.sName; });
+   return schema;
+}
+
+} // namespace sql_export

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include "model/model_fwd.h"
+#include "sql_export/schema/sql_dialect.h"
+
+namespace sql_export {
+
+struct sql_column
+{
+   QString sName;
+   QString sType;
+   bool bNotNull = false;
+   bool bUnique = false;
+   bool bIndex = false;
+   QString sDefault;   // an SQL literal, or empty
+   QString sComment;
+};
+
+struct sql_foreign_key
+{
+   QString sColumn;
+   QString sTargetTable;
+   QString sTargetColumn;
+};
+
+struct sql_table
+{
+   QString sName;
+   QString sComment;
+   QList<sql_column> lstColumns;
+   QStringList lstPrimaryKey;
+   QList<sql_foreign_key> lstForeignKeys;
+};
+
+struct sql_schema
+{
+   QList<sql_table> lstTables;   // by table name
+   QStringList lstWarnings;      // "Entity.property: ..."
+};
+
+struct schema_options
+{
+   bool bIncludeObsolete = false;
+   // Descriptions as comments of tables and columns (a database read back has none).
+   bool bComments = true;
+};
+
+// The tables that the generated classes read and write, one per entity that is not abstract
+// plus the join table of every many-to-many relation.
+class schema_builder
+{
+public:
+   static sql_schema build(const model::project & project, const sql_dialect & dialect, const schema_options & options);
+   // The table of one entity alone (the preview), or an empty table for an abstract one.
+   static sql_table tableOf(const model::entity & entity, const sql_dialect & dialect, const schema_options & options, QStringList & lstWarnings);
+   static QString tableName(const model::entity & entity);
+   // The column of a property, or empty when it has none (transient, one-to-many, many-to-many).
+   static QString columnName(const model::property & property);
+};
+
+} // namespace sql_export

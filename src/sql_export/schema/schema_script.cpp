@@ -1,0 +1,143 @@
+#include "sql_export/schema/schema_script.h"
+
+#include <QHash>
+#include <QSet>
+
+#include <functional>
+#include <queue>
+#include <vector>
+
+namespace sql_export {
+
+namespace {
+
+QString foreignKeyClause(const sql_table & table, const sql_foreign_key & k, const sql_dialect & d)
+{
+   return "CONSTRAINT " + d.quote(d.objectName("fk", table.sName, k.sColumn)) + " FOREIGN KEY (" + d.quote(k.sColumn)
+          + ") REFERENCES " + d.quote(k.sTargetTable) + " (" + d.quote(k.sTargetColumn) + ")";
+}
+
+QString columnLine(const sql_column & c, const sql_dialect & d)
+{
+   QString s = "   " + d.quote(c.sName) + ' ' + c.sType;
+   if (c.bNotNull) { s += " NOT NULL"; }
+   if (! c.sDefault.isEmpty()) { s += " DEFAULT " + c.sDefault; }
+   if ((d.kind() == dialect_mariadb) && ! c.sComment.isEmpty()) { s += " COMMENT " + d.literal(c.sComment); }
+   return s;
+}
+
+QString indexes(const sql_table & t, const sql_dialect & d)
+{
+   QString s;
+   for (const sql_column & c : t.lstColumns)
+   {
+      if (c.bUnique)
+      { s += "CREATE UNIQUE INDEX " + d.quote(d.objectName("ux", t.sName, c.sName)) + " ON " + d.quote(t.sName) + " (" + d.quote(c.sName) + ");\n"; }
+      if (c.bIndex)
+      { s += "CREATE INDEX " + d.quote(d.objectName("ix", t.sName, c.sName)) + " ON " + d.quote(t.sName) + " (" + d.quote(c.sName) + ");\n"; }
+   }
+   return s;
+}
+
+QString comments(const sql_table & t, const sql_dialect & d)
+{
+   if (d.kind() != dialect_postgresql) { return QString(); }
+   QString s;
+   if (! t.sComment.isEmpty()) { s += "COMMENT ON TABLE " + d.quote(t.sName) + " IS " + d.literal(t.sComment) + ";\n"; }
+   for (const sql_column & c : t.lstColumns)
+   {
+      if (! c.sComment.isEmpty()) { s += "COMMENT ON COLUMN " + d.quote(t.sName) + '.' + d.quote(c.sName) + " IS " + d.literal(c.sComment) + ";\n"; }
+   }
+   return s;
+}
+
+} // namespace
+
+QString schema_script::commentText(const QString & s)
+{
+   QString r = s;
+   for (QChar & c : r) { if (c.unicode() < 0x20 || c == QChar(0x2028) || c == QChar(0x2029)) { c = ' '; } }
+   return r;
+}
+
+QString schema_script::createTable(const sql_table & t, const sql_dialect & d, const QSet<QString> & setInline, bool bAllInline)
+{
+   QStringList lstLines;
+   for (const sql_column & c : t.lstColumns) { lstLines.append(columnLine(c, d)); }
+   if (! t.lstPrimaryKey.isEmpty())
+   {
+      QStringList lstKey;
+      for (const QString & k : t.lstPrimaryKey) { lstKey.append(d.quote(k)); }
+      lstLines.append("   PRIMARY KEY (" + lstKey.join(", ") + ")");
+   }
+   for (const sql_foreign_key & k : t.lstForeignKeys)
+   {
+      if (bAllInline || setInline.contains(k.sTargetTable)) { lstLines.append("   " + foreignKeyClause(t, k, d)); }
+   }
+   QString s = "CREATE TABLE " + d.quote(t.sName) + " (\n" + lstLines.join(",\n") + "\n)";
+   if ((d.kind() == dialect_mariadb) && ! t.sComment.isEmpty()) { s += " COMMENT=" + d.literal(t.sComment); }
+   return s + ";\n" + indexes(t, d) + comments(t, d);
+}
+
+QList<int> schema_script::creationOrder(const sql_schema & schema)
+{
+   const qsizetype n = schema.lstTables.size();
+   QHash<QString, int> hashIndex;
+   for (int i = 0; i < n; ++i) { hashIndex.insert(schema.lstTables.at(i).sName, i); }
+   // How many other tables each one waits for, and who waits for it.
+   std::vector<int> lstWaiting(n, 0);
+   std::vector<std::vector<int> > lstWaiters(n);
+   for (int i = 0; i < n; ++i)
+   {
+      QSet<int> setTargets;
+      for (const sql_foreign_key & k : schema.lstTables.at(i).lstForeignKeys)
+      {
+         const int iTarget = hashIndex.value(k.sTargetTable, -1);
+         if ((iTarget >= 0) && (iTarget != i) && ! setTargets.contains(iTarget)) { setTargets.insert(iTarget); lstWaiters[iTarget].push_back(i); }
+      }
+      lstWaiting[i] = int(setTargets.size());
+   }
+   // The ready table first by name; when none is ready, a cycle is broken at the first left.
+   std::priority_queue<int, std::vector<int>, std::greater<int> > ready;
+   for (int i = 0; i < n; ++i) { if (lstWaiting[i] == 0) { ready.push(i); } }
+   std::vector<bool> lstDone(n, false);
+   QList<int> lstOrder;
+   int iFirstLeft = 0;
+   while (lstOrder.size() < n)
+   {
+      int iNext = -1;
+      while (! ready.empty() && (iNext < 0)) { iNext = ready.top(); ready.pop(); if (lstDone[iNext]) { iNext = -1; } }
+      if (iNext < 0) { while (lstDone[iFirstLeft]) { ++iFirstLeft; } iNext = iFirstLeft; }
+      lstDone[iNext] = true;
+      lstOrder.append(iNext);
+      for (int w : lstWaiters[iNext]) { if (! lstDone[w] && (--lstWaiting[w] == 0)) { ready.push(w); } }
+   }
+   return lstOrder;
+}
+
+QString schema_script::write(const sql_schema & schema, const sql_dialect & d, const QString & sProjectName)
+{
+   QString s = "-- Schema of the model '" + commentText(sProjectName) + "' for " + d.name() + ", written by Tavrel\n";
+   // MariaDB commits each CREATE on its own: a transaction would promise what it cannot keep.
+   const bool bTransaction = (d.kind() != dialect_mariadb);
+   s += (bTransaction ? QString("BEGIN;\n") : QString("-- MariaDB cannot run a schema change in one transaction\n"));
+   QSet<QString> setCreated;
+   QString sLater;
+   // SQLite checks a key's target when rows are written, not when the table is made.
+   const bool bAllInline = (d.kind() == dialect_sqlite);
+   for (int i : creationOrder(schema))
+   {
+      const sql_table & t = schema.lstTables.at(i);
+      setCreated.insert(t.sName);
+      s += '\n' + createTable(t, d, setCreated, bAllInline);
+      for (const sql_foreign_key & k : t.lstForeignKeys)
+      {
+         if (! bAllInline && ! setCreated.contains(k.sTargetTable)) { sLater += "ALTER TABLE " + d.quote(t.sName) + " ADD " + foreignKeyClause(t, k, d) + ";\n"; }
+      }
+   }
+   if (! sLater.isEmpty()) { s += '\n' + sLater; }
+   if (bTransaction) { s += "\nCOMMIT;\n"; }
+   return s;
+}
+
+} // namespace sql_export

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QSet>
+#include <QString>
+
+#include "sql_export/schema/schema_model.h"
+
+namespace sql_export {
+
+// The text of a schema script: tables before the keys that point at them, keys of a cycle added
+// at the end, the whole in one transaction where the database allows it.
+class schema_script
+{
+public:
+   static QString write(const sql_schema & schema, const sql_dialect & dialect, const QString & sProjectName);
+   // CREATE TABLE with its indexes and comments; keys to tables outside setInline are left out,
+   // unless bAllInline.
+   static QString createTable(const sql_table & table, const sql_dialect & dialect, const QSet<QString> & setInline, bool bAllInline = false);
+   // The tables in the order they are created: each after those it points at, cycles broken at
+   // the first table by name.
+   static QList<int> creationOrder(const sql_schema & schema);
+   // Text that fits in a line comment.
+   static QString commentText(const QString & s);
+};
+
+} // namespace sql_export

@@ -1,0 +1,62 @@
+#include <gtest/gtest.h>
+
+#include "db_environment.h"
+#include "model/project.h"
+#include "sql_test_support.h"
+
+namespace {
+
+const ::testing::Environment * const s_pEnvironment = db_support::db_environment::install();
+
+class SqlOnServer : public ::testing::TestWithParam<db_support::db_server::enum_kind>
+{
+protected:
+   sql_export::enum_dialect dialect() const
+   { return ((GetParam() == db_support::db_server::kind_postgresql) ? sql_export::dialect_postgresql : sql_export::dialect_mariadb); }
+};
+
+// Each example's script runs on the server, and the database read back gives the same script.
+TEST_P(SqlOnServer, ExampleScriptsRunAndComeBackTheSame)
+{
+   TAVREL_REQUIRE_DB_SERVER(pServer, GetParam());
+   qputenv("TAVREL_DB_PASSWORD", db_support::db_server::k_sPassword);
+   for (const QString & sName : { QString("shop"), QString("library") })
+   {
+      const model::project_ptr pProject = sql_test::exampleModel(sName);
+      ASSERT_TRUE(pProject);
+      // A forced type is written as given and read back as the server spells it.
+      sql_test::clearForcedTypes(* pProject);
+      const QString sDatabase = "sqlx_" + sName;
+      QString sError;
+      ASSERT_TRUE(pServer->recreateDatabase(sDatabase, sError)) << sError.toStdString();
+      // With its comments first: they must run too.
+      ASSERT_TRUE(pServer->execScript(sql_test::scriptOf(* pProject, dialect()), sError, sDatabase)) << sError.toStdString();
+      ASSERT_TRUE(pServer->recreateDatabase(sDatabase, sError)) << sError.toStdString();
+      const QString sFirst = sql_test::scriptOf(* pProject, dialect(), false);
+      ASSERT_TRUE(pServer->execScript(sFirst, sError, sDatabase)) << sError.toStdString();
+      const model::project_ptr pBack = sql_test::importFrom(pServer->getUrl(sDatabase), pProject->getName(), sError);
+      ASSERT_TRUE(pBack) << sError.toStdString();
+      EXPECT_EQ(sql_test::scriptOf(* pBack, dialect(), false).toStdString(), sFirst.toStdString()) << sName.toStdString();
+   }
+}
+
+// Tables that point at each other are created, then their keys added.
+TEST_P(SqlOnServer, KeysOfACycleAreAddedAtTheEnd)
+{
+   TAVREL_REQUIRE_DB_SERVER(pServer, GetParam());
+   const model::project_ptr pProject = sql_test::modelFromJson(R"({ "name": "CYCLE", "entities": [
+      { "name": "Alpha", "table": "alpha", "properties": [ {"name": "id", "type": "long", "primary_key": true},
+        {"name": "order", "type": "int"}, {"name": "beta", "relation": {"kind": "many_to_one", "target": "Beta"}} ] },
+      { "name": "Beta", "table": "beta", "properties": [ {"name": "id", "type": "long", "primary_key": true},
+        {"name": "Note", "type": "QString", "description": "a \\ b's"},
+        {"name": "alpha", "relation": {"kind": "many_to_one", "target": "Alpha"}} ] } ] })");
+   ASSERT_TRUE(pProject);
+   QString sError;
+   ASSERT_TRUE(pServer->recreateDatabase("sqlx_cycle", sError)) << sError.toStdString();
+   EXPECT_TRUE(pServer->execScript(sql_test::scriptOf(* pProject, dialect()), sError, "sqlx_cycle")) << sError.toStdString();
+}
+
+INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlOnServer, ::testing::Values(db_support::db_server::kind_postgresql));
+INSTANTIATE_TEST_SUITE_P(MariaDB, SqlOnServer, ::testing::Values(db_support::db_server::kind_mariadb));
+
+} // namespace
