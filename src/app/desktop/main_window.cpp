@@ -35,6 +35,7 @@ main_window::main_window(QWidget * parent) : view::main_wnd(parent)
    createActions();
    createWidgets();
    loadPlugins();
+   createDiagramDock();
    resize(1280, 800);
    // Most of the room for the model and the generated code, a few lines for the messages.
    resizeDocks({ m_dockMessages }, { 160 }, Qt::Vertical);
@@ -107,6 +108,8 @@ void main_window::createActions()
    pPlugin->addAction(m_actExport);
    pPlugin->addSeparator();
    pPlugin->addAction(m_actShowDebugger);
+   m_mnuView = menuBar()->addMenu(tr("&View"));
+   m_mnuView->setObjectName("m_mnuView");
    QMenu * pHelp = menuBar()->addMenu(tr("&Help"));
    pHelp->addAction(m_actUserGuide);
    pHelp->addAction(m_actAbout);

@@ -17,6 +17,7 @@ class QGroupBox;
 class QLabel;
 class QLineEdit;
 class QListWidget;
+class QMenu;
 class QPushButton;
 class QTreeWidget;
 class QTreeWidgetItem;
@@ -25,6 +26,7 @@ namespace tools { class custom_javascript; }
 
 namespace desktop {
 
+class diagram_view;
 class script_debugger;
 
 // The desktop host's main window: the model tree with a small editor for the selected item,
@@ -63,6 +65,8 @@ private:
    QTreeWidget * m_treeItemDetails = nullptr;
    QDockWidget * m_dockPreview = nullptr;
    QPointer<QWidget> m_pPreviewWidget;
+   QDockWidget * m_dockDiagram = nullptr;
+   diagram_view * m_viewDiagram = nullptr;
    QDockWidget * m_dockMessages = nullptr;
    QListWidget * m_lstMessages = nullptr;
    QLabel * m_lblProject = nullptr;
@@ -80,6 +84,7 @@ private:
    QAction * m_actShowDebugger = nullptr;
    QAction * m_actUserGuide = nullptr;
    QAction * m_actAbout = nullptr;
+   QMenu * m_mnuView = nullptr;
 
 public:
    // Makes itself the host's main window and loads the plug-ins of plugin_finder::pluginDirectories().
@@ -101,6 +106,8 @@ public:
    const QList<app::plugin_info> & getPlugins() const { return m_lstPlugins; }
    QTreeWidget * getModelTree() const { return m_treeModel; }
    QDockWidget * getPreviewDock() const { return m_dockPreview; }
+   QDockWidget * getDiagramDock() const { return m_dockDiagram; }
+   diagram_view * getDiagramView() const { return m_viewDiagram; }
    QListWidget * getMessageList() const { return m_lstMessages; }
    script_debugger * getDebugger() const;
    QAction * getExportAction() const { return m_actExport; }
@@ -157,6 +164,8 @@ private:
 
    // The message area.
    void createMessagesDock();
+   // The Diagram view, a tab beside the preview.
+   void createDiagramDock();
 };
 
 } // namespace desktop

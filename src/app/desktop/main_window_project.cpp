@@ -1,6 +1,7 @@
 // Opening, importing and reloading a project.
 
 #include "desktop/main_window.h"
+#include "desktop/diagram_view.h"
 #include "pimpl_setting.h"
 
 #include <QDir>
@@ -38,6 +39,7 @@ zy::ZyBool main_window::openProject(const QString & path)
 
    fillModelTree();
    showItemDetails();
+   if (m_viewDiagram) { m_viewDiagram->setProject(m_pProject); }
    Q_EMIT onLoadProject(m_pProject);
 
    addMessage(tr("Project '%1' opened : %2 entities, %3 enumerations (%4)")

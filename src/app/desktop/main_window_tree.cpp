@@ -1,6 +1,7 @@
 // The model tree: entities and enumerations by namespace, and the selection the plug-ins follow.
 
 #include "desktop/main_window.h"
+#include "desktop/diagram_view.h"
 
 #include <QApplication>
 #include <QStyle>
@@ -115,6 +116,7 @@ void main_window::doTreeCurrentItemChanged(QTreeWidgetItem * current)
       if (p && (index >= 0) && (index < p->size())) { m_pEnumeration = p->at(index); }
    }
    showItemDetails();
+   if (m_viewDiagram && m_pEntity) { m_viewDiagram->selectEntity(m_pEntity->getKey()); }
    emitSelection();
 }
 
