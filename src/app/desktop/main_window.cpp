@@ -22,6 +22,7 @@
 #include "context/ctx_global.h"
 #include "context/ctx_project.h"
 #include "desktop/global_settings.h"
+#include "desktop/help_window.h"
 #include "model/project.h"
 #include "gui/plugin/export_interface.h"
 
@@ -32,6 +33,7 @@ main_window::main_window(QWidget * parent) : view::main_wnd(parent)
    setObjectName("main_window");
    // The plug-ins look their main window up when they build their widgets.
    context::ctx_global::setMainWnd(this);
+   m_pHelp = new help_opener(this);
    createActions();
    createWidgets();
    loadPlugins();

@@ -27,6 +27,7 @@ namespace tools { class custom_javascript; }
 namespace desktop {
 
 class diagram_view;
+class help_opener;
 class script_debugger;
 
 // The desktop host's main window: the model tree with a small editor for the selected item,
@@ -71,6 +72,7 @@ private:
    QListWidget * m_lstMessages = nullptr;
    QLabel * m_lblProject = nullptr;
    QPointer<script_debugger> m_pDebugger;
+   help_opener * m_pHelp = nullptr;
    QElapsedTimer m_tmRefresh;
    // Dialogs shown during an export, each with an arrow cursor pushed over the busy one.
    QList<QObject *> m_lstExportDialogs;
@@ -110,6 +112,7 @@ public:
    diagram_view * getDiagramView() const { return m_viewDiagram; }
    QListWidget * getMessageList() const { return m_lstMessages; }
    script_debugger * getDebugger() const;
+   help_opener * getHelpOpener() const { return m_pHelp; }
    QAction * getExportAction() const { return m_actExport; }
 
    // Tells the plug-in's terminate() to every plug-in: at the end of the program only, since a

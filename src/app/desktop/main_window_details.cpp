@@ -54,6 +54,9 @@ QGroupBox * main_window::createDetailsPanel()
    pDetailsLayout->addLayout(pForm);
    pDetailsLayout->addLayout(pApply);
    pDetailsLayout->addWidget(m_treeItemDetails, 1);
+   // The window's shortcuts (Ctrl+E) reach it while a field has the cursor.
+   m_txtTable->installEventFilter(this);
+   m_txtDescription->installEventFilter(this);
    connect(m_txtTable, & QLineEdit::textEdited, this, & main_window::doDetailsEdited);
    connect(m_txtDescription, & QLineEdit::textEdited, this, & main_window::doDetailsEdited);
    connect(m_txtTable, & QLineEdit::returnPressed, this, & main_window::doBtnApplyDetails);
@@ -78,14 +81,17 @@ void main_window::showItemDetails()
       m_txtTable->setText(m_pEntity->getTableName());
       m_txtTable->setPlaceholderText(m_pEntity->getName());
       m_txtDescription->setText(m_pEntity->getDescription());
-      m_treeItemDetails->setHeaderLabels({ tr("Property"), tr("Type"), tr("Column"), tr("Description") });
+      m_treeItemDetails->setHeaderLabels({ tr("Property"), tr("Type"), tr("Column"), tr("Key"), tr("Null"), tr("Description") });
       for (const model::property_ptr & p : m_pEntity->getOwnProperties())
       {
          if (! p) { continue; }
-         QString sName = p->getName();
-         if (p->isPrimaryKey()) { sName += " (id)"; }
-         QTreeWidgetItem * pItem = new QTreeWidgetItem(m_treeItemDetails, { sName, p->getTypeDesc(false, false), p->getColumnName(), p->getDescription() });
-         pItem->setToolTip(3, p->getDescription());
+         const QString sColumn = (p->getColumnName().isEmpty() ? p->getName() : p->getColumnName());
+         const QString sKey = (p->isPrimaryKey() ? QStringLiteral("PK") : (p->hasRelationship() ? QStringLiteral("FK") : QString()));
+         const QString sNull = (p->hasRelationship() ? QString() : (p->getAllowNull() ? tr("yes") : tr("no")));
+         const QString sType = p->getTypeDesc(false, false);
+         QTreeWidgetItem * pItem = new QTreeWidgetItem(m_treeItemDetails, { p->getName(), sType, sColumn, sKey, sNull, p->getDescription() });
+         pItem->setToolTip(1, sType);
+         pItem->setToolTip(5, p->getDescription());
       }
    }
    else if (m_pEnumeration)
@@ -106,7 +112,12 @@ void main_window::showItemDetails()
       m_txtDescription->clear();
       m_treeItemDetails->setHeaderLabels({ QString() });
    }
-   for (int i = 0; i < m_treeItemDetails->columnCount() - 1; ++i) { m_treeItemDetails->resizeColumnToContents(i); }
+   // Every column in view: a long type is cut (its tool tip has it whole); widths stay resizable.
+   for (int i = 0; i < m_treeItemDetails->columnCount() - 1; ++i)
+   {
+      m_treeItemDetails->resizeColumnToContents(i);
+      m_treeItemDetails->setColumnWidth(i, qMin(m_treeItemDetails->columnWidth(i), 150));
+   }
 }
 
 // The table name and description as the edit panel would store them, checked by the rules of
