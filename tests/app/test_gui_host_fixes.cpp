@@ -97,3 +97,15 @@ TEST_F(GuiHostFixes, UserGuideOpensInAHelpWindowWithoutABrowser)
    EXPECT_TRUE(pHelp->isVisible());
    EXPECT_EQ(pHelp->getBrowser()->source().fragment(), "cpp_export_settings");
 }
+
+// With an entity selected (the preview shows its style buttons) the window fits 800 x 600.
+TEST_F(GuiHostFixes, WindowFitsEightHundredBySixHundred)
+{
+   openShop("shop::sales::Order");
+   m_pWnd->resize(800, 600);
+   QCoreApplication::processEvents();
+   EXPECT_LE(m_pWnd->minimumSizeHint().width(), 800);
+   EXPECT_LE(m_pWnd->minimumSize().width(), 800);
+   EXPECT_LE(m_pWnd->width(), 800);
+   EXPECT_LE(m_pWnd->height(), 600);
+}
