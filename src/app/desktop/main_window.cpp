@@ -69,6 +69,9 @@ void main_window::createActions()
    m_actReloadProject->setObjectName("m_actReloadProject");
    m_actReloadProject->setShortcut(QKeySequence(Qt::Key_F5));
    m_actReloadProject->setStatusTip(tr("Open the project again (a JSON model is imported again)"));
+   m_actExportJson = new QAction(tr("Export model as &JSON..."), this);
+   m_actExportJson->setObjectName("m_actExportJson");
+   m_actExportJson->setStatusTip(tr("Write the model as the JSON document 'tavrel dump' prints"));
    m_actQuit = new QAction(tr("&Quit"), this);
    m_actQuit->setShortcut(QKeySequence::Quit);
    m_actGlobalSettings = new QAction(pStyle->standardIcon(QStyle::SP_ComputerIcon), tr("&Global settings..."), this);
@@ -89,6 +92,7 @@ void main_window::createActions()
 
    connect(m_actOpenProject, & QAction::triggered, this, & main_window::doActOpenProject);
    connect(m_actReloadProject, & QAction::triggered, this, & main_window::doActReloadProject);
+   connect(m_actExportJson, & QAction::triggered, this, & main_window::doActExportJson);
    connect(m_actQuit, & QAction::triggered, this, & main_window::close);
    connect(m_actGlobalSettings, & QAction::triggered, this, & main_window::doActGlobalSettings);
    connect(m_actPluginSettings, & QAction::triggered, this, & main_window::doActPluginSettings);
@@ -100,6 +104,7 @@ void main_window::createActions()
    QMenu * pFile = menuBar()->addMenu(tr("&File"));
    pFile->addAction(m_actOpenProject);
    pFile->addAction(m_actReloadProject);
+   pFile->addAction(m_actExportJson);
    pFile->addSeparator();
    pFile->addAction(m_actQuit);
    QMenu * pTools = menuBar()->addMenu(tr("&Tools"));
@@ -176,6 +181,7 @@ void main_window::updateActions()
    const bool bPlugin = (m_pPlugin != nullptr);
    const bool bProject = (m_pProject != nullptr);
    m_actReloadProject->setEnabled(! m_sProjectPath.isEmpty());
+   m_actExportJson->setEnabled(bProject);
    m_actPluginSettings->setEnabled(bPlugin && bProject && m_pPlugin->hasSettings());
    m_actExport->setEnabled(bPlugin && bProject);
 }

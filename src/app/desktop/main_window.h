@@ -57,6 +57,7 @@ private:
    model::entity_ptr m_pEntity;
    model::enumeration_ptr m_pEnumeration;
    QString m_sProjectPath;   // as the user opened it (.tavrel or .json), for File > Reload
+   bool m_bEditsApplied = false;   // since it was opened
 
    QTreeWidget * m_treeModel = nullptr;
    QLabel * m_lblItemKey = nullptr;
@@ -79,6 +80,7 @@ private:
 
    QAction * m_actOpenProject = nullptr;
    QAction * m_actReloadProject = nullptr;
+   QAction * m_actExportJson = nullptr;
    QAction * m_actQuit = nullptr;
    QAction * m_actGlobalSettings = nullptr;
    QAction * m_actPluginSettings = nullptr;
@@ -98,6 +100,8 @@ public:
 
    // Opens a .tavrel project or imports a .json model beside it; announces it to the plug-ins.
    zy::ZyBool openProject(const QString & path);
+   // Writes the document "tavrel dump" prints into a file, replaced once complete.
+   bool exportModelJson(const QString & path, QString & sError) const;
    // Selects the entity or enumeration of that key in the tree (as a click does).
    bool selectItem(const QString & key);
 
@@ -125,6 +129,7 @@ protected:
 public Q_SLOTS:
    void doActOpenProject();
    void doActReloadProject();
+   bool doActExportJson();
    void doActGlobalSettings();
    bool doActPluginSettings();
    zy::ZyBool doActExport();
@@ -145,6 +150,11 @@ private:
    void createWidgets();
    void updateActions();
    void updateTitle();
+
+   // Before a reload of a JSON model replaces applied edits: offers to export them; false to stay.
+   bool confirmReload();
+   // Where File > Export model as JSON writes (asked; proposed beside the model when unattended).
+   QString askJsonPath() const;
 
    // The model tree and its selection.
    void createModelTree();

@@ -174,6 +174,7 @@ void main_window::doBtnApplyDetails()
          tools::message_box::critical(this, context::ctx_global::getAppName(), tr("Cannot save the project : %1").arg(ok.getDesc()));
       }
    }
+   m_bEditsApplied = true;
    const QString sKey = (m_pEntity ? m_pEntity->getKey() : m_pEnumeration->getKey());
    addMessage(tr("'%1' updated").arg(sKey), 1);
    if (QTreeWidgetItem * pItem = m_treeModel->currentItem())

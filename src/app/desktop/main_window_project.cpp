@@ -26,6 +26,7 @@ zy::ZyBool main_window::openProject(const QString & path)
    m_pProject = context::ctx_project::getProject();
    if (! m_pProject) { return zy::ZyBool(false, tr("Cannot open project '%1'").arg(path)); }
    m_sProjectPath = QFileInfo(path).absoluteFilePath();
+   m_bEditsApplied = false;
    m_pEntity.reset();
    m_pEnumeration.reset();
 
@@ -68,7 +69,7 @@ void main_window::doActOpenProject()
 
 void main_window::doActReloadProject()
 {
-   if (m_sProjectPath.isEmpty()) { return; }
+   if (m_sProjectPath.isEmpty() || ! confirmReload()) { return; }
    QTreeWidgetItem * pCurrent = m_treeModel->currentItem();
    const QString sKey = (pCurrent ? pCurrent->data(0, k_roleKey).toString() : QString());
    zy::ZyBool ok = openProject(m_sProjectPath);
