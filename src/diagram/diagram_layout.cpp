@@ -2,9 +2,10 @@
 #include "diagram/diagram_text.h"
 
 #include <QFileInfo>
-#include <QSaveFile>
 
 #include <graphviz/gvc.h>
+
+#include "tools/file_writer.h"
 
 namespace diagram {
 
@@ -125,19 +126,12 @@ bool renderData(const graph & g, const QString & sFormat, QByteArray & data, QSt
 
 bool writeFile(const graph & g, const QString & sFormat, const QString & sPath, QString & sError)
 {
+   // Refused before anything is rendered.
    const QFileInfo info(sPath);
    if (info.isSymLink()) { sError = QString("'%1' is a symbolic link; not written").arg(sPath); return false; }
-   if (info.isDir()) { sError = QString("'%1' is a directory").arg(sPath); return false; }
    QByteArray data;
    if (! renderData(g, sFormat, data, sError)) { return false; }
-   QSaveFile file(sPath);
-   file.setDirectWriteFallback(false);
-   if (! file.open(QIODevice::WriteOnly) || (file.write(data) != data.size()) || ! file.commit())
-   {
-      sError = QString("cannot write '%1': %2").arg(sPath, file.errorString());
-      return false;
-   }
-   return true;
+   return tools::file_writer::write(sPath, data, sError);
 }
 
 } // namespace diagram

@@ -4,11 +4,15 @@
 #include <QAction>
 #include <QApplication>
 #include <QDesktopServices>
+#include <QDockWidget>
 #include <QHeaderView>
 #include <QLineEdit>
+#include <QRadioButton>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
 #include <QTextBrowser>
+#include <QTextEdit>
 
 #include <gtest/gtest.h>
 
@@ -108,4 +112,32 @@ TEST_F(GuiHostFixes, WindowFitsEightHundredBySixHundred)
    EXPECT_LE(m_pWnd->minimumSize().width(), 800);
    EXPECT_LE(m_pWnd->width(), 800);
    EXPECT_LE(m_pWnd->height(), 600);
+}
+
+// Another class style shows the same entity again: the preview stays where the reader was.
+TEST_F(GuiHostFixes, PreviewKeepsItsPlaceWhenTheClassStyleChanges)
+{
+   openShop("shop::sales::Order");
+   QTextEdit * pHeader = m_pWnd->getPreviewDock()->findChild<QTextEdit *>("m_txtCppTemplateHeader");
+   ASSERT_TRUE(pHeader);
+   m_pWnd->getPreviewDock()->raise();
+   QCoreApplication::processEvents();
+   QScrollBar * pBar = pHeader->verticalScrollBar();
+   ASSERT_GT(pBar->maximum(), 40);
+   pBar->setValue(pBar->maximum() / 2);
+   const int iPlace = pBar->value();
+   ASSERT_GT(iPlace, 0);
+   for (const char * name : { "m_optIxPersistable", "m_optNoInheritance" })
+   {
+      QRadioButton * pStyle = m_pWnd->getPreviewDock()->findChild<QRadioButton *>(name);
+      ASSERT_TRUE(pStyle);
+      ASSERT_FALSE(pStyle->isChecked());
+      const QString before = pHeader->toPlainText();
+      QTest::mouseClick(pStyle, Qt::LeftButton);
+      ASSERT_NE(pHeader->toPlainText(), before) << name;
+      EXPECT_NEAR(pBar->value(), iPlace, 2) << name;
+   }
+   // Another entity starts at the top.
+   ASSERT_TRUE(m_pWnd->selectItem("shop::Customer"));
+   EXPECT_EQ(pBar->value(), 0);
 }

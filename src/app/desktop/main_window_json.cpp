@@ -5,28 +5,19 @@
 
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QSaveFile>
 
 #include "context/ctx_global.h"
 #include "gui/tools/message_box.h"
 #include "model/project.h"
 #include "storage/project_storage.h"
+#include "tools/file_writer.h"
 
 namespace desktop {
 
 bool main_window::exportModelJson(const QString & path, QString & sError) const
 {
    if (! m_pProject) { sError = tr("No project is open"); return false; }
-   if (QFileInfo(path).isSymLink()) { sError = tr("'%1' is a symbolic link; not written").arg(path); return false; }
-   const QByteArray json = storage::project_storage::toJson(* m_pProject);
-   QSaveFile file(path);
-   file.setDirectWriteFallback(false);
-   if (! file.open(QIODevice::WriteOnly) || (file.write(json) != json.size()) || ! file.commit())
-   {
-      sError = tr("Cannot write '%1' : %2").arg(path, file.errorString());
-      return false;
-   }
-   return true;
+   return tools::file_writer::write(path, storage::project_storage::toJson(* m_pProject), sError);
 }
 
 QString main_window::askJsonPath() const
