@@ -97,3 +97,28 @@ TEST_F(GuiJsonReload, ExportRefusesALinkAndLeavesItsTarget)
    EXPECT_EQ(test_support::readAll(target), QByteArray("kept"));
    EXPECT_TRUE(m_pWnd->exportModelJson(m_tmp.filePath("model.json"), sError)) << sError.toStdString();
 }
+
+// Selecting another item with text typed but not applied asks first.
+TEST_F(GuiJsonReload, SwitchingSelectionAsksForTypedText)
+{
+   ASSERT_TRUE(m_pWnd->openProject(copyShop("s")).getValue());
+   QLineEdit * pDescription = m_pWnd->findChild<QLineEdit *>("m_txtDescription");
+   for (const QMessageBox::StandardButton answer : { QMessageBox::Discard, QMessageBox::Apply })
+   {
+      ASSERT_TRUE(m_pWnd->selectItem("shop::Customer"));
+      const QString before = customerDescription();
+      pDescription->setFocus();
+      pDescription->selectAll();
+      QTest::keyClicks(pDescription, "Half typed");
+      tools::message_box::clearHistory();
+      tools::message_box::pushScriptedAnswer(answer);
+      ASSERT_TRUE(m_pWnd->selectItem("shop::Product"));
+      EXPECT_EQ(questions(), 1);
+      EXPECT_EQ(customerDescription(), (answer == QMessageBox::Apply) ? QString("Half typed") : before);
+      EXPECT_EQ(m_pWnd->getSelectedEntity()->getKey(), "shop::Product");
+   }
+   // Nothing typed: no question.
+   tools::message_box::clearHistory();
+   ASSERT_TRUE(m_pWnd->selectItem("shop::Customer"));
+   EXPECT_EQ(questions(), 0);
+}

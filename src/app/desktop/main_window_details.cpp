@@ -130,7 +130,7 @@ QString main_window::detailsProblem() const
    if (m_pEntity)
    {
       sValue = m_txtTable->text().trimmed();
-      sReason = rules::literalProblem(sValue);
+      sReason = rules::sqlNameProblem(sValue);
       sField = tr("table name");
    }
    if (sReason.isEmpty())
