@@ -122,3 +122,22 @@ TEST_F(GuiJsonReload, SwitchingSelectionAsksForTypedText)
    ASSERT_TRUE(m_pWnd->selectItem("shop::Customer"));
    EXPECT_EQ(questions(), 0);
 }
+
+// Closing the window with typed text asks: Cancel keeps it open, Apply stores the text.
+TEST_F(GuiJsonReload, ClosingAsksForTypedText)
+{
+   ASSERT_TRUE(m_pWnd->openProject(copyShop("c")).getValue());
+   ASSERT_TRUE(m_pWnd->selectItem("shop::Customer"));
+   QLineEdit * pDescription = m_pWnd->findChild<QLineEdit *>("m_txtDescription");
+   pDescription->setFocus();
+   pDescription->selectAll();
+   QTest::keyClicks(pDescription, "Typed before closing");
+   tools::message_box::clearHistory();
+   tools::message_box::pushScriptedAnswer(QMessageBox::Cancel);
+   EXPECT_FALSE(m_pWnd->close());
+   EXPECT_TRUE(m_pWnd->isVisible());
+   EXPECT_EQ(questions(), 1);
+   tools::message_box::pushScriptedAnswer(QMessageBox::Apply);
+   EXPECT_TRUE(m_pWnd->close());
+   EXPECT_EQ(customerDescription(), "Typed before closing");
+}

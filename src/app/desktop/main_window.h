@@ -125,6 +125,8 @@ public:
 
 protected:
    bool eventFilter(QObject * watched, QEvent * event) override;
+   // Typed text that is not applied is offered before the window closes.
+   void closeEvent(QCloseEvent * event) override;
 
 public Q_SLOTS:
    void doActOpenProject();

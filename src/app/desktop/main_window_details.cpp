@@ -3,6 +3,7 @@
 #include "desktop/main_window.h"
 
 #include <QBoxLayout>
+#include <QCloseEvent>
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QLabel>
@@ -142,6 +143,20 @@ QString main_window::detailsProblem() const
    if (sReason.isEmpty()) { return QString(); }
    const QString sKey = (m_pEntity ? m_pEntity->getKey() : m_pEnumeration->getKey());
    return tr("'%1' not updated : %2 '%3' %4").arg(sKey, sField, rules::shown(sValue), sReason);
+}
+
+void main_window::closeEvent(QCloseEvent * event)
+{
+   if (m_btnApply->isEnabled() && (m_pEntity || m_pEnumeration))
+   {
+      const QString sKey = (m_pEntity ? m_pEntity->getKey() : m_pEnumeration->getKey());
+      const QMessageBox::StandardButton answer = tools::message_box::question(this, context::ctx_global::getAppName(),
+         tr("The changes typed for '%1' are not applied yet. Apply them before closing?").arg(sKey),
+         QMessageBox::Apply | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Apply);
+      if (answer == QMessageBox::Cancel) { event->ignore(); return; }
+      if (answer == QMessageBox::Apply) { doBtnApplyDetails(); }
+   }
+   view::main_wnd::closeEvent(event);
 }
 
 void main_window::doDetailsEdited() { m_btnApply->setEnabled(m_pEntity || m_pEnumeration); }
