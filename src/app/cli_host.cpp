@@ -1,4 +1,5 @@
 #include "cli_host.h"
+#include "cli_diagram.h"
 #include "cli_import_db.h"
 #include "pimpl_setting.h"
 #include "plugin_finder.h"
@@ -41,6 +42,8 @@ const char * const k_sCommands =
    "                                     when the export would use PIMPL (stored or given).\n"
    "  import-db SOURCE OUT [options]     Create or refresh a project from a database or a DDL\n"
    "                                     script (see 'tavrel import-db --help').\n"
+   "  diagram PROJECT -o FILE [--format svg|png|pdf|dot|mermaid] [--namespace NS]\n"
+   "                                     Draw the model's entities and relations (Graphviz).\n"
    "  plugins                            List the plug-ins and their command-line parameters.\n"
    "  export PROJECT [options] [plug-in parameters]\n"
    "                                     Export the project with a plug-in, unattended.\n"
@@ -84,7 +87,7 @@ struct cli_options
    {
       parser.setApplicationDescription("Tavrel command-line host: import, check and export entity models.\n\n" + QString(k_sCommands));
       parser.addOptions({ help, version, plugin, lumor, yes, no, dryRun, check, diff, verbose, keepStale, watch });
-      parser.addPositionalArgument("command", "import, dump, check, plugins or export.");
+      parser.addPositionalArgument("command", "import, dump, check, diagram, plugins or export.");
       parser.addPositionalArgument("arguments", "Arguments of the command.", "[arguments...]");
    }
 };
@@ -137,6 +140,7 @@ int cli_host::failure(const QString & text)
 
 bool cli_host::needsWidgets(const QStringList & args)
 {
+   if ((args.size() > 1) && (args.at(1) == "diagram")) { return false; }
    QCommandLineParser parser;
    const cli_options opt(parser);
    if (! parser.parse(withoutPluginParameters(args))) { return true; }
@@ -149,6 +153,7 @@ int cli_host::run(const QStringList & args)
 {
    // import-db reads options of its own.
    if ((args.size() > 1) && (args.at(1) == "import-db")) { return cli_import_db(m_out, m_err).run(args.mid(2)); }
+   if ((args.size() > 1) && (args.at(1) == "diagram")) { return cli_diagram(m_out, m_err).run(args.mid(2)); }
    QCommandLineParser parser;
    const cli_options opt(parser);
    if (! parser.parse(withoutPluginParameters(args))) { return usageError(parser.errorText()); }

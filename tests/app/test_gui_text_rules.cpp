@@ -48,6 +48,12 @@ TEST_F(GuiTextRules, EditPanelRefusesATableNameOrDescriptionThatBreaksOut)
    EXPECT_TRUE(tools::message_box::history().last().text.contains("table name 't\"); system(\"id\"); //' holds a double quote"))
       << tools::message_box::history().last().text.toStdString();
 
+   // Refused by the same rule as the JSON import.
+   applyDetails("t order; drop", "A person who buys in the shop");
+   EXPECT_EQ(m_pWnd->getSelectedEntity()->getTableName(), "t_customer");
+   EXPECT_TRUE(tools::message_box::history().last().text.contains("table name 't order; drop' holds ';'"))
+      << tools::message_box::history().last().text.toStdString();
+
    applyDetails("t_customer", "ends here */ int injected;");
    EXPECT_EQ(m_pWnd->getSelectedEntity()->getDescription(), "A person who buys in the shop");
    EXPECT_TRUE(tools::message_box::history().last().text.contains("description 'ends here */ int injected;' holds \"*/\""))

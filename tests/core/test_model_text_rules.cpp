@@ -105,6 +105,23 @@ TEST(ModelTextRules, JsonImportRefusesBreakOutText)
    EXPECT_TRUE(parseError(withEnumValue(R"J("1); system(\"x\"); int y = (2")J")).startsWith("model.json: enumerations[0].values[0].value: value of 'A'"));
 }
 
+// Table names reach the SQL the ORM runs: no statement end, quote or comment opener; names
+// with spaces (quoted by the database) and schema prefixes stay.
+TEST(ModelTextRules, TableNamesStayOneSqlName)
+{
+   typedef model::model_text_rules rules;
+   EXPECT_EQ(str(parseError(withEntity("\"table\": \"t order; drop\", "))),
+             "model.json: entities[0].table: table name 't order; drop' holds ';', which would end the SQL statement it is written in");
+   EXPECT_FALSE(rules::sqlNameProblem("t'x").isEmpty());
+   EXPECT_FALSE(rules::sqlNameProblem("t`x").isEmpty());
+   EXPECT_FALSE(rules::sqlNameProblem("t -- x").isEmpty());
+   EXPECT_FALSE(rules::sqlNameProblem("t /* x").isEmpty());
+   EXPECT_FALSE(rules::sqlNameProblem("t\"x").isEmpty());
+   EXPECT_TRUE(rules::sqlNameProblem("user group").isEmpty());
+   EXPECT_TRUE(rules::sqlNameProblem("sales.t_order").isEmpty());
+   EXPECT_TRUE(parseError(withProperty(R"J({"name": "r", "relation": {"kind": "many_to_many", "target": "shop::Order", "extra_table": "a;b"}})J")).startsWith("model.json: entities[0].properties[0].relation.extra_table: relation extra table 'a;b' holds ';'"));
+}
+
 TEST(ModelTextRules, NulNeverReachesTheModel)
 {
    EXPECT_TRUE(parseError(withEntity("\"description\": \"a\\u0000b\", ")).contains("entities[0].description: description 'a\\x00b' holds a NUL character"));

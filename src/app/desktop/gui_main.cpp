@@ -2,6 +2,7 @@
 #include <QCommandLineParser>
 #include <QDialog>
 #include <QDir>
+#include <QDockWidget>
 #include <QFile>
 #include <QTimer>
 
@@ -66,6 +67,15 @@ int takeScreenshots(desktop::main_window & w, const QString & dir, const QString
    if (! key.isEmpty()) { w.selectItem(key); }
    for (int i = 0; i < 5; ++i) { QCoreApplication::processEvents(); }
    bool ok = saveGrab(& w, QDir(dir).absoluteFilePath("main_window.png"));
+   if (QDockWidget * pDiagram = w.getDiagramDock())
+   {
+      // The Diagram tab in front, the selected entity's box centred.
+      pDiagram->raise();
+      if (! key.isEmpty()) { w.selectItem(key); }
+      for (int i = 0; i < 5; ++i) { QCoreApplication::processEvents(); }
+      ok = (saveGrab(& w, QDir(dir).absoluteFilePath("diagram_view.png")) && ok);
+      if (w.getPreviewDock()) { w.getPreviewDock()->raise(); }
+   }
 
    if (w.getPlugin() && w.getProject())
    {

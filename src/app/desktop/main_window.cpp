@@ -22,6 +22,7 @@
 #include "context/ctx_global.h"
 #include "context/ctx_project.h"
 #include "desktop/global_settings.h"
+#include "desktop/help_window.h"
 #include "model/project.h"
 #include "gui/plugin/export_interface.h"
 
@@ -32,9 +33,11 @@ main_window::main_window(QWidget * parent) : view::main_wnd(parent)
    setObjectName("main_window");
    // The plug-ins look their main window up when they build their widgets.
    context::ctx_global::setMainWnd(this);
+   m_pHelp = new help_opener(this);
    createActions();
    createWidgets();
    loadPlugins();
+   createDiagramDock();
    resize(1280, 800);
    // Most of the room for the model and the generated code, a few lines for the messages.
    resizeDocks({ m_dockMessages }, { 160 }, Qt::Vertical);
@@ -66,6 +69,9 @@ void main_window::createActions()
    m_actReloadProject->setObjectName("m_actReloadProject");
    m_actReloadProject->setShortcut(QKeySequence(Qt::Key_F5));
    m_actReloadProject->setStatusTip(tr("Open the project again (a JSON model is imported again)"));
+   m_actExportJson = new QAction(tr("Export model as &JSON..."), this);
+   m_actExportJson->setObjectName("m_actExportJson");
+   m_actExportJson->setStatusTip(tr("Write the model as the JSON document 'tavrel dump' prints"));
    m_actQuit = new QAction(tr("&Quit"), this);
    m_actQuit->setShortcut(QKeySequence::Quit);
    m_actGlobalSettings = new QAction(pStyle->standardIcon(QStyle::SP_ComputerIcon), tr("&Global settings..."), this);
@@ -86,6 +92,7 @@ void main_window::createActions()
 
    connect(m_actOpenProject, & QAction::triggered, this, & main_window::doActOpenProject);
    connect(m_actReloadProject, & QAction::triggered, this, & main_window::doActReloadProject);
+   connect(m_actExportJson, & QAction::triggered, this, & main_window::doActExportJson);
    connect(m_actQuit, & QAction::triggered, this, & main_window::close);
    connect(m_actGlobalSettings, & QAction::triggered, this, & main_window::doActGlobalSettings);
    connect(m_actPluginSettings, & QAction::triggered, this, & main_window::doActPluginSettings);
@@ -97,6 +104,7 @@ void main_window::createActions()
    QMenu * pFile = menuBar()->addMenu(tr("&File"));
    pFile->addAction(m_actOpenProject);
    pFile->addAction(m_actReloadProject);
+   pFile->addAction(m_actExportJson);
    pFile->addSeparator();
    pFile->addAction(m_actQuit);
    QMenu * pTools = menuBar()->addMenu(tr("&Tools"));
@@ -107,6 +115,8 @@ void main_window::createActions()
    pPlugin->addAction(m_actExport);
    pPlugin->addSeparator();
    pPlugin->addAction(m_actShowDebugger);
+   m_mnuView = menuBar()->addMenu(tr("&View"));
+   m_mnuView->setObjectName("m_mnuView");
    QMenu * pHelp = menuBar()->addMenu(tr("&Help"));
    pHelp->addAction(m_actUserGuide);
    pHelp->addAction(m_actAbout);
@@ -171,6 +181,7 @@ void main_window::updateActions()
    const bool bPlugin = (m_pPlugin != nullptr);
    const bool bProject = (m_pProject != nullptr);
    m_actReloadProject->setEnabled(! m_sProjectPath.isEmpty());
+   m_actExportJson->setEnabled(bProject);
    m_actPluginSettings->setEnabled(bPlugin && bProject && m_pPlugin->hasSettings());
    m_actExport->setEnabled(bPlugin && bProject);
 }

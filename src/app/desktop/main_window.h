@@ -17,6 +17,7 @@ class QGroupBox;
 class QLabel;
 class QLineEdit;
 class QListWidget;
+class QMenu;
 class QPushButton;
 class QTreeWidget;
 class QTreeWidgetItem;
@@ -25,6 +26,8 @@ namespace tools { class custom_javascript; }
 
 namespace desktop {
 
+class diagram_view;
+class help_opener;
 class script_debugger;
 
 // The desktop host's main window: the model tree with a small editor for the selected item,
@@ -54,6 +57,7 @@ private:
    model::entity_ptr m_pEntity;
    model::enumeration_ptr m_pEnumeration;
    QString m_sProjectPath;   // as the user opened it (.tavrel or .json), for File > Reload
+   bool m_bEditsApplied = false;   // since it was opened
 
    QTreeWidget * m_treeModel = nullptr;
    QLabel * m_lblItemKey = nullptr;
@@ -63,16 +67,20 @@ private:
    QTreeWidget * m_treeItemDetails = nullptr;
    QDockWidget * m_dockPreview = nullptr;
    QPointer<QWidget> m_pPreviewWidget;
+   QDockWidget * m_dockDiagram = nullptr;
+   diagram_view * m_viewDiagram = nullptr;
    QDockWidget * m_dockMessages = nullptr;
    QListWidget * m_lstMessages = nullptr;
    QLabel * m_lblProject = nullptr;
    QPointer<script_debugger> m_pDebugger;
+   help_opener * m_pHelp = nullptr;
    QElapsedTimer m_tmRefresh;
    // Dialogs shown during an export, each with an arrow cursor pushed over the busy one.
    QList<QObject *> m_lstExportDialogs;
 
    QAction * m_actOpenProject = nullptr;
    QAction * m_actReloadProject = nullptr;
+   QAction * m_actExportJson = nullptr;
    QAction * m_actQuit = nullptr;
    QAction * m_actGlobalSettings = nullptr;
    QAction * m_actPluginSettings = nullptr;
@@ -80,6 +88,7 @@ private:
    QAction * m_actShowDebugger = nullptr;
    QAction * m_actUserGuide = nullptr;
    QAction * m_actAbout = nullptr;
+   QMenu * m_mnuView = nullptr;
 
 public:
    // Makes itself the host's main window and loads the plug-ins of plugin_finder::pluginDirectories().
@@ -91,6 +100,8 @@ public:
 
    // Opens a .tavrel project or imports a .json model beside it; announces it to the plug-ins.
    zy::ZyBool openProject(const QString & path);
+   // Writes the document "tavrel dump" prints into a file, replaced once complete.
+   bool exportModelJson(const QString & path, QString & sError) const;
    // Selects the entity or enumeration of that key in the tree (as a click does).
    bool selectItem(const QString & key);
 
@@ -101,8 +112,11 @@ public:
    const QList<app::plugin_info> & getPlugins() const { return m_lstPlugins; }
    QTreeWidget * getModelTree() const { return m_treeModel; }
    QDockWidget * getPreviewDock() const { return m_dockPreview; }
+   QDockWidget * getDiagramDock() const { return m_dockDiagram; }
+   diagram_view * getDiagramView() const { return m_viewDiagram; }
    QListWidget * getMessageList() const { return m_lstMessages; }
    script_debugger * getDebugger() const;
+   help_opener * getHelpOpener() const { return m_pHelp; }
    QAction * getExportAction() const { return m_actExport; }
 
    // Tells the plug-in's terminate() to every plug-in: at the end of the program only, since a
@@ -111,10 +125,13 @@ public:
 
 protected:
    bool eventFilter(QObject * watched, QEvent * event) override;
+   // Typed text that is not applied is offered before the window closes.
+   void closeEvent(QCloseEvent * event) override;
 
 public Q_SLOTS:
    void doActOpenProject();
    void doActReloadProject();
+   bool doActExportJson();
    void doActGlobalSettings();
    bool doActPluginSettings();
    zy::ZyBool doActExport();
@@ -135,6 +152,11 @@ private:
    void createWidgets();
    void updateActions();
    void updateTitle();
+
+   // Before a reload of a JSON model replaces applied edits: offers to export them; false to stay.
+   bool confirmReload();
+   // Where File > Export model as JSON writes (asked; proposed beside the model when unattended).
+   QString askJsonPath() const;
 
    // The model tree and its selection.
    void createModelTree();
@@ -159,6 +181,8 @@ private:
 
    // The message area.
    void createMessagesDock();
+   // The Diagram view, a tab beside the preview.
+   void createDiagramDock();
 };
 
 } // namespace desktop

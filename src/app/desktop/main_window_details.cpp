@@ -3,6 +3,7 @@
 #include "desktop/main_window.h"
 
 #include <QBoxLayout>
+#include <QCloseEvent>
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QLabel>
@@ -54,6 +55,9 @@ QGroupBox * main_window::createDetailsPanel()
    pDetailsLayout->addLayout(pForm);
    pDetailsLayout->addLayout(pApply);
    pDetailsLayout->addWidget(m_treeItemDetails, 1);
+   // The window's shortcuts (Ctrl+E) reach it while a field has the cursor.
+   m_txtTable->installEventFilter(this);
+   m_txtDescription->installEventFilter(this);
    connect(m_txtTable, & QLineEdit::textEdited, this, & main_window::doDetailsEdited);
    connect(m_txtDescription, & QLineEdit::textEdited, this, & main_window::doDetailsEdited);
    connect(m_txtTable, & QLineEdit::returnPressed, this, & main_window::doBtnApplyDetails);
@@ -78,14 +82,17 @@ void main_window::showItemDetails()
       m_txtTable->setText(m_pEntity->getTableName());
       m_txtTable->setPlaceholderText(m_pEntity->getName());
       m_txtDescription->setText(m_pEntity->getDescription());
-      m_treeItemDetails->setHeaderLabels({ tr("Property"), tr("Type"), tr("Column"), tr("Description") });
+      m_treeItemDetails->setHeaderLabels({ tr("Property"), tr("Type"), tr("Column"), tr("Key"), tr("Null"), tr("Description") });
       for (const model::property_ptr & p : m_pEntity->getOwnProperties())
       {
          if (! p) { continue; }
-         QString sName = p->getName();
-         if (p->isPrimaryKey()) { sName += " (id)"; }
-         QTreeWidgetItem * pItem = new QTreeWidgetItem(m_treeItemDetails, { sName, p->getTypeDesc(false, false), p->getColumnName(), p->getDescription() });
-         pItem->setToolTip(3, p->getDescription());
+         const QString sColumn = (p->getColumnName().isEmpty() ? p->getName() : p->getColumnName());
+         const QString sKey = (p->isPrimaryKey() ? QStringLiteral("PK") : (p->hasRelationship() ? QStringLiteral("FK") : QString()));
+         const QString sNull = (p->hasRelationship() ? QString() : (p->getAllowNull() ? tr("yes") : tr("no")));
+         const QString sType = p->getTypeDesc(false, false);
+         QTreeWidgetItem * pItem = new QTreeWidgetItem(m_treeItemDetails, { p->getName(), sType, sColumn, sKey, sNull, p->getDescription() });
+         pItem->setToolTip(1, sType);
+         pItem->setToolTip(5, p->getDescription());
       }
    }
    else if (m_pEnumeration)
@@ -106,7 +113,12 @@ void main_window::showItemDetails()
       m_txtDescription->clear();
       m_treeItemDetails->setHeaderLabels({ QString() });
    }
-   for (int i = 0; i < m_treeItemDetails->columnCount() - 1; ++i) { m_treeItemDetails->resizeColumnToContents(i); }
+   // Every column in view: a long type is cut (its tool tip has it whole); widths stay resizable.
+   for (int i = 0; i < m_treeItemDetails->columnCount() - 1; ++i)
+   {
+      m_treeItemDetails->resizeColumnToContents(i);
+      m_treeItemDetails->setColumnWidth(i, qMin(m_treeItemDetails->columnWidth(i), 150));
+   }
 }
 
 // The table name and description as the edit panel would store them, checked by the rules of
@@ -119,7 +131,7 @@ QString main_window::detailsProblem() const
    if (m_pEntity)
    {
       sValue = m_txtTable->text().trimmed();
-      sReason = rules::literalProblem(sValue);
+      sReason = rules::sqlNameProblem(sValue);
       sField = tr("table name");
    }
    if (sReason.isEmpty())
@@ -131,6 +143,20 @@ QString main_window::detailsProblem() const
    if (sReason.isEmpty()) { return QString(); }
    const QString sKey = (m_pEntity ? m_pEntity->getKey() : m_pEnumeration->getKey());
    return tr("'%1' not updated : %2 '%3' %4").arg(sKey, sField, rules::shown(sValue), sReason);
+}
+
+void main_window::closeEvent(QCloseEvent * event)
+{
+   if (m_btnApply->isEnabled() && (m_pEntity || m_pEnumeration))
+   {
+      const QString sKey = (m_pEntity ? m_pEntity->getKey() : m_pEnumeration->getKey());
+      const QMessageBox::StandardButton answer = tools::message_box::question(this, context::ctx_global::getAppName(),
+         tr("The changes typed for '%1' are not applied yet. Apply them before closing?").arg(sKey),
+         QMessageBox::Apply | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Apply);
+      if (answer == QMessageBox::Cancel) { event->ignore(); return; }
+      if (answer == QMessageBox::Apply) { doBtnApplyDetails(); }
+   }
+   view::main_wnd::closeEvent(event);
 }
 
 void main_window::doDetailsEdited() { m_btnApply->setEnabled(m_pEntity || m_pEnumeration); }
@@ -163,6 +189,7 @@ void main_window::doBtnApplyDetails()
          tools::message_box::critical(this, context::ctx_global::getAppName(), tr("Cannot save the project : %1").arg(ok.getDesc()));
       }
    }
+   m_bEditsApplied = true;
    const QString sKey = (m_pEntity ? m_pEntity->getKey() : m_pEnumeration->getKey());
    addMessage(tr("'%1' updated").arg(sKey), 1);
    if (QTreeWidgetItem * pItem = m_treeModel->currentItem())

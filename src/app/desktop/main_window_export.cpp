@@ -3,6 +3,8 @@
 #include "desktop/main_window.h"
 
 #include <QApplication>
+#include <QLineEdit>
+#include <QKeyEvent>
 #include <QDialog>
 #include <QDateTime>
 #include <QDir>
@@ -107,6 +109,13 @@ zy::ZyBool main_window::doActExport()
 
 bool main_window::eventFilter(QObject * watched, QEvent * event)
 {
+   // A line edit claims Ctrl+E (end of line) before the shortcut is looked up: the export's
+   // shortcut is left to the window.
+   if ((event->type() == QEvent::ShortcutOverride) && qobject_cast<QLineEdit *>(watched))
+   {
+      const QKeyEvent * pKey = static_cast<QKeyEvent *>(event);
+      if (QKeySequence(pKey->keyCombination()) == m_actExport->shortcut()) { return true; }
+   }
    // A question, the plug-in's settings or a breakpoint prompt during an export waits for the
    // user: it gets the normal cursor, not the busy one of the export.
    if (isExecutingPlugin() && qobject_cast<QDialog *>(watched))

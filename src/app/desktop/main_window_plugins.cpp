@@ -5,6 +5,7 @@
 #include <QAction>
 #include <QDir>
 #include <QDockWidget>
+#include <QScrollArea>
 #include <QMetaMethod>
 
 #include "gui/plugin/export_interface.h"
@@ -47,7 +48,14 @@ void main_window::setCurrentPlugin(plugin::export_interface * pPlugin)
    m_dockPreview->setObjectName("m_dockPreview");
    m_dockPreview->setWindowIcon(pPreview->windowIcon());
    m_dockPreview->setFeatures(QDockWidget::DockWidgetMovable | QDockWidget::DockWidgetFloatable);
-   m_dockPreview->setWidget(pPreview);
+   // The preview's row of style buttons is wider than a small screen: it scrolls instead of
+   // setting the window's minimum width.
+   QScrollArea * pScroll = new QScrollArea(m_dockPreview);
+   pScroll->setObjectName("m_scrollPreview");
+   pScroll->setWidgetResizable(true);
+   pScroll->setFrameShape(QFrame::NoFrame);
+   pScroll->setWidget(pPreview);
+   m_dockPreview->setWidget(pScroll);
    addDockWidget(Qt::RightDockWidgetArea, m_dockPreview);
 
    // The preview follows the main window it found when it was built; one it was built for an

@@ -1,6 +1,7 @@
 // Opening, importing and reloading a project.
 
 #include "desktop/main_window.h"
+#include "desktop/diagram_view.h"
 #include "pimpl_setting.h"
 
 #include <QDir>
@@ -25,6 +26,7 @@ zy::ZyBool main_window::openProject(const QString & path)
    m_pProject = context::ctx_project::getProject();
    if (! m_pProject) { return zy::ZyBool(false, tr("Cannot open project '%1'").arg(path)); }
    m_sProjectPath = QFileInfo(path).absoluteFilePath();
+   m_bEditsApplied = false;
    m_pEntity.reset();
    m_pEnumeration.reset();
 
@@ -38,6 +40,7 @@ zy::ZyBool main_window::openProject(const QString & path)
 
    fillModelTree();
    showItemDetails();
+   if (m_viewDiagram) { m_viewDiagram->setProject(m_pProject); }
    Q_EMIT onLoadProject(m_pProject);
 
    addMessage(tr("Project '%1' opened : %2 entities, %3 enumerations (%4)")
@@ -66,7 +69,7 @@ void main_window::doActOpenProject()
 
 void main_window::doActReloadProject()
 {
-   if (m_sProjectPath.isEmpty()) { return; }
+   if (m_sProjectPath.isEmpty() || ! confirmReload()) { return; }
    QTreeWidgetItem * pCurrent = m_treeModel->currentItem();
    const QString sKey = (pCurrent ? pCurrent->data(0, k_roleKey).toString() : QString());
    zy::ZyBool ok = openProject(m_sProjectPath);

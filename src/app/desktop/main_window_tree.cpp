@@ -1,12 +1,16 @@
 // The model tree: entities and enumerations by namespace, and the selection the plug-ins follow.
 
 #include "desktop/main_window.h"
+#include "desktop/diagram_view.h"
 
 #include <QApplication>
+#include <QPushButton>
 #include <QStyle>
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>
 
+#include "context/ctx_global.h"
+#include "gui/tools/message_box.h"
 #include "model/entity.h"
 #include "model/enumeration.h"
 #include "model/project.h"
@@ -100,6 +104,14 @@ bool main_window::selectItem(const QString & key)
 
 void main_window::doTreeCurrentItemChanged(QTreeWidgetItem * current)
 {
+   // Text typed into the edit panel is never dropped without a word.
+   if (m_btnApply->isEnabled() && (m_pEntity || m_pEnumeration))
+   {
+      const QString sKey = (m_pEntity ? m_pEntity->getKey() : m_pEnumeration->getKey());
+      const QMessageBox::StandardButton answer = tools::message_box::question(this, context::ctx_global::getAppName(),
+         tr("The changes typed for '%1' are not applied yet. Apply them?").arg(sKey), QMessageBox::Apply | QMessageBox::Discard, QMessageBox::Apply);
+      if (answer == QMessageBox::Apply) { doBtnApplyDetails(); }
+   }
    m_pEntity.reset();
    m_pEnumeration.reset();
    const int kind = (current ? current->data(0, k_roleKind).toInt() : static_cast<int>(item_group));
@@ -115,6 +127,7 @@ void main_window::doTreeCurrentItemChanged(QTreeWidgetItem * current)
       if (p && (index >= 0) && (index < p->size())) { m_pEnumeration = p->at(index); }
    }
    showItemDetails();
+   if (m_viewDiagram && m_pEntity) { m_viewDiagram->selectEntity(m_pEntity->getKey()); }
    emitSelection();
 }
 

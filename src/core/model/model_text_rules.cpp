@@ -325,6 +325,16 @@ QString model_text_rules::literalProblem(const QString & s)
    return QString();
 }
 
+QString model_text_rules::sqlNameProblem(const QString & s)
+{
+   const QString sLiteral = literalProblem(s);
+   if (! sLiteral.isEmpty()) { return sLiteral; }
+   if (s.contains(QLatin1Char(';'))) { return QStringLiteral("holds ';', which would end the SQL statement it is written in"); }
+   if (s.contains(QLatin1Char('\'')) || s.contains(QLatin1Char('`'))) { return QStringLiteral("holds a quote, which would end the SQL name or string it is written in"); }
+   if (s.contains(QLatin1String("--")) || s.contains(QLatin1String("/*"))) { return QStringLiteral("holds an SQL comment opener ('--' or '/*')"); }
+   return QString();
+}
+
 QString model_text_rules::lineCommentProblem(const QString & s)
 {
    for (const QChar & ch : s)

@@ -34,6 +34,9 @@ public:
    // Text between the double quotes of a C++ string literal: no quote, backslash, line break
    // or other control character.
    static QString literalProblem(const QString & s);
+   // A table name, written into string literals and into the SQL the ORM runs: a literal's
+   // text, and no ';', quote or SQL comment opener (spaces and '.' stay allowed).
+   static QString sqlNameProblem(const QString & s);
    // Text after "//": no line break or other control character but tab, no final backslash.
    static QString lineCommentProblem(const QString & s);
    // Text inside "/* ... */": no "*/", no control character but tab and line breaks.

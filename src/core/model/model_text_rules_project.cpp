@@ -124,7 +124,7 @@ public:
       {
          apply(& model_text_rules::literalProblem, item, "relation foreign key", pRelation->getForeignKey(), "relation.foreign_key");
          apply(& model_text_rules::literalProblem, item, "relation foreign key owner", pRelation->getForeignKeyOwner(), "relation.foreign_key_owner");
-         apply(& model_text_rules::literalProblem, item, "relation extra table", pRelation->getExtraTable(), "relation.extra_table");
+         apply(& model_text_rules::sqlNameProblem, item, "relation extra table", pRelation->getExtraTable(), "relation.extra_table");
       }
       meta(p, item);
    }
@@ -135,7 +135,7 @@ public:
       item.pEntity = & e;
       item.i = i;
       apply(& model_text_rules::blockCommentProblem, item, "description", e.getDescription(), "description");
-      apply(& model_text_rules::literalProblem, item, "table name", e.getTableName(), "table");
+      apply(& model_text_rules::sqlNameProblem, item, "table name", e.getTableName(), "table");
       apply(& model_text_rules::literalProblem, item, "soft delete column", e.getSoftDeleteColumn(), "soft_delete_column");
       meta(e, item);
       const list_of_property & lst = e.getOwnProperties();

@@ -6,6 +6,8 @@
 #include <QLayout>
 #include <QMetaType>
 #include <QRadioButton>
+#include <QScrollBar>
+#include <QTextEdit>
 #include <QShowEvent>
 
 #include "context/ctx_global.h"
@@ -135,6 +137,8 @@ template <typename Item, typename Other>
 void cpp_export_preview::selectItem(const std::shared_ptr<Item> & item, std::shared_ptr<Item> & pSelected, std::shared_ptr<Other> & pOther)
 {
    tools::wait_cursor wait; Q_UNUSED(wait);
+   // The same item shown again (another class style, PIMPL, an edit) keeps the reader's place.
+   const bool bSameItem = (item && (item == pSelected));
    pSelected = item;
    if (pSelected) { pOther.reset(); }
    if (pSelected && (pSelected->getId() == 0)) { pSelected.reset(); }
@@ -142,8 +146,18 @@ void cpp_export_preview::selectItem(const std::shared_ptr<Item> & item, std::sha
 
    if (! m_bVisible || ! m_pProject || ! pSelected || ! m_pPlugin) { return; }
    plugin::cpp_builder * pBuilder = getOrCreateBuilder();
-   m_txtCppTemplateHeader->setPlainText(pBuilder->buildHeader(* m_pProject, * pSelected));
-   m_txtCppTemplateSource->setPlainText(pBuilder->buildSource(* m_pProject, * pSelected));
+   setCode(m_txtCppTemplateHeader, pBuilder->buildHeader(* m_pProject, * pSelected), bSameItem);
+   setCode(m_txtCppTemplateSource, pBuilder->buildSource(* m_pProject, * pSelected), bSameItem);
+}
+
+void cpp_export_preview::setCode(QTextEdit * pEdit, const QString & sCode, bool bKeepPlace)
+{
+   const int iVertical = pEdit->verticalScrollBar()->value();
+   const int iHorizontal = pEdit->horizontalScrollBar()->value();
+   pEdit->setPlainText(sCode);
+   if (! bKeepPlace) { return; }
+   pEdit->verticalScrollBar()->setValue(iVertical);
+   pEdit->horizontalScrollBar()->setValue(iHorizontal);
 }
 
 void cpp_export_preview::updateShowHidePreview()

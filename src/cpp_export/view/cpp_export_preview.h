@@ -10,6 +10,7 @@
 
 class QHideEvent;
 class QShowEvent;
+class QTextEdit;
 
 namespace plugin { class cpp_export; class cpp_builder; }
 namespace tools { class syntax_highlighter; }
@@ -64,6 +65,8 @@ private:
    // Makes item the one selection (none for an unsaved one) and previews it when shown.
    template <typename Item, typename Other>
    void selectItem(const std::shared_ptr<Item> & item, std::shared_ptr<Item> & pSelected, std::shared_ptr<Other> & pOther);
+   // Shows generated code, at the same scroll position when bKeepPlace.
+   static void setCode(QTextEdit * pEdit, const QString & sCode, bool bKeepPlace);
 };
 
 } // namespace view

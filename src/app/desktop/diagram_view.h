@@ -1,0 +1,71 @@
+#pragma once
+
+#include <QGraphicsView>
+#include <QHash>
+#include <QWidget>
+
+#include "diagram/diagram_graph.h"
+#include "model/model_fwd.h"
+
+class QComboBox;
+class QGraphicsItem;
+class QGraphicsScene;
+class QLabel;
+
+namespace desktop {
+
+// The Diagram view: the model's entities laid out by Graphviz and drawn in a QGraphicsScene,
+// zoomed with Ctrl + wheel or the +/- keys, panned by dragging, filtered by namespace. A click on
+// a box reports its entity; selectEntity() marks and centres a box. The layout is computed when
+// the view is shown, not while it is hidden.
+class diagram_view : public QWidget
+{
+   Q_OBJECT
+
+   model::project_ptr m_pProject;
+   diagram::graph m_graph;
+   QHash<QString, QGraphicsItem *> m_hBoxes;
+   QComboBox * m_cboNamespace = nullptr;
+   QLabel * m_lblStatus = nullptr;
+   QGraphicsView * m_viewGraph = nullptr;
+   QGraphicsScene * m_pScene = nullptr;
+   QString m_sSelectedKey;
+   bool m_bDirty = false;
+   bool m_bSelecting = false;
+
+public:
+   explicit diagram_view(QWidget * parent = nullptr);
+
+   // A new or changed model: the picture is made again (now when visible, else when shown).
+   void setProject(const model::project_ptr & pProject);
+   // Lays the model out and draws it; false (with the reason shown in the view) when Graphviz fails.
+   bool rebuild();
+   // Marks the entity's box and centres it; false when it is not drawn.
+   bool selectEntity(const QString & key);
+
+   QGraphicsView * getView() const { return m_viewGraph; }
+   QComboBox * getNamespaceFilter() const { return m_cboNamespace; }
+   QStringList getBoxKeys() const { return m_hBoxes.keys(); }
+   // The box of an entity in scene coordinates (empty when it is not drawn).
+   QRectF getBoxRect(const QString & key) const;
+   QString getSelectedKey() const { return m_sSelectedKey; }
+
+Q_SIGNALS:
+   void entityClicked(const QString & key);
+
+protected:
+   void showEvent(QShowEvent * event) override;
+   bool eventFilter(QObject * watched, QEvent * event) override;
+
+private Q_SLOTS:
+   void doSceneSelectionChanged();
+   void doCboNamespaceChanged();
+
+private:
+   void fillNamespaces();
+   void drawBox(const diagram::box & b);
+   void drawEdge(const diagram::edge & e);
+   void zoom(double dFactor);
+};
+
+} // namespace desktop

@@ -1,0 +1,52 @@
+#include "desktop/help_window.h"
+
+#include <QDesktopServices>
+#include <QTextBrowser>
+#include <QVBoxLayout>
+
+namespace desktop {
+
+help_window::help_window(QWidget * parent) : QWidget(parent, Qt::Window)
+{
+   setObjectName("help_window");
+   setWindowTitle(tr("User guide"));
+   m_txtGuide = new QTextBrowser(this);
+   m_txtGuide->setObjectName("m_txtGuide");
+   m_txtGuide->setOpenExternalLinks(false);
+   QVBoxLayout * pLayout = new QVBoxLayout(this);
+   pLayout->setContentsMargins(0, 0, 0, 0);
+   pLayout->addWidget(m_txtGuide);
+   resize(900, 700);
+}
+
+void help_window::showUrl(const QUrl & url)
+{
+   m_txtGuide->setSource(url);
+   show();
+   raise();
+   activateWindow();
+}
+
+help_opener::help_opener(QObject * parent) : QObject(parent)
+{
+   QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "openUrl");
+}
+
+help_opener::~help_opener()
+{
+   QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+   delete m_pWindow.data();
+}
+
+void help_opener::openUrl(const QUrl & url)
+{
+   // The desktop's viewer is asked without this handler in the way, then put back.
+   QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+   const bool bOpened = QDesktopServices::openUrl(url);
+   QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "openUrl");
+   if (bOpened) { return; }
+   if (! m_pWindow) { m_pWindow = new help_window(); }
+   m_pWindow->showUrl(url);
+}
+
+} // namespace desktop

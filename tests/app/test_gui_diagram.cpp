@@ -1,0 +1,114 @@
+// The desktop host's Diagram view: every entity drawn, the link with the model tree both ways,
+// the namespace filter, zoom.
+
+#include <QComboBox>
+#include <QDockWidget>
+#include <QGraphicsView>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include "desktop/diagram_view.h"
+#include "model/entity.h"
+#include "model/project.h"
+#include "test_gui_support.h"
+
+namespace {
+
+class GuiDiagram : public gui_test::GuiFixture
+{
+protected:
+   desktop::diagram_view * m_pView = nullptr;
+
+   void openShop()
+   {
+      const zy::ZyBool ok = m_pWnd->openProject(copyShop("d"));
+      ASSERT_TRUE(ok) << ok.getDesc().toStdString();
+      m_pWnd->getDiagramDock()->show();
+      m_pWnd->getDiagramDock()->raise();
+      m_pView = m_pWnd->getDiagramView();
+      ASSERT_TRUE(m_pView);
+      ASSERT_TRUE(QTest::qWaitForWindowExposed(m_pWnd.get()));
+      QCoreApplication::processEvents();
+   }
+
+   QString currentTreeKey() const
+   {
+      QTreeWidgetItem * p = m_pWnd->getModelTree()->currentItem();
+      return (p ? p->data(0, desktop::main_window::k_roleKey).toString() : QString());
+   }
+};
+
+} // namespace
+
+TEST_F(GuiDiagram, DrawsEveryEntityOfTheModelOnceShown)
+{
+   openShop();
+   QStringList keys = m_pView->getBoxKeys();
+   keys.sort();
+   QStringList expected;
+   for (const auto & e : * m_pWnd->getProject()->getListOfAllEntities()) { expected << e->getKey(); }
+   expected.sort();
+   EXPECT_EQ(keys, expected);
+   for (const QString & k : keys) { EXPECT_FALSE(m_pView->getBoxRect(k).isEmpty()) << k.toStdString(); }
+}
+
+TEST_F(GuiDiagram, ClickOnABoxSelectsTheEntityInTheTree)
+{
+   openShop();
+   QGraphicsView * pView = m_pView->getView();
+   for (const QString & key : { QString("shop::sales::Order"), QString("shop::Product") })
+   {
+      pView->centerOn(m_pView->getBoxRect(key).center());
+      const QPoint at = pView->mapFromScene(m_pView->getBoxRect(key).center());
+      ASSERT_TRUE(pView->viewport()->rect().contains(at));
+      QTest::mouseClick(pView->viewport(), Qt::LeftButton, Qt::NoModifier, at);
+      EXPECT_EQ(currentTreeKey(), key);
+      ASSERT_TRUE(m_pWnd->getSelectedEntity());
+      EXPECT_EQ(m_pWnd->getSelectedEntity()->getKey(), key);
+   }
+}
+
+TEST_F(GuiDiagram, TreeSelectionMarksAndCentresTheBox)
+{
+   openShop();
+   QGraphicsView * pView = m_pView->getView();
+   pView->resetTransform();
+   pView->scale(2.0, 2.0);
+   for (const QString & key : { QString("shop::Base"), QString("shop::Customer") })
+   {
+      ASSERT_TRUE(m_pWnd->selectItem(key));
+      EXPECT_EQ(m_pView->getSelectedKey(), key);
+      const QPointF centre = pView->mapToScene(pView->viewport()->rect().center());
+      const QRectF box = m_pView->getBoxRect(key);
+      // Centred as far as the scene's border allows: the box is inside the visible part.
+      EXPECT_TRUE(pView->mapToScene(pView->viewport()->rect()).boundingRect().intersects(box)) << key.toStdString();
+      EXPECT_LT(QLineF(centre, box.center()).length(), pView->mapToScene(pView->viewport()->rect()).boundingRect().width()) << key.toStdString();
+   }
+}
+
+TEST_F(GuiDiagram, NamespaceFilterKeepsItsEntities)
+{
+   openShop();
+   QComboBox * pFilter = m_pView->getNamespaceFilter();
+   const int i = pFilter->findData("shop::sales");
+   ASSERT_GE(i, 0);
+   pFilter->setCurrentIndex(i);
+   QStringList keys = m_pView->getBoxKeys();
+   keys.sort();
+   EXPECT_EQ(keys, QStringList({ "shop::sales::Invoice", "shop::sales::Order", "shop::sales::OrderItem" }));
+   pFilter->setCurrentIndex(0);
+   EXPECT_EQ(m_pView->getBoxKeys().size(), m_pWnd->getProject()->getListOfAllEntities()->size());
+}
+
+TEST_F(GuiDiagram, KeysAndCtrlWheelZoom)
+{
+   openShop();
+   QGraphicsView * pView = m_pView->getView();
+   pView->resetTransform();
+   pView->setFocus();
+   QTest::keyClick(pView, Qt::Key_Plus);
+   EXPECT_DOUBLE_EQ(pView->transform().m11(), 1.25);
+   QTest::keyClick(pView, Qt::Key_Minus);
+   EXPECT_DOUBLE_EQ(pView->transform().m11(), 1.0);
+}
