@@ -79,7 +79,7 @@ zy::ZyBool export_lifecycle::finish(const QString & plugin, const plugin::export
    if (sRoot.isEmpty() || ! db.isValid()) { return zy::ZyBool(true); }
 
    storage::export_record::files oldRecord;
-   zy::ZyBool ok = storage::export_record::read(db, plugin, sRoot, oldRecord);
+   zy::ZyBool ok = storage::export_record::read(db, plugin, files.recordKey(), oldRecord);
    if (! ok) { return ok; }
    QStringList lstStale = oldRecord.keys();
    lstStale.sort();
@@ -102,7 +102,7 @@ zy::ZyBool export_lifecycle::finish(const QString & plugin, const plugin::export
       }
    }
    if (bDryRun) { return zy::ZyBool(true); }
-   return storage::export_record::write(db, plugin, sRoot, newRecord);
+   return storage::export_record::write(db, plugin, files.recordKey(), newRecord);
 }
 
 QString export_lifecycle::summary(const export_outcome & outcome, double dSeconds, bool bDryRun)

@@ -83,6 +83,9 @@ void main_window::createActions()
    m_actExport->setObjectName("m_actExport");
    m_actExport->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_E));
    m_actExport->setStatusTip(tr("Export the project with the plug-in (hold Shift to debug the custom script)"));
+   m_actExportPreview = new QAction(tr("Export &preview (dry run)..."), this);
+   m_actExportPreview->setObjectName("m_actExportPreview");
+   m_actExportPreview->setStatusTip(tr("List the files the export would add, change and remove, with their differences"));
    m_actShowDebugger = new QAction(tr("Script &debugger"), this);
    m_actShowDebugger->setObjectName("m_actShowDebugger");
    m_actUserGuide = new QAction(pStyle->standardIcon(QStyle::SP_DialogHelpButton), tr("&User guide"), this);
@@ -97,6 +100,7 @@ void main_window::createActions()
    connect(m_actGlobalSettings, & QAction::triggered, this, & main_window::doActGlobalSettings);
    connect(m_actPluginSettings, & QAction::triggered, this, & main_window::doActPluginSettings);
    connect(m_actExport, & QAction::triggered, this, & main_window::doActExport);
+   connect(m_actExportPreview, & QAction::triggered, this, & main_window::doActExportPreview);
    connect(m_actShowDebugger, & QAction::triggered, this, & main_window::doActShowDebugger);
    connect(m_actUserGuide, & QAction::triggered, this, & main_window::doActUserGuide);
    connect(m_actAbout, & QAction::triggered, this, & main_window::doActAbout);
@@ -113,6 +117,7 @@ void main_window::createActions()
    pPlugin->setObjectName("m_mnuPlugin");
    pPlugin->addAction(m_actPluginSettings);
    pPlugin->addAction(m_actExport);
+   pPlugin->addAction(m_actExportPreview);
    pPlugin->addSeparator();
    pPlugin->addAction(m_actShowDebugger);
    m_mnuView = menuBar()->addMenu(tr("&View"));
@@ -184,6 +189,7 @@ void main_window::updateActions()
    m_actExportJson->setEnabled(bProject);
    m_actPluginSettings->setEnabled(bPlugin && bProject && m_pPlugin->hasSettings());
    m_actExport->setEnabled(bPlugin && bProject);
+   m_actExportPreview->setEnabled(bPlugin && bProject);
 }
 
 void main_window::updateTitle()

@@ -27,6 +27,7 @@ namespace tools { class custom_javascript; }
 namespace desktop {
 
 class diagram_view;
+class export_preview_dialog;
 class help_opener;
 class script_debugger;
 
@@ -73,6 +74,7 @@ private:
    QListWidget * m_lstMessages = nullptr;
    QLabel * m_lblProject = nullptr;
    QPointer<script_debugger> m_pDebugger;
+   QPointer<export_preview_dialog> m_pExportPreview;
    help_opener * m_pHelp = nullptr;
    QElapsedTimer m_tmRefresh;
    // Dialogs shown during an export, each with an arrow cursor pushed over the busy one.
@@ -85,6 +87,7 @@ private:
    QAction * m_actGlobalSettings = nullptr;
    QAction * m_actPluginSettings = nullptr;
    QAction * m_actExport = nullptr;
+   QAction * m_actExportPreview = nullptr;
    QAction * m_actShowDebugger = nullptr;
    QAction * m_actUserGuide = nullptr;
    QAction * m_actAbout = nullptr;
@@ -118,6 +121,8 @@ public:
    script_debugger * getDebugger() const;
    help_opener * getHelpOpener() const { return m_pHelp; }
    QAction * getExportAction() const { return m_actExport; }
+   QAction * getExportPreviewAction() const { return m_actExportPreview; }
+   export_preview_dialog * getExportPreview() const;
 
    // Tells the plug-in's terminate() to every plug-in: at the end of the program only, since a
    // terminated plug-in hands out no preview any more.
@@ -135,6 +140,8 @@ public Q_SLOTS:
    void doActGlobalSettings();
    bool doActPluginSettings();
    zy::ZyBool doActExport();
+   // A dry run of the export, shown in the export preview dialog; false when it could not run.
+   bool doActExportPreview();
    void doActShowDebugger();
    void doActUserGuide();
    void doActAbout();
@@ -174,6 +181,12 @@ private:
    void setCurrentPlugin(plugin::export_interface * pPlugin);
    // The plug-in's settings may have changed: its views reload them and show the selection again.
    void refreshPluginViews();
+   // Why no export can start now (empty when it can).
+   QString exportRefusal() const;
+   QString exportTitle() const;
+   // The plug-in's export with files to report to, the debugger and the cursor looked after.
+   zy::ZyBool runPlugin(plugin::export_files & files);
+   void reportFailedExport(const zy::ZyBool & result);
    // The host's summary of a complete export: removes the stale files, records the new set.
    void showExportSummary(const plugin::export_files & files, qint64 iStartMs);
    // A script engine of the plug-in that is debugging gets the debugger window.

@@ -11,6 +11,7 @@
 #include <QStatusBar>
 
 #include "context/ctx_global.h"
+#include "desktop/export_preview_dialog.h"
 #include "desktop/script_debugger.h"
 #include "model/model_text_rules.h"
 #include "model/project.h"
@@ -48,31 +49,21 @@ bool main_window::doActPluginSettings()
    return bAccepted;
 }
 
-zy::ZyBool main_window::doActExport()
+QString main_window::exportRefusal() const
 {
-   const QString sTitle = context::ctx_global::getAppName() + " - " + (m_pPlugin ? m_pPlugin->getName() : tr("Export"));
-   QString sError;
-   if (! m_pPlugin) { sError = tr("No export plug-in found in '%1'").arg(QDir::toNativeSeparators(m_sPluginDir)); }
-   else if (! m_pProject) { sError = tr("Please open a project before exporting it"); }
-   else if (isExecutingPlugin()) { sError = tr("An export is already running"); }
-   else
-   {
-      // Text that would break out of the generated code is refused whatever the user answers.
-      const QString sTextProblems = model::model_text_rules::problemText(* m_pProject);
-      if (! sTextProblems.isEmpty()) { sError = tr("Export refused, the model holds text that would break out of the generated code :\n%1").arg(sTextProblems); }
-   }
-   if (! sError.isEmpty())
-   {
-      tools::message_box::critical(this, sTitle, sError);
-      return zy::ZyBool(false, sError);
-   }
+   if (! m_pPlugin) { return tr("No export plug-in found in '%1'").arg(QDir::toNativeSeparators(m_sPluginDir)); }
+   if (! m_pProject) { return tr("Please open a project before exporting it"); }
+   if (isExecutingPlugin()) { return tr("An export is already running"); }
+   // Text that would break out of the generated code is refused whatever the user answers.
+   const QString sTextProblems = model::model_text_rules::problemText(* m_pProject);
+   if (! sTextProblems.isEmpty()) { return tr("Export refused, the model holds text that would break out of the generated code :\n%1").arg(sTextProblems); }
+   return QString();
+}
 
+zy::ZyBool main_window::runPlugin(plugin::export_files & files)
+{
    attachRunningDebugger();
-   addMessage(tr("Export of project '%1' with plug-in '%2' started").arg(m_pProject->getName(), m_pPlugin->getName()), 1);
-   statusBar()->showMessage(tr("Exporting..."));
    zy::ZyBool result;
-   plugin::export_files files;
-   const qint64 iStartMs = QDateTime::currentMSecsSinceEpoch();
    {
       // Holding Shift makes the plug-in start debugging its script inside exportProject.
       script_watcher watcher;
@@ -89,14 +80,30 @@ zy::ZyBool main_window::doActExport()
       m_lstExportDialogs.clear();
    }
    attachRunningDebugger();
+   return result;
+}
 
-   if (! result)
+QString main_window::exportTitle() const
+{
+   return context::ctx_global::getAppName() + " - " + (m_pPlugin ? m_pPlugin->getName() : tr("Export"));
+}
+
+zy::ZyBool main_window::doActExport()
+{
+   const QString sError = exportRefusal();
+   if (! sError.isEmpty())
    {
-      const QString sText = (result.getDesc().isEmpty() ? tr("The export failed") : result.getDesc());
-      addMessage(sText, 3);
-      statusBar()->showMessage(tr("Export failed"), 10000);
-      tools::message_box::critical(this, sTitle, sText);
+      tools::message_box::critical(this, exportTitle(), sError);
+      return zy::ZyBool(false, sError);
    }
+   if (m_pExportPreview) { m_pExportPreview->close(); }
+
+   addMessage(tr("Export of project '%1' with plug-in '%2' started").arg(m_pProject->getName(), m_pPlugin->getName()), 1);
+   statusBar()->showMessage(tr("Exporting..."));
+   plugin::export_files files;
+   const qint64 iStartMs = QDateTime::currentMSecsSinceEpoch();
+   const zy::ZyBool result = runPlugin(files);
+   if (! result) { reportFailedExport(result); }
    else
    {
       if (! result.getDesc().isEmpty()) { addMessage(result.getDesc(), 1); }
@@ -105,6 +112,50 @@ zy::ZyBool main_window::doActExport()
    }
    refreshPluginViews();
    return result;
+}
+
+bool main_window::doActExportPreview()
+{
+   const QString sError = exportRefusal();
+   if (! sError.isEmpty())
+   {
+      tools::message_box::critical(this, exportTitle(), sError);
+      return false;
+   }
+   statusBar()->showMessage(tr("Preparing the export preview..."));
+   plugin::export_files files;
+   files.setDryRun(true);
+   files.setKeepTexts(true);
+   const qint64 iStartMs = QDateTime::currentMSecsSinceEpoch();
+   zy::ZyBool result = runPlugin(files);
+   app::export_outcome outcome;
+   if (result) { result = app::export_lifecycle::finish(m_pPlugin->getName(), files, true, false, outcome); }
+   if (! result)
+   {
+      reportFailedExport(result);
+      return false;
+   }
+   const QString sSummary = app::export_lifecycle::summary(outcome, (QDateTime::currentMSecsSinceEpoch() - iStartMs) / 1000.0, true);
+   addMessage(tr("Export preview : %1").arg(sSummary), 1);
+   statusBar()->showMessage(sSummary, 10000);
+   if (! m_pExportPreview)
+   {
+      m_pExportPreview = new export_preview_dialog(this);
+      m_pExportPreview->setWindowModality(Qt::WindowModal);
+      connect(m_pExportPreview, & export_preview_dialog::exportRequested, this, & main_window::doActExport);
+   }
+   m_pExportPreview->setPreview(files, outcome, sSummary);
+   m_pExportPreview->show();
+   m_pExportPreview->raise();
+   return true;
+}
+
+void main_window::reportFailedExport(const zy::ZyBool & result)
+{
+   const QString sText = (result.getDesc().isEmpty() ? tr("The export failed") : result.getDesc());
+   addMessage(sText, 3);
+   statusBar()->showMessage(tr("Export failed"), 10000);
+   tools::message_box::critical(this, exportTitle(), sText);
 }
 
 bool main_window::eventFilter(QObject * watched, QEvent * event)
@@ -185,5 +236,6 @@ void main_window::doActShowDebugger()
 }
 
 script_debugger * main_window::getDebugger() const { return m_pDebugger.data(); }
+export_preview_dialog * main_window::getExportPreview() const { return m_pExportPreview.data(); }
 
 } // namespace desktop

@@ -22,6 +22,14 @@ QString script_file::refusedPath(const QString & sFile)
    return QString();
 }
 
+QString script_file::currentText(const QString & sFile, bool & bExists)
+{
+   QFile file(sFile);
+   bExists = file.exists();
+   if (! bExists || ! file.open(QIODevice::ReadOnly)) { return QString(); }
+   return QString::fromUtf8(file.readAll());
+}
+
 script_file::enum_outcome script_file::write(const QString & sFile, const QString & sText, QString & sReason)
 {
    sReason = refusedPath(sFile);

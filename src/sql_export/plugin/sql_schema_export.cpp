@@ -9,6 +9,7 @@
 
 #include "context/ctx_global.h"
 #include "context/ctx_project.h"
+#include "gui/plugin/export_files.h"
 #include "gui/tools/wait_cursor.h"
 #include "gui/view/main_wnd.h"
 #include "model/plugin_params.h"
@@ -171,10 +172,22 @@ zy::ZyBool sql_schema_export::exportProject(model::project & project)
    const QString sText = sql_export::schema_script::write(schema, dialect, project.getName());
 
    const QString sFile = getScriptPath(true, & project);
-   QString sReason;
+   QString sReason = sql_export::script_file::refusedPath(sFile);
+   if (! sReason.isEmpty()) { return zy::ZyBool(false, sReason); }
+   const QString sNative = QDir::toNativeSeparators(QFileInfo(sFile).absoluteFilePath());
+   if (export_files * pFiles = getExportFiles())
+   {
+      bool bExists = false;
+      const QString sOld = sql_export::script_file::currentText(sFile, bExists);
+      pFiles->begin(QFileInfo(sFile).absolutePath(), QString(), QFileInfo(sFile).absoluteFilePath());
+      if (! pFiles->report(QFileInfo(sFile).absoluteFilePath(), bExists, sOld, sText, (bExists && (sOld == sText))))
+      {
+         if (! pFiles->isDryRun()) { Q_EMIT onMessage("Unchanged : " + sNative, 1, 0); }
+         return zy::ZyBool(true, QString());
+      }
+   }
    const sql_export::script_file::enum_outcome eOutcome = sql_export::script_file::write(sFile, sText, sReason);
    if (eOutcome == sql_export::script_file::outcome_refused) { return zy::ZyBool(false, sReason); }
-   const QString sNative = QDir::toNativeSeparators(QFileInfo(sFile).absoluteFilePath());
    Q_EMIT onMessage(((eOutcome == sql_export::script_file::outcome_unchanged) ? "Unchanged : " : "Written : ") + sNative, 1, 0);
    return zy::ZyBool(true, QString());
 }

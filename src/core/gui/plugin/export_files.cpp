@@ -5,10 +5,11 @@
 
 namespace plugin {
 
-void export_files::begin(const QString & root, const QString & ignoredLine)
+void export_files::begin(const QString & root, const QString & ignoredLine, const QString & recordKey)
 {
    m_sRoot = QDir(root).absolutePath();
    m_sIgnoredLine = ignoredLine;
+   m_sRecordKey = (recordKey.isEmpty() ? QString() : QDir::cleanPath(QDir(root).absoluteFilePath(recordKey)));
    m_lstFiles.clear();
 }
 
@@ -35,6 +36,7 @@ void export_files::clear()
 {
    m_sRoot.clear();
    m_sIgnoredLine.clear();
+   m_sRecordKey.clear();
    m_lstFiles.clear();
 }
 

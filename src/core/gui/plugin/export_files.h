@@ -30,6 +30,7 @@ private:
    bool m_bKeepTexts = false;
    QString m_sRoot;
    QString m_sIgnoredLine;
+   QString m_sRecordKey;
    QList<file> m_lstFiles;
 
 public:
@@ -40,8 +41,12 @@ public:
 
    // Called by the plug-in when it starts writing into root. ignoredLine is a regular expression
    // of the lines its rewrite rule does not count as a change (a dated banner), or empty.
-   void begin(const QString & root, const QString & ignoredLine);
+   // recordKey names the record of this export in the project (the root when empty): a plug-in
+   // that writes one chosen file keys it by that file, so that another file of the same folder
+   // is never taken for a stale one.
+   void begin(const QString & root, const QString & ignoredLine, const QString & recordKey = QString());
    QString root() const { return m_sRoot; }
+   QString recordKey() const { return (m_sRecordKey.isEmpty() ? m_sRoot : m_sRecordKey); }
    QString ignoredLine() const { return m_sIgnoredLine; }
 
    // One generated file: its text on disk (empty when absent), the text generated, and whether
