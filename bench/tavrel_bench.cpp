@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QHash>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -21,6 +22,9 @@
 #include <vector>
 
 #include "context/ctx_global.h"
+#include "context/ctx_project.h"
+#include "export_lifecycle.h"
+#include "gui/plugin/export_files.h"
 #include "model/entity.h"
 #include "model/global_params.h"
 #include "model/project.h"
@@ -142,6 +146,8 @@ struct figures
    double unchangedMs = 0; int unchangedWritten = -1;
    double changedMs = 0; int changedWritten = -1; qint64 changedBytes = 0;
    double previewUs = 0; qint64 previewBytes = 0;
+   // The host's side of an export: the file report, the stale-file check and the record.
+   double coldPairMs = 0, coldRecordMs = 0, unchangedPairMs = 0, unchangedRecordMs = 0, dryRunMs = 0;
 };
 
 class bench_runner
@@ -218,6 +224,57 @@ public:
       if (pSysMs) { * pSysMs = sys1 - sys0; }
       if (! ok) { qFatal("export failed: %s", qPrintable(ok.getDesc())); }
       return ms;
+   }
+
+   // One export as the host runs it: the plug-in reports every file, then the host compares them
+   // with the record, removes nothing (nothing is stale) and records the set unless dry.
+   double timedHostExport(plugin::cpp_builder & builder, model::project & project, bool bDryRun)
+   {
+      plugin::export_files files;
+      files.setDryRun(bDryRun);
+      app::export_outcome outcome;
+      QElapsedTimer t;
+      t.start();
+      m_plugin.setExportFiles(& files);
+      zy::ZyBool ok = builder.build(project);
+      m_plugin.setExportFiles(nullptr);
+      if (ok) { ok = app::export_lifecycle::finish(m_plugin.getName(), files, bDryRun, false, outcome); }
+      const double ms = t.nsecsElapsed() / 1e6;
+      if (! ok) { qFatal("export failed: %s", qPrintable(ok.getDesc())); }
+      if (bDryRun && ! outcome.upToDate()) { qFatal("the dry run of an unchanged tree found changes"); }
+      return ms;
+   }
+
+   // Each run with the record follows one without, so that both see the same machine.
+   void runLifecycle(figures & f, model::project & project, const QString & out)
+   {
+      std::vector<double> vCold, vColdRecord, vUnchanged, vUnchangedRecord, vDry;
+      for (int r = 0; r < m_settings.repeat; ++r)
+      {
+         for (bool bRecord : { false, true })
+         {
+            QDir(out).removeRecursively();
+            QDir().mkpath(out);
+            plugin::cpp_builder builder(& m_plugin);
+            settleDisk();
+            (bRecord ? vColdRecord : vCold).push_back(bRecord ? timedHostExport(builder, project, false) : timedBuild(builder, project, false));
+         }
+      }
+      plugin::cpp_builder builder(& m_plugin);
+      for (int r = 0; r < m_settings.repeat; ++r)
+      {
+         settleDisk();
+         vUnchanged.push_back(timedBuild(builder, project, false));
+         settleDisk();
+         vUnchangedRecord.push_back(timedHostExport(builder, project, false));
+         settleDisk();
+         vDry.push_back(timedHostExport(builder, project, true));
+      }
+      f.coldPairMs = median(vCold);
+      f.coldRecordMs = median(vColdRecord);
+      f.unchangedPairMs = median(vUnchanged);
+      f.unchangedRecordMs = median(vUnchangedRecord);
+      f.dryRunMs = median(vDry);
    }
 
    figures run(int n)
@@ -336,6 +393,7 @@ public:
          f.previewUs = median(v);
       }
 
+      if (! bProfileOnly) { runLifecycle(f, * pProject, out); }
       if (! m_settings.keep) { QDir(base).removeRecursively(); }
       return f;
    }
@@ -355,6 +413,15 @@ void printTable(const QList<figures> & all, const settings & s)
                   (f.copyMs > 0 ? f.coldMs / f.copyMs : 0.0),
                   f.unchangedMs, f.unchangedWritten, f.changedMs, f.changedWritten, static_cast<long long>(f.changedBytes),
                   f.previewUs, static_cast<long long>(f.previewBytes));
+   }
+   std::printf("\nThe host's side (file report, stale-file check, record in the project file), median of %d runs\n\n", s.repeat);
+   std::printf("| N | cold export ms | cold export + record ms (added) | unchanged re-export ms | unchanged re-export + record ms "
+               "| dry run or check of the unchanged tree ms |\n");
+   std::printf("|---:|---:|---:|---:|---:|---:|\n");
+   for (const figures & f : all)
+   {
+      std::printf("| %d | %.1f | %.1f (%+.1f %%) | %.1f | %.1f | %.1f |\n", f.n, f.coldPairMs, f.coldRecordMs,
+                  (f.coldPairMs > 0 ? (100.0 * (f.coldRecordMs - f.coldPairMs) / f.coldPairMs) : 0.0), f.unchangedPairMs, f.unchangedRecordMs, f.dryRunMs);
    }
    std::fflush(stdout);
 }
@@ -400,6 +467,15 @@ int main(int argc, char ** argv)
    QTemporaryDir tmp;
    s.workDir = (parser.isSet(optWork) ? QDir(parser.value(optWork)).absolutePath() : tmp.path());
    QDir().mkpath(s.workDir);
+
+   // The record of the exported files lives in a project file, as in the hosts.
+   const QString sProjectModel = s.workDir + "/bench_project.json";
+   {
+      QFile model(sProjectModel);
+      if (! model.open(QIODevice::WriteOnly) || (model.write("{ \"name\": \"BENCH\", \"entities\": [] }\n") <= 0)) { qFatal("cannot write %s", qPrintable(sProjectModel)); }
+   }
+   const zy::ZyBool opened = context::ctx_project::openProject(sProjectModel);
+   if (! opened) { qFatal("cannot open the bench project: %s", qPrintable(opened.getDesc())); }
 
    bench_runner runner(s);
    QList<figures> all;

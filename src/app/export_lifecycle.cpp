@@ -66,9 +66,11 @@ zy::ZyBool export_lifecycle::finish(const QString & plugin, const plugin::export
    const QDir root(sRoot);
    storage::export_record::files newRecord;
    QStringList lstUnchanged;
+   // Reported paths are clean and absolute, below the root but for a plug-in's odd one out.
+   const QString sPrefix = (QDir::cleanPath(sRoot) + '/');
    for (const plugin::export_files::file & f : files.files())
    {
-      const QString sRel = root.relativeFilePath(f.path);
+      const QString sRel = (f.path.startsWith(sPrefix) ? f.path.mid(sPrefix.size()) : root.relativeFilePath(f.path));
       newRecord.insert(sRel, f.hash);
       if (f.status == plugin::export_files::status_unchanged) { ++outcome.unchanged; outcome.lines.append("  " + sRel); continue; }
       ++outcome.written;
@@ -101,7 +103,8 @@ zy::ZyBool export_lifecycle::finish(const QString & plugin, const plugin::export
             break;
       }
    }
-   if (bDryRun) { return zy::ZyBool(true); }
+   // An export that changed nothing leaves the project file alone (no write, no sync to disk).
+   if (bDryRun || (newRecord == oldRecord)) { return zy::ZyBool(true); }
    return storage::export_record::write(db, plugin, files.recordKey(), newRecord);
 }
 
