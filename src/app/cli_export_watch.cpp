@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QFileSystemWatcher>
+#include <QMap>
 #include <QTimer>
 
 #include <csignal>
@@ -37,17 +38,24 @@ QStringList watchedFiles(const QString & model, const QStringList & allArgs)
    return lst;
 }
 
-// What the watched files hold: a save that changes nothing starts no export.
-QByteArray fingerprint(const QStringList & lstFiles)
+// What each watched file holds: a save that changes nothing starts no export.
+typedef QMap<QString, QByteArray> file_state;
+
+file_state fingerprint(const QStringList & lstFiles)
 {
-   QCryptographicHash hash(QCryptographicHash::Sha1);
+   file_state state;
    for (const QString & sFile : lstFiles)
    {
       QFile file(sFile);
-      hash.addData(sFile.toUtf8());
-      hash.addData(file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("\0missing", 8));
+      state.insert(sFile, file.open(QIODevice::ReadOnly) ? QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha1) : QByteArray("\0missing", 8));
    }
-   return hash.result();
+   return state;
+}
+
+file_state united(file_state a, const file_state & b)
+{
+   a.insert(b);
+   return a;
 }
 
 } // namespace
@@ -55,13 +63,13 @@ QByteArray fingerprint(const QStringList & lstFiles)
 int cli_host::cmdWatch(const QStringList & positional, const QStringList & allArgs, const export_flags & flags)
 {
    if (positional.size() != 1) { return usageError("export needs exactly one PROJECT"); }
-   const QStringList lstFiles = watchedFiles(positional.at(0), allArgs);
+   QStringList lstFiles = watchedFiles(positional.at(0), allArgs);
    g_iStopWatching = 0;
    auto previousInt = std::signal(SIGINT, stopWatching);
    auto previousTerm = std::signal(SIGTERM, stopWatching);
 
    QFileSystemWatcher watcher;
-   QByteArray lastSeen;
+   file_state lastSeen;
    QTimer debounce;
    debounce.setSingleShot(true);
    debounce.setInterval(300);
@@ -80,12 +88,21 @@ int cli_host::cmdWatch(const QStringList & positional, const QStringList & allAr
    // project file after it, as the export writes its record there.
    QStringList lstSources, lstProjectFiles;
    for (const QString & sFile : lstFiles) { (sFile.endsWith(QLatin1String(".tavrel")) ? lstProjectFiles : lstSources).append(sFile); }
-   auto current = [&]() { return fingerprint(lstSources) + fingerprint(lstProjectFiles); };
+   auto current = [&]() { return united(fingerprint(lstSources), fingerprint(lstProjectFiles)); };
    auto exportOnce = [&]()
    {
-      const QByteArray before = fingerprint(lstSources);
+      file_state before = fingerprint(lstSources);
       cmdExport(positional, allArgs, flags);
-      lastSeen = before + fingerprint(lstProjectFiles);
+      // Files the plug-in read on its own (a user script of the stored settings) are followed
+      // from now on, as they were when it read them.
+      for (const QString & sInput : m_lstLastInputs)
+      {
+         if (lstFiles.contains(sInput)) { continue; }
+         lstFiles.append(sInput);
+         lstSources.append(sInput);
+         before.insert(fingerprint({ sInput }));
+      }
+      lastSeen = united(before, fingerprint(lstProjectFiles));
       rewatch();
       // A save while the files were not watched yet gave no event.
       if (current() != lastSeen) { debounce.start(); }

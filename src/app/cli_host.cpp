@@ -357,6 +357,7 @@ int cli_host::cmdExport(const QStringList & positional, const QStringList & allA
    zy::ZyBool result = pPlugin->exportProject(* project);
    m_pMainWnd->setExecutingPlugin(false);
    pPlugin->setExportFiles(nullptr);
+   m_lstLastInputs = files.inputs();
    QObject::disconnect(pPlugin, nullptr, this, nullptr);
 
    if (! result) { return failure(result.getDesc().isEmpty() ? QString("export failed") : result.getDesc()); }

@@ -40,6 +40,8 @@ class cli_host : public QObject
    QTextStream m_err;
    std::unique_ptr<view::main_wnd> m_pMainWnd;
    QStringList m_lstDismissedDialogs;
+   // Files the last export read besides the model, as its plug-in reported them.
+   QStringList m_lstLastInputs;
 
 public:
    cli_host();

@@ -42,6 +42,25 @@ void saveByRename(const QString & path, const QByteArray & data)
    ASSERT_TRUE(QFile::rename(tmp, path));
 }
 
+void startWatch(watch_run & w, const QStringList & args)
+{
+   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+   env.insert("QT_QPA_PLATFORM", "offscreen");
+   env.insert("XDG_CONFIG_HOME", QDir::tempPath() + "/tavrel-test-config");
+   w.proc.setProcessEnvironment(env);
+   w.proc.start(test_support::binaryDir() + "/bin/tavrel", args);
+}
+
+void stopWatch(watch_run & w)
+{
+   ::kill(static_cast<pid_t>(w.proc.processId()), SIGINT);
+   ASSERT_TRUE(w.proc.waitForFinished(60000));
+   w.out += QString::fromUtf8(w.proc.readAllStandardOutput());
+   EXPECT_EQ(w.proc.exitStatus(), QProcess::NormalExit);
+   EXPECT_EQ(w.proc.exitCode(), 0);
+   EXPECT_TRUE(w.out.endsWith("Watch ended\n")) << w.out.toStdString();
+}
+
 } // namespace
 
 TEST(CliExportWatch, ExportsAgainAfterAModelEditAndSurvivesABrokenModel)
@@ -54,12 +73,7 @@ TEST(CliExportWatch, ExportsAgainAfterAModelEditAndSurvivesABrokenModel)
    QDir().mkpath(tmp.filePath("out"));
 
    watch_run w;
-   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-   env.insert("QT_QPA_PLATFORM", "offscreen");
-   env.insert("XDG_CONFIG_HOME", QDir::tempPath() + "/tavrel-test-config");
-   w.proc.setProcessEnvironment(env);
-   w.proc.start(test_support::binaryDir() + "/bin/tavrel", { "export", model, "--lumor-path", tmp.filePath("lumor"),
-                                                            "--TavrelCppExport_path=out", "--watch" });
+   startWatch(w, { "export", model, "--lumor-path", tmp.filePath("lumor"), "--TavrelCppExport_path=out", "--watch" });
    ASSERT_TRUE(w.waitFor(" files: ", 1)) << w.out.toStdString() << w.err.toStdString();
    ASSERT_TRUE(w.waitFor("Watching ", 1));
 
@@ -81,10 +95,30 @@ TEST(CliExportWatch, ExportsAgainAfterAModelEditAndSurvivesABrokenModel)
    EXPECT_FALSE(test_support::readAll(tmp.filePath("out/include/shop_Product.gen.h")).contains("Sold by the piece"));
 
    // Ctrl+C ends it cleanly.
-   ::kill(static_cast<pid_t>(w.proc.processId()), SIGINT);
-   ASSERT_TRUE(w.proc.waitForFinished(60000));
-   w.out += QString::fromUtf8(w.proc.readAllStandardOutput());
-   EXPECT_EQ(w.proc.exitStatus(), QProcess::NormalExit);
-   EXPECT_EQ(w.proc.exitCode(), 0);
-   EXPECT_TRUE(w.out.endsWith("Watch ended\n")) << w.out.toStdString();
+   stopWatch(w);
+}
+
+TEST(CliExportWatch, FollowsTheUserScriptOfTheStoredSettings)
+{
+   QTemporaryDir tmp;
+   const QString project = tmp.filePath("shop.tavrel");
+   const QString script = tmp.filePath("user_script.js");
+   QDir().mkpath(tmp.filePath("lumor"));
+   QDir().mkpath(tmp.filePath("out"));
+   ASSERT_EQ(test_support::runTavrel({ "import", test_support::examplePath("shop.json"), project }).code, 0);
+   ASSERT_TRUE(test_support::execOnProject(project, "INSERT INTO t_plugin_params (plugin_guid, param_key, param_value, param_type) "
+                                                    "VALUES ('7C3E9A52-4B1D-4F86-9E27-5D0A8C61B3F4', 'CUSTOM_JAVASCRIPT', ?, 10)", QString("user_script.js")));
+   const QByteArray original = test_support::readAll(test_support::examplePath("user_script.js"));
+   ASSERT_TRUE(test_support::writeAll(script, original));
+
+   watch_run w;
+   startWatch(w, { "export", project, "--lumor-path", tmp.filePath("lumor"), "--TavrelCppExport_path=out", "--watch" });
+   ASSERT_TRUE(w.waitFor("Watching ", 1)) << w.out.toStdString() << w.err.toStdString();
+   // The project file and the script it names, though no command-line parameter names it.
+   EXPECT_TRUE(w.out.contains("Watching 2 file(s)")) << w.out.toStdString();
+
+   saveByRename(script, original + "\n// edited\n");
+   ASSERT_TRUE(w.waitFor("Watching ", 2)) << w.out.toStdString() << w.err.toStdString();
+   EXPECT_EQ(w.out.count(" files: "), 2) << w.out.toStdString();
+   stopWatch(w);
 }

@@ -6,6 +6,7 @@
 
 #include "context/ctx_global.h"
 #include "context/ctx_project.h"
+#include "gui/plugin/export_files.h"
 #include "model/plugin_params.h"
 #include "model/project.h"
 #include "cpp_export/plugin/cpp_builder.h"
@@ -255,6 +256,8 @@ zy::ZyBool cpp_export::exportProject(model::project & project)
 
    if (m_pCustomScript && ! m_pCustomScript->isDebugging()) { m_pCustomScript.reset(); }
    bool bDebugging = (m_pCustomScript && m_pCustomScript->isDebugging());
+   if (! m_sCustomScriptFile.isEmpty() && getExportFiles())
+   { getExportFiles()->reportInput(context::ctx_project::getPathFromProjectFile(m_sCustomScriptFile)); }
    if (! m_sCustomScriptFile.isEmpty() && ! bDebugging)
    {
       m_pCustomScript = std::make_shared<tools::custom_javascript>();

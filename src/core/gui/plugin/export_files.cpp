@@ -33,8 +33,15 @@ void export_files::reportKept(const QString & path)
    m_lstFiles.append(f);
 }
 
+void export_files::reportInput(const QString & path)
+{
+   const QString sPath = QDir::cleanPath(QDir(path).absolutePath());
+   if (! m_lstInputs.contains(sPath)) { m_lstInputs.append(sPath); }
+}
+
 void export_files::clear()
 {
+   m_lstInputs.clear();
    m_sRoot.clear();
    m_sIgnoredLine.clear();
    m_sRecordKey.clear();

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 #include "tavrelgui_export.h"
 
@@ -32,6 +33,7 @@ private:
    QString m_sIgnoredLine;
    QString m_sRecordKey;
    QList<file> m_lstFiles;
+   QStringList m_lstInputs;
 
 public:
    void setDryRun(bool b) { m_bDryRun = b; }
@@ -57,6 +59,11 @@ public:
    void reportKept(const QString & path);
 
    const QList<file> & files() const { return m_lstFiles; }
+
+   // A file the export read besides the model (a user script named in the stored settings): a
+   // watch follows it too.
+   void reportInput(const QString & path);
+   const QStringList & inputs() const { return m_lstInputs; }
    void clear();
 
    // The hash recorded for a file's text (the same whoever computes it).
