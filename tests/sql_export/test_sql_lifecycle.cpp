@@ -3,14 +3,10 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
+#include "sql_cli_fixture.h"
 #include "test_support.h"
 
 namespace {
-
-const char * const k_sModel = R"({ "name": "Garden", "entities": [
-  {"name": "Plant", "table": "plant", "properties": [
-    {"name": "id", "type": "long", "primary_key": true},
-    {"name": "label", "type": "QString", "allow_null": false} ]} ] })";
 
 // The same model with one more column.
 const char * const k_sGrown = R"({ "name": "Garden", "entities": [
@@ -19,36 +15,18 @@ const char * const k_sGrown = R"({ "name": "Garden", "entities": [
     {"name": "label", "type": "QString", "allow_null": false},
     {"name": "height", "type": "double"} ]} ] })";
 
-class SqlLifecycle : public ::testing::Test
-{
-protected:
-   QTemporaryDir m_dir;
-   QString m_sModel;
-
-   void SetUp() override
-   {
-      ASSERT_TRUE(m_dir.isValid());
-      m_sModel = m_dir.filePath("garden.json");
-      ASSERT_TRUE(test_support::writeAll(m_sModel, QByteArray(k_sModel)));
-   }
-
-   test_support::cli_result run(const QString & sPath, const QStringList & extra = QStringList(), const QString & sDialect = "postgresql")
-   {
-      return test_support::runTavrel(QStringList { "export", m_sModel, "--plugin", "TavrelSqlExport", "--TavrelSqlExport_dialect=" + sDialect,
-                                                   "--TavrelSqlExport_path=" + sPath } + extra);
-   }
-};
+class SqlLifecycle : public sql_test::sql_cli_fixture { };
 
 } // namespace
 
 TEST_F(SqlLifecycle, CheckDryRunAndDiffFollowTheScript)
 {
    const QString sFile = m_dir.filePath("garden.sql");
-   test_support::cli_result r = run("garden.sql");
+   test_support::cli_result r = exportSql("garden.sql");
    ASSERT_EQ(r.code, 0) << r.err.toStdString();
    EXPECT_TRUE(r.out.startsWith("1 files: 1 written, 0 unchanged, 0 removed (")) << r.out.toStdString();
 
-   r = run("garden.sql", { "--check" });
+   r = exportSql("garden.sql", "postgresql", { "--check" });
    EXPECT_EQ(r.code, 0) << r.err.toStdString();
    EXPECT_TRUE(r.out.startsWith("1 files: 0 to write, 1 unchanged, 0 to remove (")) << r.out.toStdString();
    EXPECT_EQ(r.out.count('\n'), 1) << r.out.toStdString();
@@ -56,7 +34,7 @@ TEST_F(SqlLifecycle, CheckDryRunAndDiffFollowTheScript)
    ASSERT_TRUE(test_support::writeAll(m_sModel, QByteArray(k_sGrown)));
    const QByteArray before = test_support::readAll(sFile);
    const QDateTime modified = QFileInfo(sFile).lastModified();
-   r = run("garden.sql", { "--dry-run", "--diff" });
+   r = exportSql("garden.sql", "postgresql", { "--dry-run", "--diff" });
    EXPECT_EQ(r.code, 0) << r.err.toStdString();
    EXPECT_TRUE(r.out.startsWith("M garden.sql\n")) << r.out.toStdString();
    EXPECT_TRUE(r.out.contains("+++ b/garden.sql")) << r.out.toStdString();
@@ -64,19 +42,19 @@ TEST_F(SqlLifecycle, CheckDryRunAndDiffFollowTheScript)
    EXPECT_EQ(test_support::readAll(sFile), before);
    EXPECT_EQ(QFileInfo(sFile).lastModified(), modified);
 
-   r = run("garden.sql", { "--check" });
+   r = exportSql("garden.sql", "postgresql", { "--check" });
    EXPECT_EQ(r.code, 1);
    EXPECT_TRUE(r.err.contains("not up to date")) << r.err.toStdString();
-   r = run("garden.sql");
+   r = exportSql("garden.sql");
    ASSERT_EQ(r.code, 0) << r.err.toStdString();
    EXPECT_TRUE(test_support::readAll(sFile).contains("height double precision"));
-   EXPECT_EQ(run("garden.sql", { "--check" }).code, 0);
+   EXPECT_EQ(exportSql("garden.sql", "postgresql", { "--check" }).code, 0);
 }
 
 TEST_F(SqlLifecycle, AnotherScriptInTheSameFolderIsNoStaleFile)
 {
-   ASSERT_EQ(run("garden.pg.sql").code, 0);
-   const test_support::cli_result r = run("garden.lite.sql", QStringList(), "sqlite");
+   ASSERT_EQ(exportSql("garden.pg.sql").code, 0);
+   const test_support::cli_result r = exportSql("garden.lite.sql", "sqlite");
    ASSERT_EQ(r.code, 0) << r.err.toStdString();
    EXPECT_FALSE(r.out.contains("D garden.pg.sql")) << r.out.toStdString();
    EXPECT_TRUE(r.out.contains(" 0 removed")) << r.out.toStdString();

@@ -10,16 +10,14 @@
 #include "context/ctx_project.h"
 #include "sql_export/plugin/script_file.h"
 #include "sql_export/plugin/sql_schema_export.h"
+#include "sql_cli_fixture.h"
 #include "test_support.h"
 
 namespace {
 
 using sql_export::script_file;
 
-const char * const k_sModel = R"({ "name": "Garden", "entities": [
-  {"name": "Plant", "table": "plant", "properties": [
-    {"name": "id", "type": "long", "primary_key": true},
-    {"name": "label", "type": "QString", "allow_null": false} ]} ] })";
+const char * const k_sModel = sql_test::k_sGardenModel;
 
 ino_t inodeOf(const QString & sFile)
 {
@@ -27,25 +25,7 @@ ino_t inodeOf(const QString & sFile)
    return ((::stat(QFile::encodeName(sFile).constData(), & info) == 0) ? info.st_ino : 0);
 }
 
-class SqlPluginCli : public ::testing::Test
-{
-protected:
-   QTemporaryDir m_dir;
-   QString m_sModel;
-
-   void SetUp() override
-   {
-      ASSERT_TRUE(m_dir.isValid());
-      m_sModel = m_dir.filePath("garden.json");
-      ASSERT_TRUE(test_support::writeAll(m_sModel, QByteArray(k_sModel)));
-   }
-
-   test_support::cli_result exportTo(const QString & sPath, const QString & sDialect = "postgresql")
-   {
-      return test_support::runTavrel({ "export", m_sModel, "--plugin", "TavrelSqlExport", "--TavrelSqlExport_dialect=" + sDialect,
-                                       "--TavrelSqlExport_path=" + sPath });
-   }
-};
+class SqlPluginCli : public sql_test::sql_cli_fixture { };
 
 } // namespace
 
@@ -85,18 +65,18 @@ TEST(SqlPlugin, SettingsAreKeptInTheProject)
 TEST_F(SqlPluginCli, WritesTheScriptAndLeavesAnUnchangedOneAlone)
 {
    const QString sFile = m_dir.filePath("garden.sql");
-   test_support::cli_result r = exportTo("garden.sql");
+   test_support::cli_result r = exportSql("garden.sql");
    ASSERT_EQ(r.code, 0) << r.err.toStdString();
    const QByteArray text = test_support::readAll(sFile);
    EXPECT_TRUE(text.contains("CREATE TABLE plant (\n   id bigint NOT NULL,\n   label text NOT NULL,\n   PRIMARY KEY (id)\n);"));
    const ino_t iBefore = inodeOf(sFile);
    ASSERT_NE(iBefore, 0u);
-   r = exportTo("garden.sql");
+   r = exportSql("garden.sql");
    ASSERT_EQ(r.code, 0) << r.err.toStdString();
    EXPECT_TRUE(r.err.contains("Unchanged")) << r.err.toStdString();
    // A replaced file would have a new inode (the write goes through a renamed temporary file).
    EXPECT_EQ(inodeOf(sFile), iBefore);
-   r = exportTo("garden.sql", "sqlite");
+   r = exportSql("garden.sql", "sqlite");
    ASSERT_EQ(r.code, 0) << r.err.toStdString();
    EXPECT_TRUE(test_support::readAll(sFile).contains("id INTEGER NOT NULL"));
 }
@@ -105,7 +85,7 @@ TEST_F(SqlPluginCli, UnknownDialectIsRefusedAndTouchesNothing)
 {
    const QString sFile = m_dir.filePath("garden.sql");
    ASSERT_TRUE(test_support::writeAll(sFile, "kept\n"));
-   const test_support::cli_result r = exportTo("garden.sql", "oracle");
+   const test_support::cli_result r = exportSql("garden.sql", "oracle");
    EXPECT_NE(r.code, 0);
    EXPECT_TRUE(r.err.contains("Unknown SQL dialect 'oracle' (known : sqlite, postgresql, mariadb)")) << r.err.toStdString();
    EXPECT_EQ(test_support::readAll(sFile), QByteArray("kept\n"));
@@ -117,13 +97,13 @@ TEST_F(SqlPluginCli, NeverWritesThroughASymbolicLink)
    const QString sTarget = elsewhere.filePath("victim.sql");
    ASSERT_TRUE(test_support::writeAll(sTarget, "victim\n"));
    ASSERT_TRUE(QFile::link(sTarget, m_dir.filePath("linked.sql")));
-   test_support::cli_result r = exportTo("linked.sql");
+   test_support::cli_result r = exportSql("linked.sql");
    EXPECT_NE(r.code, 0);
    EXPECT_TRUE(r.err.contains("symbolic link")) << r.err.toStdString();
    EXPECT_EQ(test_support::readAll(sTarget), QByteArray("victim\n"));
 
    ASSERT_TRUE(QFile::link(elsewhere.path(), m_dir.filePath("out")));
-   r = exportTo("out/schema.sql");
+   r = exportSql("out/schema.sql");
    EXPECT_NE(r.code, 0);
    EXPECT_TRUE(r.err.contains("symbolic link")) << r.err.toStdString();
    EXPECT_FALSE(QFileInfo::exists(elsewhere.filePath("schema.sql")));
