@@ -11,7 +11,15 @@ namespace diagram {
 
 namespace {
 
-// One Graphviz context and the parsed graph, released on every path.
+// One Graphviz context for the whole process, never freed: the text renderer keeps a pointer to
+// the last font name it measured, which lives in the context, and reads it at the next layout.
+GVC_t * sharedContext()
+{
+   static GVC_t * s_pContext = gvContext();
+   return s_pContext;
+}
+
+// The parsed graph and its layout, released on every path.
 class gv_graph
 {
    GVC_t * m_pContext = nullptr;
@@ -22,7 +30,7 @@ public:
    explicit gv_graph(const QString & sDot)
    {
       agseterr(AGMAX);
-      m_pContext = gvContext();
+      m_pContext = sharedContext();
       const QByteArray text = sDot.toUtf8();
       if (m_pContext) { m_pGraph = agmemread(text.constData()); }
    }
@@ -30,7 +38,6 @@ public:
    {
       if (m_bLaidOut) { gvFreeLayout(m_pContext, m_pGraph); }
       if (m_pGraph) { agclose(m_pGraph); }
-      if (m_pContext) { gvFreeContext(m_pContext); }
    }
    gv_graph(const gv_graph &) = delete;
    gv_graph & operator=(const gv_graph &) = delete;
