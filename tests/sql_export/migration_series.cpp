@@ -1,0 +1,101 @@
+#include "migration_series.h"
+
+#include <gtest/gtest.h>
+
+#include "model/project.h"
+#include "sql_export/schema/schema_migration.h"
+#include "sql_test_support.h"
+
+namespace sql_test {
+
+namespace {
+
+QByteArray version(const QString & sAuthorName, const QString & sBook, const QString & sMore)
+{
+   return QString(R"({ "name": "SERIES", "entities": [
+      { "id": 1, "name": "Author", "table": "author", "properties": [
+        {"id": 1, "name": "id", "type": "long", "primary_key": true},
+        {"id": 2, "name": "name", "type": "QString", "allow_null": false, "max_length": %1} ] },
+      { "id": 2, "name": "Book", "table": "book", "properties": [
+        {"id": 10, "name": "id", "type": "long", "primary_key": true}, %2,
+        {"id": 13, "name": "author", "relation": {"kind": "many_to_one", "target": "Author"}} ] }%3 ] })")
+      .arg(sAuthorName, sBook, sMore).toUtf8();
+}
+
+const char * const k_sPublisher = R"(, { "id": 3, "name": "Publisher", "table": "publisher", "properties": [
+        {"id": 20, "name": "id", "type": "long", "primary_key": true},
+        {"id": 21, "name": "name", "type": "QString", "max_length": 60} ] })";
+// On the side the import gives it back on (the first table by name).
+const char * const k_sPublishers = R"(, {"id": 22, "name": "publishers", "relation": {"kind": "many_to_many", "target": "Publisher",
+        "extra_table": "book_publisher", "foreign_key": "book_id", "foreign_key_owner": "publisher_id"}})";
+
+QString book(const QString & sTitle, const QString & sPagesType, bool bPages, bool bPublishers = false)
+{
+   return QString(R"({"id": 11, "name": "%1", "type": "QString", "max_length": 100})").arg(sTitle)
+          + (bPages ? QString(R"(, {"id": 12, "name": "pages", "type": "%1"})").arg(sPagesType) : QString())
+          + (bPublishers ? QString(k_sPublishers) : QString());
+}
+
+// What the rows hold after each version: titles, pages of the first book, author names.
+struct expected_rows
+{
+   QString sTitleColumn;
+   bool bPages;
+};
+
+void checkRows(const migration_target & target, const expected_rows & e, int iVersion)
+{
+   EXPECT_EQ(target.values("SELECT " + e.sTitleColumn + " FROM book ORDER BY id"), QStringList({ "T1", "T2", "T3" })) << "version " << iVersion;
+   EXPECT_EQ(target.values("SELECT name FROM author ORDER BY id"), QStringList({ "Ann", "Bob" })) << "version " << iVersion;
+   EXPECT_EQ(target.values("SELECT author FROM book ORDER BY id"), QStringList({ "1", "2", "1" })) << "version " << iVersion;
+   if (e.bPages) { EXPECT_EQ(target.values("SELECT pages FROM book WHERE id = 1"), QStringList({ "100" })) << "version " << iVersion; }
+}
+
+} // namespace
+
+QList<QByteArray> migrationSeries()
+{
+   const QString sPublisher = k_sPublisher;
+   return {
+      version("80", book("title", "int", true), QString()),
+      version("80", book("title", "int", true), sPublisher),
+      version("80", book("headline", "int", true), sPublisher),
+      version("200", book("headline", "long", true), sPublisher),
+      version("200", book("headline", "long", true, true), sPublisher),
+      version("200", book("headline", "long", false, true), sPublisher) };
+}
+
+void runMigrationSeries(sql_export::enum_dialect eDialect, const migration_target & target)
+{
+   const sql_export::sql_dialect dialect(eDialect);
+   const QList<QByteArray> lstVersions = migrationSeries();
+   const QList<expected_rows> lstRows { { "title", true }, { "title", true }, { "headline", true }, { "headline", true }, { "headline", true }, { "headline", false } };
+   model::project_ptr pOld = modelFromJson(lstVersions.first());
+   ASSERT_TRUE(pOld);
+   QString sError;
+   ASSERT_TRUE(target.run(scriptOf(* pOld, eDialect), sError)) << sError.toStdString();
+   ASSERT_TRUE(target.run("INSERT INTO author (id, name) VALUES (1, 'Ann');\nINSERT INTO author (id, name) VALUES (2, 'Bob');\n"
+                          "INSERT INTO book (id, title, pages, author) VALUES (1, 'T1', 100, 1);\n"
+                          "INSERT INTO book (id, title, pages, author) VALUES (2, 'T2', NULL, 2);\n"
+                          "INSERT INTO book (id, title, pages, author) VALUES (3, 'T3', 50, 1);\n", sError)) << sError.toStdString();
+   for (int i = 1; i < lstVersions.size(); ++i)
+   {
+      const model::project_ptr pNew = modelFromJson(lstVersions.at(i));
+      ASSERT_TRUE(pNew);
+      const sql_export::schema_options options;
+      const sql_export::migration_plan plan = sql_export::schema_migration::plan(sql_export::schema_builder::build(* pOld, dialect, options),
+                                                                                 sql_export::schema_builder::build(* pNew, dialect, options), dialect);
+      ASSERT_FALSE(plan.isEmpty()) << "version " << i;
+      // Only the last version drops anything.
+      EXPECT_EQ(plan.destructiveSteps().isEmpty(), i + 1 < lstVersions.size()) << plan.destructiveSteps().join("; ").toStdString();
+      const QString sScript = sql_export::schema_migration::write(plan, dialect, { "SERIES", QString("v%1.json").arg(i - 1) }, { "SERIES", QString("v%1.json").arg(i) });
+      ASSERT_TRUE(target.run(sScript, sError)) << "version " << i << ": " << sError.toStdString() << "\n" << sScript.toStdString();
+      const model::project_ptr pBack = importFrom(target.sUrl, "SERIES", sError);
+      ASSERT_TRUE(pBack) << sError.toStdString();
+      EXPECT_EQ(scriptOf(* pBack, eDialect, false).toStdString(), scriptOf(* pNew, eDialect, false).toStdString()) << "version " << i;
+      checkRows(target, lstRows.at(i), i);
+      pOld = pNew;
+   }
+}
+
+} // namespace sql_test
