@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <QSqlQuery>
+
 #include "db_environment.h"
+#include "migration_series.h"
 #include "model/project.h"
 #include "sql_test_support.h"
 
@@ -54,6 +57,30 @@ TEST_P(SqlOnServer, KeysOfACycleAreAddedAtTheEnd)
    QString sError;
    ASSERT_TRUE(pServer->recreateDatabase("sqlx_cycle", sError)) << sError.toStdString();
    EXPECT_TRUE(pServer->execScript(sql_test::scriptOf(* pProject, dialect()), sError, "sqlx_cycle")) << sError.toStdString();
+}
+
+// The series of model versions migrated step by step on a database holding rows.
+TEST_P(SqlOnServer, MigrationSeriesKeepsRowsAndReadsBackAsTheNewModel)
+{
+   TAVREL_REQUIRE_DB_SERVER(pServer, GetParam());
+   qputenv("TAVREL_DB_PASSWORD", db_support::db_server::k_sPassword);
+   const QString sDatabase = "sqlx_series";
+   QString sError;
+   ASSERT_TRUE(pServer->recreateDatabase(sDatabase, sError)) << sError.toStdString();
+   sql_test::migration_target target;
+   target.sUrl = pServer->getUrl(sDatabase);
+   target.run = [pServer, sDatabase](const QString & sScript, QString & sErr) { return pServer->execScript(sScript, sErr, sDatabase); };
+   target.values = [pServer, sDatabase](const QString & sQuery) {
+      QStringList lst;
+      {
+         QSqlDatabase db = pServer->connect("sqlx_series_values", sDatabase);
+         QSqlQuery q(db);
+         if (db.open() && q.exec(sQuery)) { while (q.next()) { lst.append(q.value(0).toString()); } }
+      }
+      QSqlDatabase::removeDatabase("sqlx_series_values");
+      return lst;
+   };
+   sql_test::runMigrationSeries(dialect(), target);
 }
 
 INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlOnServer, ::testing::Values(db_support::db_server::kind_postgresql));
