@@ -169,3 +169,12 @@ TEST_F(CliMigrate, RunsWithoutAGuiApplication)
    EXPECT_EQ(r.code, 1) << r.err.toStdString();
    EXPECT_TRUE(r.out.contains("is needed"));
 }
+
+TEST_F(CliMigrate, HelpNamesEveryOption)
+{
+   const test_support::cli_result r = migrate({ "--help" });
+   EXPECT_EQ(r.code, 0);
+   EXPECT_TRUE(r.out.startsWith("Usage: tavrel migrate OLD NEW --dialect sqlite|postgresql|mariadb")) << r.out.toStdString();
+   for (const char * s : { "--dialect", "--output", "--allow-destructive", "--check", "--include-obsolete" }) { EXPECT_TRUE(r.out.contains(s)) << s; }
+   EXPECT_TRUE(test_support::runTavrel({ "--help" }).out.contains("migrate OLD NEW --dialect sqlite|postgresql|mariadb"));
+}
