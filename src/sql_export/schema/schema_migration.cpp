@@ -57,12 +57,15 @@ class planner
    const sql_dialect & m_d;
    const QHash<QString, int> m_hashFrom;
    const QHash<QString, int> m_hashTo;
+   const QHash<QString, int> m_hashFromNames;
+   const QHash<QString, int> m_hashToNames;
    QSet<QString> m_setRebuilt;
    migration_plan m_plan;
 
 public:
    planner(const sql_schema & from, const sql_schema & to, const sql_dialect & d)
-      : m_from(from), m_to(to), m_d(d), m_hashFrom(indexBy(from, true)), m_hashTo(indexBy(to, true)) { ; }
+      : m_from(from), m_to(to), m_d(d), m_hashFrom(indexBy(from, true)), m_hashTo(indexBy(to, true)),
+        m_hashFromNames(indexBy(from, false)), m_hashToNames(indexBy(to, false)) { ; }
 
    migration_plan run();
 
@@ -71,7 +74,7 @@ private:
    { m_plan.lstSteps.append(migration_step { sText, sSql, bDestructive }); }
    // "column key|target table key|target column key": a foreign key whatever its names.
    static QString keyTarget(const sql_table & t, const sql_foreign_key & k, const sql_schema & s, const QHash<QString, int> & hashNames);
-   static QSet<QString> keyTargets(const sql_table & t, const sql_schema & s);
+   static QSet<QString> keyTargets(const sql_table & t, const sql_schema & s, const QHash<QString, int> & hashNames);
    QList<derived_object> derivedObjects(const sql_schema & s) const;
    bool needsRebuild(const sql_table & o, const sql_table & n) const;
    void changeTable(const sql_table & o, const sql_table & n, bool bSql);
@@ -89,9 +92,8 @@ QString planner::keyTarget(const sql_table & t, const sql_foreign_key & k, const
           + (pTargetColumn ? pTargetColumn->sKey : k.sTargetColumn);
 }
 
-QSet<QString> planner::keyTargets(const sql_table & t, const sql_schema & s)
+QSet<QString> planner::keyTargets(const sql_table & t, const sql_schema & s, const QHash<QString, int> & hashNames)
 {
-   const QHash<QString, int> hashNames = indexBy(s, false);
    QSet<QString> set;
    for (const sql_foreign_key & k : t.lstForeignKeys) { set.insert(keyTarget(t, k, s, hashNames)); }
    return set;
@@ -99,7 +101,7 @@ QSet<QString> planner::keyTargets(const sql_table & t, const sql_schema & s)
 
 QList<derived_object> planner::derivedObjects(const sql_schema & s) const
 {
-   const QHash<QString, int> hashNames = indexBy(s, false);
+   const QHash<QString, int> & hashNames = ((& s == & m_from) ? m_hashFromNames : m_hashToNames);
    QList<derived_object> lst;
    for (const sql_table & t : s.lstTables)
    {
@@ -141,7 +143,7 @@ bool planner::needsRebuild(const sql_table & o, const sql_table & n) const
       const sql_column * pOld = columnOf(o, c.sKey, true);
       if (pOld ? columnChanged(* pOld, c) : (c.bNotNull && c.sDefault.isEmpty())) { return true; }
    }
-   return (primaryKeys(o) != primaryKeys(n)) || (keyTargets(o, m_from) != keyTargets(n, m_to));
+   return (primaryKeys(o) != primaryKeys(n)) || (keyTargets(o, m_from, m_hashFromNames) != keyTargets(n, m_to, m_hashToNames));
 }
 
 void planner::changeColumns(const sql_table & o, const sql_table & n, bool bSql)
@@ -176,7 +178,7 @@ void planner::changeTable(const sql_table & o, const sql_table & n, bool bSql)
    changeColumns(o, n, bSql);
    if (primaryKeys(o) != primaryKeys(n))
    { add("change the primary key of table " + n.sName, bSql ? migration_sql::changePrimaryKey(o.sName, n, ! o.lstPrimaryKey.isEmpty(), m_d) : QString()); }
-   if (! bSql && (keyTargets(o, m_from) != keyTargets(n, m_to))) { add("change the foreign keys of table " + n.sName, QString()); }
+   if (! bSql && (keyTargets(o, m_from, m_hashFromNames) != keyTargets(n, m_to, m_hashToNames))) { add("change the foreign keys of table " + n.sName, QString()); }
 }
 
 QString planner::indexesOf(const QString & sTableKey, const QList<derived_object> & lst) const
