@@ -28,16 +28,10 @@ class CliMigrate : public ::testing::Test
 {
 protected:
    QTemporaryDir m_dir;
-   QString m_sOld, m_sNew;
+   const QString m_sOld = m_dir.filePath("old.json");
+   const QString m_sNew = m_dir.filePath("new.json");
 
-   void SetUp() override
-   {
-      ASSERT_TRUE(m_dir.isValid());
-      m_sOld = m_dir.filePath("old.json");
-      m_sNew = m_dir.filePath("new.json");
-      ASSERT_TRUE(test_support::writeAll(m_sOld, k_sOld));
-      ASSERT_TRUE(test_support::writeAll(m_sNew, k_sNew));
-   }
+   void SetUp() override { ASSERT_TRUE(m_dir.isValid() && test_support::writeAll(m_sOld, k_sOld) && test_support::writeAll(m_sNew, k_sNew)); }
 
    test_support::cli_result migrate(const QStringList & args) { return test_support::runTavrel(QStringList { "migrate" } + args); }
 };
