@@ -172,3 +172,14 @@ TEST_F(CliMigrate, HelpNamesEveryOption)
    for (const char * s : { "--dialect", "--output", "--allow-destructive", "--check", "--include-obsolete" }) { EXPECT_TRUE(r.out.contains(s)) << s; }
    EXPECT_TRUE(test_support::runTavrel({ "--help" }).out.contains("migrate OLD NEW --dialect sqlite|postgresql|mariadb"));
 }
+
+// A type without SQL form is written as text, and said so, never dropped.
+TEST_F(CliMigrate, TypeWithoutSqlFormIsAWarningNamingTheProperty)
+{
+   const QString sOdd = m_dir.filePath("odd.json");
+   ASSERT_TRUE(test_support::writeAll(sOdd, QByteArray(k_sOld).replace(R"({"id": 3, "name": "born", "type": "int"})", R"({"id": 3, "name": "born", "type": "QVariant"})")));
+   const test_support::cli_result r = migrate({ m_sOld, sOdd, "--dialect", "postgresql" });
+   EXPECT_EQ(r.code, 0) << r.err.toStdString();
+   EXPECT_TRUE(r.err.contains("warning: Author.born: type 'QVariant' has no SQL mapping, written as text")) << r.err.toStdString();
+   EXPECT_TRUE(r.out.contains("ALTER TABLE author ALTER COLUMN born TYPE text USING born::text;")) << r.out.toStdString();
+}
