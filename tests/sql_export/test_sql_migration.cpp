@@ -260,3 +260,32 @@ TEST(SqlMigration, SeriesOnSqliteKeepsRowsAndReadsBackAsTheNewModel)
    };
    sql_test::runMigrationSeries(dialect_sqlite, target);
 }
+
+TEST(SqlMigration, PrimaryKeyChangePerDatabase)
+{
+   const QByteArray otherKey = library(R"({"id": 11, "name": "title", "type": "QString", "primary_key": true, "max_length": 40}, )" + QString(k_sPages))
+                                  .replace(R"({"id": 10, "name": "id", "type": "long", "primary_key": true}, )", "");
+   EXPECT_TRUE(textsOf(planOf(s_base, otherKey, dialect_postgresql)).contains("change the primary key of table book"));
+   EXPECT_TRUE(sqlOf(planOf(s_base, otherKey, dialect_postgresql)).contains("ALTER TABLE book DROP CONSTRAINT IF EXISTS book_pkey;\nALTER TABLE book ADD PRIMARY KEY (title);"));
+   EXPECT_TRUE(sqlOf(planOf(s_base, otherKey, dialect_mariadb)).contains("ALTER TABLE book DROP PRIMARY KEY, ADD PRIMARY KEY (title);"));
+   EXPECT_TRUE(sqlOf(planOf(s_base, otherKey, dialect_sqlite)).contains("   PRIMARY KEY (title)\n);\nINSERT INTO tavrel_new_book (title, pages) SELECT COALESCE(title, ''), pages FROM book;")) << sqlOf(planOf(s_base, otherKey, dialect_sqlite)).toStdString();
+}
+
+// The join table goes by its relation properties' ids: the side that declares it may change.
+TEST(SqlMigration, JoinTableKeepsItsRowsWhenTheOtherSideDeclaresIt)
+{
+   const QString sShelf = R"(, { "id": 3, "name": "Shelf", "table": "shelf", "properties": [
+        {"id": 20, "name": "id", "type": "long", "primary_key": true}%1 ] })";
+   const QString sOnShelf = R"(, {"id": 21, "name": "books", "relation": {"kind": "many_to_many", "target": "Book", "extra_table": "shelf_book",
+        "foreign_key": "shelf_id", "foreign_key_owner": "book_id"}})";
+   const QString sOnBook = R"(, {"id": 15, "name": "shelves", "relation": {"kind": "many_to_many", "target": "Shelf", "extra_table": "shelf_book",
+        "foreign_key": "book_id", "foreign_key_owner": "shelf_id"}})";
+   const QByteArray both = library(bookWith(k_sTitle) + sOnBook, sShelf.arg(sOnShelf));
+   const QByteArray onBook = library(bookWith(k_sTitle) + sOnBook, sShelf.arg(QString()));
+   const QByteArray onShelf = library(bookWith(k_sTitle), sShelf.arg(sOnShelf));
+   for (enum_dialect e : { dialect_sqlite, dialect_postgresql, dialect_mariadb })
+   {
+      EXPECT_TRUE(planOf(both, onShelf, e).destructiveSteps().isEmpty()) << textsOf(planOf(both, onShelf, e)).join("; ").toStdString();
+      EXPECT_FALSE(sqlOf(planOf(both, onBook, e)).contains("DROP TABLE")) << e;
+   }
+}

@@ -1,6 +1,5 @@
 #include "sql_export/schema/schema_model.h"
 
-#include <QHash>
 #include <QSet>
 
 #include <algorithm>
@@ -194,10 +193,7 @@ sql_schema schema_builder::build(const model::project & project, const sql_diale
 {
    sql_schema schema;
    const model::list_of_entity_ptr pEntities = project.getListOfAllEntities();
-   // The many-to-many properties, and per join table the smallest of their ids: the table's key
-   // stays when the side that writes it changes.
    QList<QPair<model::entity_ptr, model::property_ptr> > lstManyToMany;
-   QHash<QString, long> hashJoinIds;
    for (const model::entity_ptr & pEntity : * pEntities)
    {
       if (! pEntity || pEntity->isAbstract()) { continue; }
@@ -208,18 +204,23 @@ sql_schema schema_builder::build(const model::project & project, const sql_diale
          if (! pRelation || (pRelation->getType() != model::relationship::many_to_many) || p->isTransient()) { continue; }
          if ((p->isObsolete() && ! options.bIncludeObsolete) || pRelation->getExtraTable().isEmpty()) { continue; }
          lstManyToMany.append({ pEntity, p });
-         const long lId = hashJoinIds.value(pRelation->getExtraTable(), 0);
-         if ((lId == 0) || ((p->getId() != 0) && (p->getId() < lId))) { hashJoinIds.insert(pRelation->getExtraTable(), p->getId()); }
       }
    }
-   QSet<QString> setJoinTables;
+   QSet<QString> setJoinTables, setJoinKeys;
    for (const auto & m : lstManyToMany)
    {
-      const QString sTable = m.second->getRelation()->getExtraTable();
-      if (setJoinTables.contains(sTable)) { continue; }
-      setJoinTables.insert(sTable);
-      schema.lstTables.append(joinTable(m.first, * m.second->getRelation(), dialect, schema.lstWarnings));
-      schema.lstTables.last().sKey = itemKey("m", hashJoinIds.value(sTable), sTable);
+      const model::relationship_ptr pRelation = m.second->getRelation();
+      if (setJoinTables.contains(pRelation->getExtraTable())) { continue; }
+      setJoinTables.insert(pRelation->getExtraTable());
+      schema.lstTables.append(joinTable(m.first, * pRelation, dialect, schema.lstWarnings));
+      // A join table goes by the two entities it joins, whichever side declares it and whatever
+      // its name; by its name too when two join the same entities.
+      const model::entity_ptr pTarget = pRelation->getEntityTarget();
+      const long lA = m.first->getId(), lB = (pTarget ? pTarget->getId() : 0);
+      QString sKey = QString("m%1-%2").arg(qMin(lA, lB)).arg(qMax(lA, lB));
+      if ((lA == 0) || (lB == 0) || setJoinKeys.contains(sKey)) { sKey += ':' + pRelation->getExtraTable(); }
+      setJoinKeys.insert(sKey);
+      schema.lstTables.last().sKey = sKey;
    }
    // Sorted by name: a database read back lists its tables so, and the script stays the same.
    std::stable_sort(schema.lstTables.begin(), schema.lstTables.end(), [](const sql_table & a, const sql_table & b) { return a.sName < b.sName; });

@@ -32,7 +32,7 @@ struct sql_foreign_key
 
 struct sql_table
 {
-   // The entity's id ("e3") or, for a join table, the smallest id of its relation properties.
+   // The entity's id ("e3") or, for a join table, the ids of the two entities it joins ("m2-3").
    QString sKey;
    QString sName;
    QString sComment;
