@@ -289,3 +289,27 @@ TEST(SqlMigration, JoinTableKeepsItsRowsWhenTheOtherSideDeclaresIt)
       EXPECT_FALSE(sqlOf(planOf(both, onBook, e)).contains("DROP TABLE")) << e;
    }
 }
+
+// From nothing to each example: the migration creates what the schema script creates.
+TEST(SqlMigration, ExamplesMigrateFromAnEmptyModelOnSqlite)
+{
+   QTemporaryDir dir;
+   ASSERT_TRUE(dir.isValid());
+   const sql_dialect d(dialect_sqlite);
+   for (const QString & sName : { QString("shop"), QString("library") })
+   {
+      const model::project_ptr pProject = sql_test::exampleModel(sName);
+      ASSERT_TRUE(pProject);
+      const sql_schema to = schema_builder::build(* pProject, d, schema_options());
+      const migration_plan plan = schema_migration::plan(sql_schema(), to, d);
+      EXPECT_TRUE(plan.destructiveSteps().isEmpty());
+      const QString sFile = dir.filePath(sName + ".db");
+      QString sError;
+      ASSERT_TRUE(sql_test::runOnSqlite(sFile, schema_migration::write(plan, d, { "EMPTY", "empty.json" }, { sName, sName + ".json" }), sError)) << sError.toStdString();
+      const model::project_ptr pBack = sql_test::importFrom("sqlite:" + sFile, pProject->getName(), sError);
+      ASSERT_TRUE(pBack) << sError.toStdString();
+      EXPECT_EQ(sql_test::scriptOf(* pBack, dialect_sqlite, false).toStdString(), sql_test::scriptOf(* pProject, dialect_sqlite, false).toStdString());
+      // And nothing left to do afterwards.
+      EXPECT_TRUE(schema_migration::plan(to, to, d).isEmpty());
+   }
+}
