@@ -9,9 +9,7 @@
 #include <cstdio>
 #include <vector>
 
-#include "model/entity.h"
 #include "model/project.h"
-#include "model/property.h"
 #include "model_generator.h"
 #include "sql_export/schema/schema_migration.h"
 #include "sql_export/schema/schema_script.h"
@@ -47,28 +45,6 @@ qint64 median(std::vector<qint64> v)
    return (v.empty() ? 0 : v.at(v.size() / 2));
 }
 
-// The next version of a model: one data property in twenty renamed, retyped, made (not) nullable
-// or (un)indexed, in turn. Returns how many were edited.
-int editModel(model::project & project)
-{
-   int iSeen = 0, iEdited = 0;
-   for (const model::entity_ptr & pEntity : * project.getListOfAllEntities())
-   {
-      for (const model::property_ptr & p : pEntity->getOwnProperties())
-      {
-         if (! p || p->isPrimaryKey() || p->hasRelationship() || (++iSeen % 20 != 0)) { continue; }
-         switch (iEdited++ % 4)
-         {
-            case 0: p->setName(p->getName() + "_renamed"); if (! p->getColumnName().isEmpty()) { p->setColumnName(p->getColumnName() + "_renamed"); } break;
-            case 1: p->setForceSqlType("VARCHAR(500)"); break;
-            case 2: p->setAllowNull(! p->getAllowNull()); break;
-            default: p->setIndex(! p->isIndex()); break;
-         }
-      }
-   }
-   return iEdited;
-}
-
 // The migration of one model to its edited version per database: both schemas, the plan, the script.
 void benchMigration(int iEntities, int iRepeat)
 {
@@ -77,7 +53,7 @@ void benchMigration(int iEntities, int iRepeat)
    const model::project_ptr pOld = bench::generateModel(options);
    const model::project_ptr pNew = bench::generateModel(options);
    if (! pOld || ! pNew) { return; }
-   const int iEdited = editModel(* pNew);
+   const int iEdited = bench::editModel(* pNew, 20);
    std::printf("\n| entities | database | edited properties | steps | schemas ms | plan ms | text ms | migration ms |\n");
    std::printf("|---:|---|---:|---:|---:|---:|---:|---:|\n");
    for (sql_export::enum_dialect e : { sql_export::dialect_sqlite, sql_export::dialect_postgresql, sql_export::dialect_mariadb })

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "model/project.h"
+#include "model_generator.h"
 #include "sql_export/schema/schema_migration.h"
+#include "sql_export/schema/schema_script.h"
 #include "sql_test_support.h"
 
 namespace sql_test {
@@ -106,6 +108,29 @@ void runMigrationSeries(sql_export::enum_dialect eDialect, const migration_targe
       checkRows(target, lstRows.at(i), i);
       pOld = pNew;
    }
+}
+
+void runGeneratedMigration(sql_export::enum_dialect eDialect, const migration_target & migrated, const migration_target & fresh)
+{
+   const sql_export::sql_dialect dialect(eDialect);
+   bench::model_options options;
+   options.entities = 30;
+   const model::project_ptr pOld = bench::generateModel(options);
+   const model::project_ptr pNew = bench::generateModel(options);
+   ASSERT_GT(bench::editModel(* pNew, 4), 20);
+   const sql_export::sql_schema from = sql_export::schema_builder::build(* pOld, dialect, sql_export::schema_options());
+   const sql_export::sql_schema to = sql_export::schema_builder::build(* pNew, dialect, sql_export::schema_options());
+   const sql_export::migration_plan plan = sql_export::schema_migration::plan(from, to, dialect);
+   ASSERT_GT(plan.lstSteps.size(), 20);
+   QString sError;
+   ASSERT_TRUE(migrated.run(sql_export::schema_script::write(from, dialect, "OLD"), sError)) << sError.toStdString();
+   ASSERT_TRUE(migrated.run(sql_export::schema_migration::write(plan, dialect, { "OLD", "old" }, { "NEW", "new" }), sError)) << sError.toStdString();
+   ASSERT_TRUE(fresh.run(sql_export::schema_script::write(to, dialect, "NEW"), sError)) << sError.toStdString();
+   const model::project_ptr pMigrated = importFrom(migrated.sUrl, "BENCH", sError);
+   ASSERT_TRUE(pMigrated) << sError.toStdString();
+   const model::project_ptr pFresh = importFrom(fresh.sUrl, "BENCH", sError);
+   ASSERT_TRUE(pFresh) << sError.toStdString();
+   EXPECT_EQ(scriptOf(* pMigrated, eDialect, false).toStdString(), scriptOf(* pFresh, eDialect, false).toStdString());
 }
 
 } // namespace sql_test

@@ -313,3 +313,19 @@ TEST(SqlMigration, ExamplesMigrateFromAnEmptyModelOnSqlite)
       EXPECT_TRUE(schema_migration::plan(to, to, d).isEmpty());
    }
 }
+
+TEST(SqlMigration, GeneratedModelMigratedReadsBackLikeItsNextVersionOnSqlite)
+{
+   QTemporaryDir dir;
+   ASSERT_TRUE(dir.isValid());
+   QList<sql_test::migration_target> lstTargets;
+   for (const QString & sName : { QString("migrated.db"), QString("fresh.db") })
+   {
+      const QString sFile = dir.filePath(sName);
+      sql_test::migration_target t;
+      t.sUrl = "sqlite:" + sFile;
+      t.run = [sFile](const QString & sScript, QString & sError) { return sql_test::runOnSqlite(sFile, sScript, sError); };
+      lstTargets.append(t);
+   }
+   sql_test::runGeneratedMigration(dialect_sqlite, lstTargets.at(0), lstTargets.at(1));
+}

@@ -93,6 +93,23 @@ TEST_P(SqlOnServer, MigrationSeriesKeepsRowsAndReadsBackAsTheNewModel)
    sql_test::runMigrationSeries(dialect(), target);
 }
 
+TEST_P(SqlOnServer, GeneratedModelMigratedReadsBackLikeItsNextVersion)
+{
+   TAVREL_REQUIRE_DB_SERVER(pServer, GetParam());
+   qputenv("TAVREL_DB_PASSWORD", db_support::db_server::k_sPassword);
+   QList<sql_test::migration_target> lstTargets;
+   for (const QString & sDatabase : { QString("sqlx_migrated"), QString("sqlx_fresh") })
+   {
+      QString sError;
+      ASSERT_TRUE(pServer->recreateDatabase(sDatabase, sError)) << sError.toStdString();
+      sql_test::migration_target t;
+      t.sUrl = pServer->getUrl(sDatabase);
+      t.run = [pServer, sDatabase](const QString & sScript, QString & sErr) { return pServer->execScript(sScript, sErr, sDatabase); };
+      lstTargets.append(t);
+   }
+   sql_test::runGeneratedMigration(dialect(), lstTargets.at(0), lstTargets.at(1));
+}
+
 INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlOnServer, ::testing::Values(db_support::db_server::kind_postgresql));
 INSTANTIATE_TEST_SUITE_P(MariaDB, SqlOnServer, ::testing::Values(db_support::db_server::kind_mariadb));
 
