@@ -265,9 +265,12 @@ TEST(SqlMigration, PrimaryKeyChangePerDatabase)
 {
    const QByteArray otherKey = library(R"({"id": 11, "name": "title", "type": "QString", "primary_key": true, "max_length": 40}, )" + QString(k_sPages))
                                   .replace(R"({"id": 10, "name": "id", "type": "long", "primary_key": true}, )", "");
-   EXPECT_TRUE(textsOf(planOf(s_base, otherKey, dialect_postgresql)).contains("change the primary key of table book"));
-   EXPECT_TRUE(sqlOf(planOf(s_base, otherKey, dialect_postgresql)).contains("ALTER TABLE book DROP CONSTRAINT IF EXISTS book_pkey;\nALTER TABLE book ADD PRIMARY KEY (title);"));
-   EXPECT_TRUE(sqlOf(planOf(s_base, otherKey, dialect_mariadb)).contains("ALTER TABLE book DROP PRIMARY KEY, ADD PRIMARY KEY (title);"));
+   const QStringList lstTexts = textsOf(planOf(s_base, otherKey, dialect_postgresql));
+   EXPECT_EQ(lstTexts.first(), "drop the primary key of table book");
+   EXPECT_EQ(lstTexts.last(), "add the primary key of table book");
+   EXPECT_TRUE(sqlOf(planOf(s_base, otherKey, dialect_postgresql)).startsWith("ALTER TABLE book DROP CONSTRAINT IF EXISTS book_pkey;\n"));
+   EXPECT_TRUE(sqlOf(planOf(s_base, otherKey, dialect_postgresql)).endsWith("ALTER TABLE book ADD PRIMARY KEY (title);\n"));
+   EXPECT_TRUE(sqlOf(planOf(s_base, otherKey, dialect_mariadb)).startsWith("ALTER TABLE book DROP PRIMARY KEY;\n"));
    EXPECT_TRUE(sqlOf(planOf(s_base, otherKey, dialect_sqlite)).contains("   PRIMARY KEY (title)\n);\nINSERT INTO tavrel_new_book (title, pages) SELECT COALESCE(title, ''), pages FROM book;")) << sqlOf(planOf(s_base, otherKey, dialect_sqlite)).toStdString();
 }
 

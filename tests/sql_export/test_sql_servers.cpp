@@ -110,6 +110,32 @@ TEST_P(SqlOnServer, GeneratedModelMigratedReadsBackLikeItsNextVersion)
    sql_test::runGeneratedMigration(dialect(), lstTargets.at(0), lstTargets.at(1));
 }
 
+// A table renamed, then its primary key moved to another column.
+TEST_P(SqlOnServer, PrimaryKeyOfARenamedTableChanges)
+{
+   TAVREL_REQUIRE_DB_SERVER(pServer, GetParam());
+   qputenv("TAVREL_DB_PASSWORD", db_support::db_server::k_sPassword);
+   const QString sVersion = R"({ "name": "KEYS", "entities": [ { "id": 1, "name": "Book", "table": "%1", "properties": [
+      {"id": 1, "name": "id", "type": "long", "primary_key": %2}, {"id": 2, "name": "code", "type": "QString", "max_length": 20, "primary_key": %3} ] } ] })";
+   const QList<model::project_ptr> lstVersions { sql_test::modelFromJson(sVersion.arg("book", "true", "false").toUtf8()),
+                                                 sql_test::modelFromJson(sVersion.arg("volume", "true", "false").toUtf8()),
+                                                 sql_test::modelFromJson(sVersion.arg("volume", "false", "true").toUtf8()) };
+   const sql_export::sql_dialect d(dialect());
+   QString sError;
+   ASSERT_TRUE(pServer->recreateDatabase("sqlx_keys", sError)) << sError.toStdString();
+   ASSERT_TRUE(lstVersions.at(0) && lstVersions.at(1) && lstVersions.at(2));
+   ASSERT_TRUE(pServer->execScript(sql_test::scriptOf(* lstVersions.at(0), dialect()), sError, "sqlx_keys")) << sError.toStdString();
+   for (int i = 1; i < lstVersions.size(); ++i)
+   {
+      const sql_export::migration_plan plan = sql_export::schema_migration::plan(sql_export::schema_builder::build(* lstVersions.at(i - 1), d, {}),
+                                                                                 sql_export::schema_builder::build(* lstVersions.at(i), d, {}), d);
+      ASSERT_TRUE(pServer->execScript(sql_export::schema_migration::write(plan, d, { "KEYS", "a" }, { "KEYS", "b" }), sError, "sqlx_keys")) << sError.toStdString();
+   }
+   const model::project_ptr pBack = sql_test::importFrom(pServer->getUrl("sqlx_keys"), "KEYS", sError);
+   ASSERT_TRUE(pBack) << sError.toStdString();
+   EXPECT_EQ(sql_test::scriptOf(* pBack, dialect(), false).toStdString(), sql_test::scriptOf(* lstVersions.at(2), dialect(), false).toStdString());
+}
+
 INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlOnServer, ::testing::Values(db_support::db_server::kind_postgresql));
 INSTANTIATE_TEST_SUITE_P(MariaDB, SqlOnServer, ::testing::Values(db_support::db_server::kind_mariadb));
 

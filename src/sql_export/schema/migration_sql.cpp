@@ -71,7 +71,11 @@ bool migration_sql::isNarrowing(const QString & sOldType, const QString & sNewTy
 
 QString migration_sql::renameTable(const QString & sOld, const QString & sNew, const sql_dialect & d)
 {
-   return "ALTER TABLE " + d.quote(sOld) + " RENAME TO " + d.quote(sNew) + ";\n";
+   const QString s = "ALTER TABLE " + d.quote(sOld) + " RENAME TO " + d.quote(sNew) + ";\n";
+   // PostgreSQL names the primary key after the table it was made with: the name follows the
+   // table, so that a later change of the key finds it.
+   if (d.kind() != dialect_postgresql) { return s; }
+   return s + "ALTER INDEX IF EXISTS " + d.quote(sOld + "_pkey") + " RENAME TO " + d.quote(sNew + "_pkey") + ";\n";
 }
 
 QString migration_sql::renameColumn(const QString & sTable, const QString & sOld, const QString & sNew, const sql_dialect & d)
@@ -122,20 +126,14 @@ QString migration_sql::alterColumn(const QString & sTable, const sql_column & o,
    return s;
 }
 
-QString migration_sql::changePrimaryKey(const QString & sOldTable, const sql_table & t, bool bHadKey, const sql_dialect & d)
+QString migration_sql::changePrimaryKey(const sql_table & t, bool bDrop, const sql_dialect & d)
 {
    const QString sAlter = "ALTER TABLE " + d.quote(t.sName);
+   if (bDrop)
+   { return sAlter + ((d.kind() == dialect_mariadb) ? QString(" DROP PRIMARY KEY;\n") : " DROP CONSTRAINT IF EXISTS " + d.quote(t.sName + "_pkey") + ";\n"); }
    QStringList lstKey;
    for (const QString & k : t.lstPrimaryKey) { lstKey.append(d.quote(k)); }
-   const QString sAdd = (lstKey.isEmpty() ? QString() : " ADD PRIMARY KEY (" + lstKey.join(", ") + ")");
-   if (d.kind() == dialect_mariadb)
-   {
-      const QString sDrop = (bHadKey ? QString(" DROP PRIMARY KEY") : QString());
-      return sAlter + sDrop + ((! sDrop.isEmpty() && ! sAdd.isEmpty()) ? "," : "") + sAdd + ";\n";
-   }
-   // PostgreSQL names the key after the table it was created with.
-   QString s = (bHadKey ? sAlter + " DROP CONSTRAINT IF EXISTS " + d.quote(sOldTable + "_pkey") + ";\n" : QString());
-   return s + (sAdd.isEmpty() ? QString() : sAlter + sAdd + ";\n");
+   return (lstKey.isEmpty() ? QString() : sAlter + " ADD PRIMARY KEY (" + lstKey.join(", ") + ");\n");
 }
 
 QString migration_sql::rebuildTable(const sql_table & o, const sql_table & n, const QString & sIndexes, const sql_dialect & d)

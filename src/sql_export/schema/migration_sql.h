@@ -24,7 +24,9 @@ public:
    static QString addColumn(const QString & sTable, const sql_column & column, const sql_dialect & dialect);
    // The statements that turn the old column into the new one, same name (PostgreSQL and MariaDB).
    static QString alterColumn(const QString & sTable, const sql_column & oldColumn, const sql_column & newColumn, const sql_dialect & dialect);
-   static QString changePrimaryKey(const QString & sOldTable, const sql_table & newTable, bool bHadKey, const sql_dialect & dialect);
+   // Drops the table's primary key (before its columns change; PostgreSQL: the key named
+   // "TABLE_pkey"), or adds the new one (after).
+   static QString changePrimaryKey(const sql_table & newTable, bool bDrop, const sql_dialect & dialect);
    // The rebuild SQLite documents for changes it cannot ALTER: a new table, the rows copied, the
    // old table dropped and the new one renamed; then its indexes (sIndexes) again.
    static QString rebuildTable(const sql_table & oldTable, const sql_table & newTable, const QString & sIndexes, const sql_dialect & dialect);

@@ -175,9 +175,11 @@ void planner::changeColumns(const sql_table & o, const sql_table & n, bool bSql)
 void planner::changeTable(const sql_table & o, const sql_table & n, bool bSql)
 {
    if (o.sName != n.sName) { add("rename table " + o.sName + " to " + n.sName, bSql ? migration_sql::renameTable(o.sName, n.sName, m_d) : QString()); }
+   // A column leaves the key before it may change (a key column is always NOT NULL).
+   const bool bKey = (primaryKeys(o) != primaryKeys(n));
+   if (bKey && ! o.lstPrimaryKey.isEmpty()) { add("drop the primary key of table " + n.sName, bSql ? migration_sql::changePrimaryKey(n, true, m_d) : QString()); }
    changeColumns(o, n, bSql);
-   if (primaryKeys(o) != primaryKeys(n))
-   { add("change the primary key of table " + n.sName, bSql ? migration_sql::changePrimaryKey(o.sName, n, ! o.lstPrimaryKey.isEmpty(), m_d) : QString()); }
+   if (bKey && ! n.lstPrimaryKey.isEmpty()) { add("add the primary key of table " + n.sName, bSql ? migration_sql::changePrimaryKey(n, false, m_d) : QString()); }
    if (! bSql && (keyTargets(o, m_from, m_hashFromNames) != keyTargets(n, m_to, m_hashToNames))) { add("change the foreign keys of table " + n.sName, QString()); }
 }
 
