@@ -5,7 +5,9 @@
 #include <QJsonObject>
 #include <QStringList>
 
+#include "model/entity.h"
 #include "model/project.h"
+#include "model/property.h"
 #include "storage/project_storage.h"
 
 namespace bench {
@@ -203,6 +205,26 @@ model::project_ptr generateModel(const model_options & options)
    zy::ZyBool ok = storage::project_storage::parseJson(generateModelJson(options), "bench.json", p);
    if (! ok) { qFatal("benchmark model refused by the import: %s", qPrintable(ok.getDesc())); }
    return p;
+}
+
+int editModel(model::project & project, int iEvery)
+{
+   int iSeen = 0, iEdited = 0;
+   for (const model::entity_ptr & pEntity : * project.getListOfAllEntities())
+   {
+      for (const model::property_ptr & p : pEntity->getOwnProperties())
+      {
+         if (! p || p->isPrimaryKey() || p->hasRelationship() || (++iSeen % iEvery != 0)) { continue; }
+         switch (iEdited++ % 4)
+         {
+            case 0: p->setName(p->getName() + "_renamed"); if (! p->getColumnName().isEmpty()) { p->setColumnName(p->getColumnName() + "_renamed"); } break;
+            case 1: p->setForceSqlType("VARCHAR(500)"); break;
+            case 2: p->setAllowNull(! p->getAllowNull()); break;
+            default: p->setIndex(! p->isIndex()); break;
+         }
+      }
+   }
+   return iEdited;
 }
 
 } // namespace bench

@@ -20,5 +20,8 @@ struct model_options
 QByteArray generateModelJson(const model_options & options);
 // The same model read back through the import, so ids and links are those of a real project.
 model::project_ptr generateModel(const model_options & options);
+// The next version of a model: one data property in iEvery renamed, given another column type,
+// made (not) nullable or (un)indexed, in turn. Returns how many were edited.
+int editModel(model::project & project, int iEvery);
 
 } // namespace bench

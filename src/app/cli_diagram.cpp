@@ -22,16 +22,15 @@ QString formatOfSuffix(const QString & sPath)
    return (diagram::formats().contains(sSuffix) ? sSuffix : QString());
 }
 
-// A JSON model is read in memory: drawing it writes no project file beside it.
-zy::ZyBool readModel(const QString & sPath, model::project_ptr & pProject)
+} // namespace
+
+zy::ZyBool cli_diagram::readModel(const QString & sPath, model::project_ptr & pProject)
 {
    const QFileInfo info(sPath);
    if (! info.isFile()) { return zy::ZyBool(false, QString("no such project file: '%1'").arg(sPath)); }
    if (info.suffix().toLower() == "json") { return storage::project_storage::readJsonFile(sPath, pProject); }
    return storage::project_storage::loadProject(sPath, pProject);
 }
-
-} // namespace
 
 const char * cli_diagram::usageText()
 {

@@ -3,6 +3,9 @@
 #include <QStringList>
 #include <QTextStream>
 
+#include "model/model_fwd.h"
+#include "zy/ZyBool.h"
+
 namespace app {
 
 // "tavrel diagram PROJECT -o FILE [--format F] [--namespace NS]": the model as a picture (SVG,
@@ -19,6 +22,8 @@ public:
    int run(const QStringList & args);
 
    static const char * usageText();
+   // A .tavrel project, or a .json model read in memory (no project file is written beside it).
+   static zy::ZyBool readModel(const QString & sPath, model::project_ptr & pProject);
 
 private:
    int usageError(const QString & text);

@@ -1,6 +1,7 @@
 #include "cli_host.h"
 #include "cli_diagram.h"
 #include "cli_import_db.h"
+#include "cli_migrate.h"
 #include "pimpl_setting.h"
 #include "plugin_finder.h"
 #include "plugin_parameters.h"
@@ -44,6 +45,9 @@ const char * const k_sCommands =
    "                                     script (see 'tavrel import-db --help').\n"
    "  diagram PROJECT -o FILE [--format svg|png|pdf|dot|mermaid] [--namespace NS]\n"
    "                                     Draw the model's entities and relations (Graphviz).\n"
+   "  migrate OLD NEW --dialect sqlite|postgresql|mariadb [-o FILE] [--allow-destructive] [--check]\n"
+   "                                     Write the SQL that moves a database from one version\n"
+   "                                     of a model to the next (see 'tavrel migrate --help').\n"
    "  plugins                            List the plug-ins and their command-line parameters.\n"
    "  export PROJECT [options] [plug-in parameters]\n"
    "                                     Export the project with a plug-in, unattended.\n"
@@ -87,7 +91,7 @@ struct cli_options
    {
       parser.setApplicationDescription("Tavrel command-line host: import, check and export entity models.\n\n" + QString(k_sCommands));
       parser.addOptions({ help, version, plugin, lumor, yes, no, dryRun, check, diff, verbose, keepStale, watch });
-      parser.addPositionalArgument("command", "import, dump, check, diagram, plugins or export.");
+      parser.addPositionalArgument("command", "import, dump, check, diagram, migrate, plugins or export.");
       parser.addPositionalArgument("arguments", "Arguments of the command.", "[arguments...]");
    }
 };
@@ -140,7 +144,7 @@ int cli_host::failure(const QString & text)
 
 bool cli_host::needsWidgets(const QStringList & args)
 {
-   if ((args.size() > 1) && (args.at(1) == "diagram")) { return false; }
+   if ((args.size() > 1) && ((args.at(1) == "diagram") || (args.at(1) == "migrate"))) { return false; }
    QCommandLineParser parser;
    const cli_options opt(parser);
    if (! parser.parse(withoutPluginParameters(args))) { return true; }
@@ -154,6 +158,7 @@ int cli_host::run(const QStringList & args)
    // import-db reads options of its own.
    if ((args.size() > 1) && (args.at(1) == "import-db")) { return cli_import_db(m_out, m_err).run(args.mid(2)); }
    if ((args.size() > 1) && (args.at(1) == "diagram")) { return cli_diagram(m_out, m_err).run(args.mid(2)); }
+   if ((args.size() > 1) && (args.at(1) == "migrate")) { return cli_migrate(m_out, m_err).run(args.mid(2)); }
    QCommandLineParser parser;
    const cli_options opt(parser);
    if (! parser.parse(withoutPluginParameters(args))) { return usageError(parser.errorText()); }

@@ -46,5 +46,5 @@ page=$(MANWIDTH=200 man -l "$p/share/man/man1/tavrel.1" 2>/dev/null)
 for opt in $(run "$p/bin/tavrel" --help | grep -oE '(^| )--[a-z][a-z-]*' | sort -u); do
   grep -qF -- "$opt" <<<"$page" || fail "man page lacks $opt"
 done
-for cmd in import dump check plugins export; do grep -qw "$cmd" <<<"$page" || fail "man page lacks $cmd"; done
+for cmd in import dump check diagram migrate plugins export; do grep -qw "$cmd" <<<"$page" || fail "man page lacks $cmd"; done
 echo "installed tree: $n headers exported, plug-in found, man page complete"

@@ -8,7 +8,7 @@
 #include <sys/stat.h>
 
 #include "context/ctx_project.h"
-#include "sql_export/plugin/script_file.h"
+#include "sql_export/schema/script_file.h"
 #include "sql_export/plugin/sql_schema_export.h"
 #include "sql_cli_fixture.h"
 #include "test_support.h"

@@ -14,7 +14,7 @@
 #include "gui/view/main_wnd.h"
 #include "model/plugin_params.h"
 #include "model/project.h"
-#include "sql_export/plugin/script_file.h"
+#include "sql_export/schema/script_file.h"
 #include "sql_export/schema/schema_script.h"
 #include "sql_export/view/sql_export_preview.h"
 #include "sql_export/view/sql_export_settings.h"

@@ -41,6 +41,12 @@ QString columnType(const model::property & p, const sql_dialect & dialect, bool 
    return r.sType;
 }
 
+// Ids are unique among the items of one kind; an item never stored (id 0) goes by its name.
+QString itemKey(const char * sKind, long lId, const QString & sName)
+{
+   return QLatin1String(sKind) + ((lId != 0) ? QString::number(lId) : ':' + sName);
+}
+
 model::property_ptr keyOf(const model::entity_ptr & pEntity)
 {
    return (pEntity ? pEntity->getPropertyId(true) : model::property_ptr());
@@ -52,6 +58,7 @@ void addKeyColumn(sql_table & table, const model::property & p, const QString & 
 {
    const model::property_ptr pTargetKey = keyOf(pTarget);
    sql_column c;
+   c.sKey = itemKey("p", p.getId(), sColumn);
    c.sName = sColumn;
    c.sType = (pTargetKey ? columnType(* pTargetKey, dialect, true, lstWarnings) : sql_types::map(dialect, "long", 0, true).sType);
    c.bNotNull = ! p.getAllowNull();
@@ -69,6 +76,7 @@ void addColumn(sql_table & table, const model::property & p, const sql_dialect &
    if (const model::relationship_ptr pRelation = p.getRelation())
    { addKeyColumn(table, p, sColumn, pRelation->getEntityTarget(), dialect, lstWarnings); return; }
    sql_column c;
+   c.sKey = itemKey("p", p.getId(), sColumn);
    c.sName = sColumn;
    c.sType = columnType(p, dialect, p.isPrimaryKey() || p.getUnique() || p.isIndex(), lstWarnings);
    c.bNotNull = (p.isPrimaryKey() || ! p.getAllowNull());
@@ -85,11 +93,16 @@ sql_table joinTable(const model::entity_ptr & pOwner, const model::relationship 
 {
    sql_table t;
    t.sName = r.getExtraTable();
+   QString sFirstKey;
    const QList<QPair<QString, model::entity_ptr> > lstKeys { { r.getForeignKey(), pOwner }, { r.getForeignKeyOwner(), r.getEntityTarget() } };
    for (const auto & k : lstKeys)
    {
       const model::property_ptr pKey = keyOf(k.second);
       sql_column c;
+      // Each key column by the entity it points at, whichever side of the relation wrote it.
+      c.sKey = itemKey("to-e", (k.second ? k.second->getId() : 0), k.first);
+      if (c.sKey == sFirstKey) { c.sKey += ":2"; }
+      sFirstKey = c.sKey;
       c.sName = k.first;
       c.sType = (pKey ? columnType(* pKey, dialect, true, lstWarnings) : sql_types::map(dialect, "long", 0, true).sType);
       c.bNotNull = true;
@@ -153,6 +166,7 @@ sql_table schema_builder::tableOf(const model::entity & entity, const sql_dialec
    sql_table t;
    if (entity.isAbstract()) { return t; }
    t.sName = tableName(entity);
+   t.sKey = itemKey("e", entity.getId(), t.sName);
    if (options.bComments) { t.sComment = entity.getDescription(); }
    QSet<QString> setColumns;
    for (const model::property_ptr & p : registeredProperties(entity, options))
@@ -167,6 +181,7 @@ sql_table schema_builder::tableOf(const model::entity & entity, const sql_dialec
    if (! sSoftDelete.isEmpty() && ! setColumns.contains(sSoftDelete))
    {
       sql_column c;
+      c.sKey = QStringLiteral("soft-delete");
       c.sName = sSoftDelete;
       c.sType = sql_types::map(dialect, "QString", 0, false).sType;
       t.lstColumns.append(c);
@@ -177,25 +192,35 @@ sql_table schema_builder::tableOf(const model::entity & entity, const sql_dialec
 sql_schema schema_builder::build(const model::project & project, const sql_dialect & dialect, const schema_options & options)
 {
    sql_schema schema;
-   QSet<QString> setJoinTables;
    const model::list_of_entity_ptr pEntities = project.getListOfAllEntities();
+   QList<QPair<model::entity_ptr, model::property_ptr> > lstManyToMany;
    for (const model::entity_ptr & pEntity : * pEntities)
    {
       if (! pEntity || pEntity->isAbstract()) { continue; }
       schema.lstTables.append(tableOf(* pEntity, dialect, options, schema.lstWarnings));
-   }
-   for (const model::entity_ptr & pEntity : * pEntities)
-   {
-      if (! pEntity || pEntity->isAbstract()) { continue; }
       for (const model::property_ptr & p : pEntity->getOwnProperties())
       {
          const model::relationship_ptr pRelation = (p ? p->getRelation() : model::relationship_ptr());
          if (! pRelation || (pRelation->getType() != model::relationship::many_to_many) || p->isTransient()) { continue; }
-         if (p->isObsolete() && ! options.bIncludeObsolete) { continue; }
-         if (pRelation->getExtraTable().isEmpty() || setJoinTables.contains(pRelation->getExtraTable())) { continue; }
-         setJoinTables.insert(pRelation->getExtraTable());
-         schema.lstTables.append(joinTable(pEntity, * pRelation, dialect, schema.lstWarnings));
+         if ((p->isObsolete() && ! options.bIncludeObsolete) || pRelation->getExtraTable().isEmpty()) { continue; }
+         lstManyToMany.append({ pEntity, p });
       }
+   }
+   QSet<QString> setJoinTables, setJoinKeys;
+   for (const auto & m : lstManyToMany)
+   {
+      const model::relationship_ptr pRelation = m.second->getRelation();
+      if (setJoinTables.contains(pRelation->getExtraTable())) { continue; }
+      setJoinTables.insert(pRelation->getExtraTable());
+      schema.lstTables.append(joinTable(m.first, * pRelation, dialect, schema.lstWarnings));
+      // A join table goes by the two entities it joins, whichever side declares it and whatever
+      // its name; by its name too when two join the same entities.
+      const model::entity_ptr pTarget = pRelation->getEntityTarget();
+      const long lA = m.first->getId(), lB = (pTarget ? pTarget->getId() : 0);
+      QString sKey = QString("m%1-%2").arg(qMin(lA, lB)).arg(qMax(lA, lB));
+      if ((lA == 0) || (lB == 0) || setJoinKeys.contains(sKey)) { sKey += ':' + pRelation->getExtraTable(); }
+      setJoinKeys.insert(sKey);
+      schema.lstTables.last().sKey = sKey;
    }
    // Sorted by name: a database read back lists its tables so, and the script stays the same.
    std::stable_sort(schema.lstTables.begin(), schema.lstTables.end(), [](const sql_table & a, const sql_table & b) { return a.sName < b.sName; });

@@ -11,6 +11,9 @@ namespace sql_export {
 
 struct sql_column
 {
+   // What the column stands for across model versions: its property's id ("p12"), the role of
+   // a join table's key, or the soft-delete column.
+   QString sKey;
    QString sName;
    QString sType;
    bool bNotNull = false;
@@ -29,6 +32,8 @@ struct sql_foreign_key
 
 struct sql_table
 {
+   // The entity's id ("e3") or, for a join table, the ids of the two entities it joins ("m2-3").
+   QString sKey;
    QString sName;
    QString sComment;
    QList<sql_column> lstColumns;

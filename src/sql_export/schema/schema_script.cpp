@@ -13,17 +13,12 @@ namespace {
 
 QString foreignKeyClause(const sql_table & table, const sql_foreign_key & k, const sql_dialect & d)
 {
-   return "CONSTRAINT " + d.quote(d.objectName("fk", table.sName, k.sColumn)) + " FOREIGN KEY (" + d.quote(k.sColumn)
-          + ") REFERENCES " + d.quote(k.sTargetTable) + " (" + d.quote(k.sTargetColumn) + ")";
+   return schema_script::foreignKeyClause(table, k, d);
 }
 
 QString columnLine(const sql_column & c, const sql_dialect & d)
 {
-   QString s = "   " + d.quote(c.sName) + ' ' + c.sType;
-   if (c.bNotNull) { s += " NOT NULL"; }
-   if (! c.sDefault.isEmpty()) { s += " DEFAULT " + c.sDefault; }
-   if ((d.kind() == dialect_mariadb) && ! c.sComment.isEmpty()) { s += " COMMENT " + d.literal(c.sComment); }
-   return s;
+   return "   " + schema_script::columnDefinition(c, d);
 }
 
 QString indexes(const sql_table & t, const sql_dialect & d)
@@ -52,6 +47,26 @@ QString comments(const sql_table & t, const sql_dialect & d)
 }
 
 } // namespace
+
+QString schema_script::columnDefinition(const sql_column & c, const sql_dialect & d)
+{
+   QString s = d.quote(c.sName) + ' ' + c.sType;
+   if (c.bNotNull) { s += " NOT NULL"; }
+   if (! c.sDefault.isEmpty()) { s += " DEFAULT " + c.sDefault; }
+   if ((d.kind() == dialect_mariadb) && ! c.sComment.isEmpty()) { s += " COMMENT " + d.literal(c.sComment); }
+   return s;
+}
+
+QString schema_script::foreignKeyName(const sql_table & table, const sql_foreign_key & k, const sql_dialect & d)
+{
+   return d.objectName("fk", table.sName, k.sColumn);
+}
+
+QString schema_script::foreignKeyClause(const sql_table & table, const sql_foreign_key & k, const sql_dialect & d)
+{
+   return "CONSTRAINT " + d.quote(foreignKeyName(table, k, d)) + " FOREIGN KEY (" + d.quote(k.sColumn)
+          + ") REFERENCES " + d.quote(k.sTargetTable) + " (" + d.quote(k.sTargetColumn) + ")";
+}
 
 QString schema_script::commentText(const QString & s)
 {

@@ -19,6 +19,13 @@ public:
    // The tables in the order they are created: each after those it points at, cycles broken at
    // the first table by name.
    static QList<int> creationOrder(const sql_schema & schema);
+   // A column as CREATE TABLE and ALTER TABLE ... ADD write it: name, type, NOT NULL, default,
+   // and in MariaDB its comment.
+   static QString columnDefinition(const sql_column & column, const sql_dialect & dialect);
+   // The name of the constraint of a foreign key of a table.
+   static QString foreignKeyName(const sql_table & table, const sql_foreign_key & key, const sql_dialect & dialect);
+   // "CONSTRAINT name FOREIGN KEY (column) REFERENCES target (key)".
+   static QString foreignKeyClause(const sql_table & table, const sql_foreign_key & key, const sql_dialect & dialect);
    // Text that fits in a line comment.
    static QString commentText(const QString & s);
 };

@@ -1,4 +1,4 @@
-#include "sql_export/plugin/script_file.h"
+#include "sql_export/schema/script_file.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,0 +1,291 @@
+#include "sql_export/schema/schema_migration.h"
+
+#include <QHash>
+#include <QSet>
+
+#include "model/entity.h"
+#include "model/project.h"
+#include "model/property.h"
+#include "sql_export/schema/migration_sql.h"
+#include "sql_export/schema/schema_script.h"
+
+namespace sql_export {
+
+namespace {
+
+// An index, a unique index or a foreign key: named after its table and column, so a rename
+// drops it under the old name and creates it under the new one.
+struct derived_object
+{
+   QString sIdentity;
+   QString sTableKey;
+   QString sText;
+   QString sCreate;
+   QString sDrop;
+   bool bForeignKey = false;
+};
+
+QHash<QString, int> indexBy(const sql_schema & s, bool bByKey)
+{
+   QHash<QString, int> hash;
+   for (int i = 0; i < s.lstTables.size(); ++i) { hash.insert(bByKey ? s.lstTables.at(i).sKey : s.lstTables.at(i).sName, i); }
+   return hash;
+}
+
+const sql_column * columnOf(const sql_table & t, const QString & sName, bool bByKey)
+{
+   for (const sql_column & c : t.lstColumns) { if ((bByKey ? c.sKey : c.sName) == sName) { return & c; } }
+   return nullptr;
+}
+
+QStringList primaryKeys(const sql_table & t)
+{
+   QStringList lst;
+   for (const QString & s : t.lstPrimaryKey) { const sql_column * c = columnOf(t, s, false); lst.append(c ? c->sKey : s); }
+   return lst;
+}
+
+bool columnChanged(const sql_column & o, const sql_column & n)
+{
+   return (o.sType != n.sType) || (o.bNotNull != n.bNotNull) || (o.sDefault != n.sDefault);
+}
+
+class planner
+{
+   const sql_schema & m_from;
+   const sql_schema & m_to;
+   const sql_dialect & m_d;
+   const QHash<QString, int> m_hashFrom;
+   const QHash<QString, int> m_hashTo;
+   const QHash<QString, int> m_hashFromNames;
+   const QHash<QString, int> m_hashToNames;
+   QSet<QString> m_setRebuilt;
+   migration_plan m_plan;
+
+public:
+   planner(const sql_schema & from, const sql_schema & to, const sql_dialect & d)
+      : m_from(from), m_to(to), m_d(d), m_hashFrom(indexBy(from, true)), m_hashTo(indexBy(to, true)),
+        m_hashFromNames(indexBy(from, false)), m_hashToNames(indexBy(to, false)) { ; }
+
+   migration_plan run();
+
+private:
+   void add(const QString & sText, const QString & sSql, bool bDestructive = false)
+   { m_plan.lstSteps.append(migration_step { sText, sSql, bDestructive }); }
+   // "column key|target table key|target column key": a foreign key whatever its names.
+   static QString keyTarget(const sql_table & t, const sql_foreign_key & k, const sql_schema & s, const QHash<QString, int> & hashNames);
+   static QSet<QString> keyTargets(const sql_table & t, const sql_schema & s, const QHash<QString, int> & hashNames);
+   QList<derived_object> derivedObjects(const sql_schema & s) const;
+   bool needsRebuild(const sql_table & o, const sql_table & n) const;
+   void changeTable(const sql_table & o, const sql_table & n, bool bSql);
+   void changeColumns(const sql_table & o, const sql_table & n, bool bSql);
+   QString indexesOf(const QString & sTableKey, const QList<derived_object> & lst) const;
+};
+
+QString planner::keyTarget(const sql_table & t, const sql_foreign_key & k, const sql_schema & s, const QHash<QString, int> & hashNames)
+{
+   const sql_column * pColumn = columnOf(t, k.sColumn, false);
+   const int iTarget = hashNames.value(k.sTargetTable, -1);
+   const sql_table * pTarget = ((iTarget >= 0) ? & s.lstTables.at(iTarget) : nullptr);
+   const sql_column * pTargetColumn = (pTarget ? columnOf(* pTarget, k.sTargetColumn, false) : nullptr);
+   return (pColumn ? pColumn->sKey : k.sColumn) + '|' + (pTarget ? pTarget->sKey : k.sTargetTable) + '|'
+          + (pTargetColumn ? pTargetColumn->sKey : k.sTargetColumn);
+}
+
+QSet<QString> planner::keyTargets(const sql_table & t, const sql_schema & s, const QHash<QString, int> & hashNames)
+{
+   QSet<QString> set;
+   for (const sql_foreign_key & k : t.lstForeignKeys) { set.insert(keyTarget(t, k, s, hashNames)); }
+   return set;
+}
+
+QList<derived_object> planner::derivedObjects(const sql_schema & s) const
+{
+   const QHash<QString, int> & hashNames = ((& s == & m_from) ? m_hashFromNames : m_hashToNames);
+   QList<derived_object> lst;
+   for (const sql_table & t : s.lstTables)
+   {
+      const QString sTable = m_d.quote(t.sName);
+      for (const sql_column & c : t.lstColumns)
+      {
+         for (const QString & sKind : { QString("ux"), QString("ix") })
+         {
+            if (! ((sKind == "ux") ? c.bUnique : c.bIndex)) { continue; }
+            const QString sName = m_d.objectName(sKind, t.sName, c.sName);
+            const QString sDrop = "DROP INDEX IF EXISTS " + m_d.quote(sName) + ((m_d.kind() == dialect_mariadb) ? " ON " + sTable : QString()) + ";\n";
+            const QString sCreate = ((sKind == "ux") ? "CREATE UNIQUE INDEX " : "CREATE INDEX ") + m_d.quote(sName) + " ON " + sTable + " (" + m_d.quote(c.sName) + ");\n";
+            const QString sText = ((sKind == "ux") ? "unique index " : "index ") + sName + " of table " + t.sName;
+            lst.append(derived_object { sKind + '|' + sName + '|' + t.sKey + '|' + c.sKey, t.sKey, sText, sCreate, sDrop, false });
+         }
+      }
+      // SQLite changes no key in place: a table whose keys change is rebuilt.
+      if (m_d.kind() == dialect_sqlite) { continue; }
+      for (const sql_foreign_key & k : t.lstForeignKeys)
+      {
+         const QString sName = schema_script::foreignKeyName(t, k, m_d);
+         QString sDrop = "ALTER TABLE " + sTable + " DROP CONSTRAINT IF EXISTS " + m_d.quote(sName) + ";\n";
+         // MariaDB leaves the index it made for the key behind.
+         if (m_d.kind() == dialect_mariadb)
+         { sDrop = "ALTER TABLE " + sTable + " DROP FOREIGN KEY IF EXISTS " + m_d.quote(sName) + ";\nDROP INDEX IF EXISTS " + m_d.quote(sName) + " ON " + sTable + ";\n"; }
+         const QString sCreate = "ALTER TABLE " + sTable + " ADD " + schema_script::foreignKeyClause(t, k, m_d) + ";\n";
+         const QString sText = "foreign key " + sName + " of table " + t.sName + " to " + k.sTargetTable;
+         lst.append(derived_object { "fk|" + sName + '|' + t.sKey + '|' + keyTarget(t, k, s, hashNames), t.sKey, sText, sCreate, sDrop, true });
+      }
+   }
+   return lst;
+}
+
+bool planner::needsRebuild(const sql_table & o, const sql_table & n) const
+{
+   for (const sql_column & c : o.lstColumns) { if (! columnOf(n, c.sKey, true)) { return true; } }
+   for (const sql_column & c : n.lstColumns)
+   {
+      const sql_column * pOld = columnOf(o, c.sKey, true);
+      if (pOld ? columnChanged(* pOld, c) : (c.bNotNull && c.sDefault.isEmpty())) { return true; }
+   }
+   return (primaryKeys(o) != primaryKeys(n)) || (keyTargets(o, m_from, m_hashFromNames) != keyTargets(n, m_to, m_hashToNames));
+}
+
+void planner::changeColumns(const sql_table & o, const sql_table & n, bool bSql)
+{
+   const QString & t = n.sName;
+   for (const sql_column & c : o.lstColumns)
+   { if (! columnOf(n, c.sKey, true)) { add("drop column " + t + '.' + c.sName, bSql ? migration_sql::dropColumn(t, c.sName, m_d) : QString(), true); } }
+   for (const sql_column & c : n.lstColumns)
+   {
+      const sql_column * pOld = columnOf(o, c.sKey, true);
+      if (pOld && (pOld->sName != c.sName))
+      { add("rename column " + t + '.' + pOld->sName + " to " + c.sName, bSql ? migration_sql::renameColumn(t, pOld->sName, c.sName, m_d) : QString()); }
+   }
+   for (const sql_column & c : n.lstColumns)
+   { if (! columnOf(o, c.sKey, true)) { add("add column " + t + '.' + c.sName, bSql ? migration_sql::addColumn(t, c, m_d) : QString()); } }
+   for (const sql_column & c : n.lstColumns)
+   {
+      const sql_column * pOld = columnOf(o, c.sKey, true);
+      if (! pOld || ! columnChanged(* pOld, c)) { continue; }
+      QStringList lstWhat;
+      const bool bNarrowing = migration_sql::isNarrowing(pOld->sType, c.sType, m_d);
+      if (pOld->sType != c.sType) { lstWhat.append("type " + pOld->sType + " to " + c.sType + (bNarrowing ? " (narrowing)" : "")); }
+      if (pOld->bNotNull != c.bNotNull) { lstWhat.append(c.bNotNull ? "NOT NULL, NULL becomes " + migration_sql::fillValue(c, m_d) : QString("NULL allowed")); }
+      if (pOld->sDefault != c.sDefault) { lstWhat.append(c.sDefault.isEmpty() ? QString("no default") : "default " + c.sDefault); }
+      add("change column " + t + '.' + c.sName + ": " + lstWhat.join(", "), bSql ? migration_sql::alterColumn(t, * pOld, c, m_d) : QString(), bNarrowing);
+   }
+}
+
+void planner::changeTable(const sql_table & o, const sql_table & n, bool bSql)
+{
+   if (o.sName != n.sName) { add("rename table " + o.sName + " to " + n.sName, bSql ? migration_sql::renameTable(o.sName, n.sName, m_d) : QString()); }
+   // A column leaves the key before it may change (a key column is always NOT NULL).
+   const bool bKey = (primaryKeys(o) != primaryKeys(n));
+   if (bKey && ! o.lstPrimaryKey.isEmpty()) { add("drop the primary key of table " + n.sName, bSql ? migration_sql::changePrimaryKey(n, true, m_d) : QString()); }
+   changeColumns(o, n, bSql);
+   if (bKey && ! n.lstPrimaryKey.isEmpty()) { add("add the primary key of table " + n.sName, bSql ? migration_sql::changePrimaryKey(n, false, m_d) : QString()); }
+   if (! bSql && (keyTargets(o, m_from, m_hashFromNames) != keyTargets(n, m_to, m_hashToNames))) { add("change the foreign keys of table " + n.sName, QString()); }
+}
+
+QString planner::indexesOf(const QString & sTableKey, const QList<derived_object> & lst) const
+{
+   QString s;
+   for (const derived_object & x : lst) { if (! x.bForeignKey && (x.sTableKey == sTableKey)) { s += x.sCreate; } }
+   return s;
+}
+
+migration_plan planner::run()
+{
+   const QList<derived_object> lstOld = derivedObjects(m_from);
+   const QList<derived_object> lstNew = derivedObjects(m_to);
+   QSet<QString> setOld, setNew;
+   for (const derived_object & x : lstOld) { setOld.insert(x.sIdentity); }
+   for (const derived_object & x : lstNew) { setNew.insert(x.sIdentity); }
+   for (const sql_table & n : m_to.lstTables)
+   {
+      const int i = m_hashFrom.value(n.sKey, -1);
+      if ((m_d.kind() == dialect_sqlite) && (i >= 0) && needsRebuild(m_from.lstTables.at(i), n)) { m_setRebuilt.insert(n.sKey); }
+   }
+   // Keys and indexes that go, before the tables and columns they name change.
+   for (const derived_object & x : lstOld) { if (x.bForeignKey && ! setNew.contains(x.sIdentity)) { add("drop " + x.sText, x.sDrop); } }
+   for (const derived_object & x : lstOld)
+   {
+      if (x.bForeignKey || setNew.contains(x.sIdentity) || ! m_hashTo.contains(x.sTableKey) || m_setRebuilt.contains(x.sTableKey)) { continue; }
+      add("drop " + x.sText, x.sDrop);
+   }
+   for (const sql_table & o : m_from.lstTables) { if (! m_hashTo.contains(o.sKey)) { add("drop table " + o.sName, "DROP TABLE " + m_d.quote(o.sName) + ";\n", true); } }
+   for (const sql_table & n : m_to.lstTables)
+   {
+      const int i = m_hashFrom.value(n.sKey, -1);
+      if (i < 0) { continue; }
+      const bool bRebuild = m_setRebuilt.contains(n.sKey);
+      changeTable(m_from.lstTables.at(i), n, ! bRebuild);
+      if (bRebuild)
+      { add("rebuild table " + n.sName + " with its rows (SQLite alters no column in place)", migration_sql::rebuildTable(m_from.lstTables.at(i), n, indexesOf(n.sKey, lstNew), m_d)); }
+   }
+   for (const sql_table & n : m_to.lstTables)
+   { if (! m_hashFrom.contains(n.sKey)) { add("create table " + n.sName, schema_script::createTable(n, m_d, {}, m_d.kind() == dialect_sqlite)); } }
+   for (const derived_object & x : lstNew)
+   {
+      if (x.bForeignKey || setOld.contains(x.sIdentity) || ! m_hashFrom.contains(x.sTableKey) || m_setRebuilt.contains(x.sTableKey)) { continue; }
+      add("create " + x.sText, x.sCreate);
+   }
+   for (const derived_object & x : lstNew) { if (x.bForeignKey && ! setOld.contains(x.sIdentity)) { add("add " + x.sText, x.sCreate); } }
+   return m_plan;
+}
+
+} // namespace
+
+QStringList migration_plan::destructiveSteps() const
+{
+   QStringList lst;
+   for (const migration_step & s : lstSteps) { if (s.bDestructive) { lst.append(s.sText); } }
+   return lst;
+}
+
+migration_plan schema_migration::plan(const sql_schema & from, const sql_schema & to, const sql_dialect & dialect)
+{
+   return planner(from, to, dialect).run();
+}
+
+QString schema_migration::write(const migration_plan & plan, const sql_dialect & d, const migration_end & from, const migration_end & to)
+{
+   const auto end = [](const migration_end & e) { return "model '" + schema_script::commentText(e.sProject) + "' (" + schema_script::commentText(e.sFile) + ")\n"; };
+   QString s = "-- Migration of a database for " + d.name() + ", written by Tavrel\n-- From: " + end(from) + "-- To:   " + end(to);
+   if (plan.isEmpty()) { return s + "-- Nothing to change: both versions have the same schema.\n"; }
+   s += "-- Steps:\n";
+   const auto stepLine = [&plan](int i) {
+      const migration_step & step = plan.lstSteps.at(i);
+      return QString("%1. %2%3").arg(i + 1).arg(schema_script::commentText(step.sText), step.bDestructive ? " (loses data)" : "");
+   };
+   for (int i = 0; i < plan.lstSteps.size(); ++i) { s += "--   " + stepLine(i) + '\n'; }
+   // SQLite checks no key while tables are rebuilt, as its documented procedure asks.
+   if (d.kind() == dialect_sqlite) { s += "PRAGMA foreign_keys = OFF;\n"; }
+   s += ((d.kind() == dialect_mariadb) ? QString("-- MariaDB commits each schema change on its own: no transaction\n") : QString("BEGIN;\n"));
+   for (int i = 0; i < plan.lstSteps.size(); ++i) { s += "\n-- " + stepLine(i) + '\n' + plan.lstSteps.at(i).sSql; }
+   if (d.kind() != dialect_mariadb) { s += "\nCOMMIT;\n"; }
+   if (d.kind() == dialect_sqlite) { s += "PRAGMA foreign_keys = ON;\n"; }
+   return s;
+}
+
+bool schema_migration::shareIds(const model::project & a, const model::project & b)
+{
+   QSet<QString> setA;
+   for (const model::entity_ptr & e : * a.getListOfAllEntities())
+   {
+      if (e->getId() != 0) { setA.insert("e" + QString::number(e->getId())); }
+      for (const model::property_ptr & p : e->getOwnProperties()) { if (p && (p->getId() != 0)) { setA.insert("p" + QString::number(p->getId())); } }
+   }
+   bool bAnyInB = false;
+   for (const model::entity_ptr & e : * b.getListOfAllEntities())
+   {
+      if ((e->getId() != 0) && setA.contains("e" + QString::number(e->getId()))) { return true; }
+      for (const model::property_ptr & p : e->getOwnProperties())
+      {
+         if (! p || (p->getId() == 0)) { continue; }
+         bAnyInB = true;
+         if (setA.contains("p" + QString::number(p->getId()))) { return true; }
+      }
+      bAnyInB = bAnyInB || (e->getId() != 0);
+   }
+   // A first version, or a model emptied: nothing to match, nothing contradicts.
+   return setA.isEmpty() || ! bAnyInB;
+}
+
+} // namespace sql_export
