@@ -50,8 +50,9 @@ bool main_window::editEntity(const model::entity_ptr & pEntity)
       // A rename or a move takes the parents and relation targets naming the entity along.
       if (sOldKey != pCopy->getKey()) { model_edit::renameEntityReferences(after, sOldKey, pCopy->getKey()); }
    }
-   const QString sText = (! pEntity ? tr("New entity %1") : ((sOldKey != pCopy->getKey()) ? tr("Rename entity %1 to %2") : tr("Edit entity %1")));
-   pushEdit(sText.arg(sOldKey.isEmpty() ? pCopy->getKey() : sOldKey, pCopy->getKey()), after, model_place { pCopy->getKey(), QString() });
+   QString sText = (! pEntity ? tr("New entity %1").arg(pCopy->getKey()) : tr("Edit entity %1").arg(sOldKey));
+   if (pEntity && (sOldKey != pCopy->getKey())) { sText = tr("Rename entity %1 to %2").arg(sOldKey, pCopy->getKey()); }
+   pushEdit(sText, after, model_place { pCopy->getKey(), QString() });
    return true;
 }
 
@@ -78,8 +79,9 @@ bool main_window::editEnumeration(const model::enumeration_ptr & pEnumeration)
       after.enumerations.replace(after.enumerations.indexOf(pEnumeration), pCopy);
       if (sOldKey != pCopy->getKey()) { model_edit::renameEnumerationReferences(after, sOldKey, pCopy->getKey()); }
    }
-   const QString sText = (! pEnumeration ? tr("New enumeration %1") : ((sOldKey != pCopy->getKey()) ? tr("Rename enumeration %1 to %2") : tr("Edit enumeration %1")));
-   pushEdit(sText.arg(sOldKey.isEmpty() ? pCopy->getKey() : sOldKey, pCopy->getKey()), after, model_place { pCopy->getKey(), QString() });
+   QString sText = (! pEnumeration ? tr("New enumeration %1").arg(pCopy->getKey()) : tr("Edit enumeration %1").arg(sOldKey));
+   if (pEnumeration && (sOldKey != pCopy->getKey())) { sText = tr("Rename enumeration %1 to %2").arg(sOldKey, pCopy->getKey()); }
+   pushEdit(sText, after, model_place { pCopy->getKey(), QString() });
    return true;
 }
 
