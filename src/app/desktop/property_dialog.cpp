@@ -59,6 +59,18 @@ const limit_field k_limits[] = {
    { "m_txtMaxLength", "Maximum length", & model::property::getMaxLength, & model::property::setMaxLength },
 };
 
+// A limit typed as a plain number is kept as a number, as the JSON import keeps 80 apart from "80".
+QVariant limitValue(const QString & s)
+{
+   if (s.isEmpty()) { return QVariant(); }
+   bool bOk = false;
+   const qlonglong i = s.toLongLong(& bOk);
+   if (bOk && (QString::number(i) == s)) { return QVariant(i); }
+   const double d = s.toDouble(& bOk);
+   if (bOk && (QString::number(d, 'g', 17) == s)) { return QVariant(d); }
+   return QVariant(s);
+}
+
 } // namespace
 
 QStringList property_dialog::commonTypes()
@@ -196,8 +208,7 @@ void property_dialog::applyTo(model::property & p) const
    for (const text_field & f : k_texts) { (p.*f.set)(m_mapTexts.value(f.szName)->text()); }
    for (const limit_field & f : k_limits)
    {
-      const QString s = m_mapTexts.value(f.szName)->text().trimmed();
-      (p.*f.set)(s.isEmpty() ? QVariant() : QVariant(s));
+      (p.*f.set)(limitValue(m_mapTexts.value(f.szName)->text().trimmed()));
    }
    p.setAllMetaData(metaData());
    if (m_grpRelation->isChecked())
