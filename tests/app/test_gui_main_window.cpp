@@ -8,6 +8,8 @@
 #include <QTextEdit>
 #include <QUrl>
 
+#include <QTest>
+
 #include <gtest/gtest.h>
 
 #include "desktop/global_settings.h"
@@ -131,9 +133,17 @@ TEST_F(GuiMainWindow, ApplyingAnEditStoresItAndEmitsOnUpdateEntity)
    pApply->click();
    EXPECT_EQ(iUpdates, 1);
    EXPECT_EQ(m_pWnd->getSelectedEntity()->getTableName(), "t_client");
+   EXPECT_TRUE(m_pWnd->isWindowModified());
 
-   // Stored in the project file.
+   // Kept in memory until Save (Ctrl+S), then stored in the project file.
    model::project_ptr reread;
+   ASSERT_TRUE(storage::project_storage::loadProject(context::ctx_project::getProjectFile(), reread).getValue());
+   EXPECT_EQ(reread->getEntityByKey("shop::Customer")->getTableName(), "t_customer");
+   m_pWnd->activateWindow();
+   ASSERT_TRUE(QTest::qWaitForWindowActive(m_pWnd.get()));
+   m_pWnd->getModelTree()->setFocus();
+   QTest::keyClick(m_pWnd->getModelTree(), Qt::Key_S, Qt::ControlModifier);
+   EXPECT_FALSE(m_pWnd->isWindowModified());
    ASSERT_TRUE(storage::project_storage::loadProject(context::ctx_project::getProjectFile(), reread).getValue());
    model::entity_ptr p = reread->getEntityByKey("shop::Customer");
    ASSERT_TRUE(p);

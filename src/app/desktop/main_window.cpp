@@ -3,6 +3,8 @@
 #include "desktop/main_window.h"
 
 #include <QAction>
+#include <QBoxLayout>
+#include <QLineEdit>
 #include <QDesktopServices>
 #include <QDialog>
 #include <QDir>
@@ -38,12 +40,14 @@ main_window::main_window(QWidget * parent) : view::main_wnd(parent)
    createWidgets();
    loadPlugins();
    createDiagramDock();
+   createUndoDock();
    resize(1280, 800);
    // Most of the room for the model and the generated code, a few lines for the messages.
    resizeDocks({ m_dockMessages }, { 160 }, Qt::Vertical);
    if (m_dockPreview) { resizeDocks({ m_dockPreview }, { 780 }, Qt::Horizontal); }
    updateActions();
    updateTitle();
+   restoreWindowState();
 }
 
 main_window::~main_window()
@@ -108,9 +112,12 @@ void main_window::createActions()
    QMenu * pFile = menuBar()->addMenu(tr("&File"));
    pFile->addAction(m_actOpenProject);
    pFile->addAction(m_actReloadProject);
+   createEditActions();
+   pFile->addAction(m_actSave);
    pFile->addAction(m_actExportJson);
    pFile->addSeparator();
    pFile->addAction(m_actQuit);
+   createEditMenu();
    QMenu * pTools = menuBar()->addMenu(tr("&Tools"));
    pTools->addAction(m_actGlobalSettings);
    QMenu * pPlugin = menuBar()->addMenu(tr("&Plug-in"));
@@ -132,6 +139,9 @@ void main_window::createActions()
    pToolBar->setMovable(false);
    pToolBar->addAction(m_actOpenProject);
    pToolBar->addAction(m_actReloadProject);
+   pToolBar->addAction(m_actSave);
+   pToolBar->addSeparator();
+   pToolBar->addActions({ m_actUndo, m_actRedo, m_actNewEntity, m_actNewEnumeration, m_actNewProperty, m_actDeleteItem });
    pToolBar->addSeparator();
    pToolBar->addAction(m_actPluginSettings);
    pToolBar->addAction(m_actExport);
@@ -145,7 +155,23 @@ void main_window::createWidgets()
    QGroupBox * pDetails = createDetailsPanel();
    QSplitter * pCentral = new QSplitter(Qt::Vertical, this);
    pCentral->setObjectName("m_splitterModel");
-   pCentral->addWidget(m_treeModel);
+   // The search field filters the tree: entities, properties, tables, columns, enumerations.
+   QWidget * pTree = new QWidget(pCentral);
+   QVBoxLayout * pTreeLayout = new QVBoxLayout(pTree);
+   pTreeLayout->setContentsMargins(0, 0, 0, 0);
+   m_txtFilter = new QLineEdit(pTree);
+   m_txtFilter->setObjectName("m_txtFilter");
+   m_txtFilter->setPlaceholderText(tr("Search entities, properties, tables, columns (Ctrl+F)"));
+   m_txtFilter->setClearButtonEnabled(true);
+   m_txtFilter->installEventFilter(this);
+   connect(m_txtFilter, & QLineEdit::textChanged, this, & main_window::doFilterChanged);
+   QAction * pFind = new QAction(this);
+   pFind->setShortcut(QKeySequence::Find);
+   connect(pFind, & QAction::triggered, m_txtFilter, [this]() { m_txtFilter->setFocus(); m_txtFilter->selectAll(); });
+   addAction(pFind);
+   pTreeLayout->addWidget(m_txtFilter);
+   pTreeLayout->addWidget(m_treeModel, 1);
+   pCentral->addWidget(pTree);
    pCentral->addWidget(pDetails);
    pCentral->setStretchFactor(0, 1);
    pCentral->setStretchFactor(1, 1);
@@ -190,6 +216,15 @@ void main_window::updateActions()
    m_actPluginSettings->setEnabled(bPlugin && bProject && m_pPlugin->hasSettings());
    m_actExport->setEnabled(bPlugin && bProject);
    m_actExportPreview->setEnabled(bPlugin && bProject);
+   const bool bItem = (m_pEntity || m_pEnumeration);
+   m_actSave->setEnabled(bProject);
+   m_actNewEntity->setEnabled(bProject);
+   m_actNewEnumeration->setEnabled(bProject);
+   m_actEditItem->setEnabled(bItem);
+   m_actDeleteItem->setEnabled(bItem);
+   m_actNewProperty->setEnabled(m_pEntity != nullptr);
+   m_actEditProperty->setEnabled(m_pEntity != nullptr);
+   m_actDeleteProperty->setEnabled(m_pEntity != nullptr);
 }
 
 void main_window::updateTitle()
@@ -197,12 +232,14 @@ void main_window::updateTitle()
    QString sTitle = context::ctx_global::getAppName();
    if (m_pProject)
    {
-      sTitle += " - " + m_pProject->getName() + " (" + QDir::toNativeSeparators(context::ctx_project::getProjectFile()) + ")";
+      // "[*]" is where the modified marker goes.
+      sTitle += " - " + m_pProject->getName() + "[*] (" + QDir::toNativeSeparators(context::ctx_project::getProjectFile()) + ")";
       m_lblProject->setText(tr("%1 : %2 entities, %3 enumerations").arg(m_pProject->getName())
                                .arg(m_pProject->getListOfAllEntities()->size()).arg(m_pProject->getListOfAllEnums()->size()));
    }
    else { m_lblProject->setText(tr("No project")); }
    setWindowTitle(sTitle);
+   setWindowModified(isModelModified());
 }
 
 } // namespace desktop

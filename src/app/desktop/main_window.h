@@ -21,8 +21,11 @@ class QMenu;
 class QPushButton;
 class QTreeWidget;
 class QTreeWidgetItem;
+class QUndoStack;
 
 namespace tools { class custom_javascript; }
+
+#include "desktop/model_edit.h"
 
 namespace desktop {
 
@@ -59,6 +62,11 @@ private:
    model::enumeration_ptr m_pEnumeration;
    QString m_sProjectPath;   // as the user opened it (.tavrel or .json), for File > Reload
    bool m_bEditsApplied = false;   // since it was opened
+   QUndoStack * m_pUndo = nullptr;
+   QStringList m_lstSchemaProblems;   // listed after the last edit
+   QStringList m_lstTreeKeys;   // the items the model tree shows, in order
+   bool m_bSwitching = false;   // the selection is changing: an edit leaves it alone
+   QLineEdit * m_txtFilter = nullptr;
 
    QTreeWidget * m_treeModel = nullptr;
    QLabel * m_lblItemKey = nullptr;
@@ -84,6 +92,18 @@ private:
    QAction * m_actReloadProject = nullptr;
    QAction * m_actExportJson = nullptr;
    QAction * m_actQuit = nullptr;
+   QAction * m_actSave = nullptr;
+   QAction * m_actUndo = nullptr;
+   QAction * m_actRedo = nullptr;
+   QAction * m_actNewEntity = nullptr;
+   QAction * m_actNewEnumeration = nullptr;
+   QAction * m_actInsertItem = nullptr;
+   QAction * m_actEditItem = nullptr;
+   QAction * m_actDeleteItem = nullptr;
+   QAction * m_actNewProperty = nullptr;
+   QAction * m_actEditProperty = nullptr;
+   QAction * m_actDeleteProperty = nullptr;
+   QDockWidget * m_dockUndo = nullptr;
    QAction * m_actGlobalSettings = nullptr;
    QAction * m_actPluginSettings = nullptr;
    QAction * m_actExport = nullptr;
@@ -123,6 +143,22 @@ public:
    QAction * getExportAction() const { return m_actExport; }
    QAction * getExportPreviewAction() const { return m_actExportPreview; }
    export_preview_dialog * getExportPreview() const;
+   QUndoStack * getUndoStack() const { return m_pUndo; }
+   QTreeWidget * getPropertyTable() const { return m_treeItemDetails; }
+   QLineEdit * getFilterField() const { return m_txtFilter; }
+   // True while the model holds edits that are not saved into the project file.
+   bool isModelModified() const;
+
+   // Editing the model: each edit is one step of the undo stack, kept in memory until Save.
+   // The editors are modal dialogs; a null item creates a new one. False when cancelled.
+   bool editEntity(const model::entity_ptr & pEntity);
+   bool editEnumeration(const model::enumeration_ptr & pEnumeration);
+   bool editProperty(const model::entity_ptr & pEntity, const model::property_ptr & pProperty);
+   void deleteEntity(const model::entity_ptr & pEntity);
+   void deleteEnumeration(const model::enumeration_ptr & pEnumeration);
+   void deleteProperty(const model::entity_ptr & pEntity, const model::property_ptr & pProperty);
+   // The property selected in the property table of the selected entity, or null.
+   model::property_ptr getSelectedProperty() const;
 
    // Tells the plug-in's terminate() to every plug-in: at the end of the program only, since a
    // terminated plug-in hands out no preview any more.
@@ -137,6 +173,16 @@ public Q_SLOTS:
    void doActOpenProject();
    void doActReloadProject();
    bool doActExportJson();
+   bool doActSave();
+   void doActNewEntity();
+   void doActNewEnumeration();
+   void doActInsertItem();
+   void doActEditItem();
+   void doActDeleteItem();
+   void doActNewProperty();
+   void doActEditProperty();
+   void doActDeleteProperty();
+   void doFilterChanged(const QString & text);
    void doActGlobalSettings();
    bool doActPluginSettings();
    zy::ZyBool doActExport();
@@ -160,6 +206,27 @@ private:
    void updateActions();
    void updateTitle();
 
+   // Editing: actions, menus, context menus, the undo history.
+   void createEditActions();
+   void createEditMenu();
+   void createUndoDock();
+   // Pushes one edit: the model becomes state "after" and the window shows "place".
+   void pushEdit(const QString & sText, const model_state & after, const model_place & place);
+   void applyState(const model_state & state, const model_place & place);
+   // Selects the place of an edit and tells the plug-ins it changed.
+   void showPlace(const model_place & place);
+   // Lists the model's cross-item problems (checkSchema) in the message area.
+   void listSchemaProblems();
+   // Before anything drops unsaved edits: Save, Discard or Cancel; false to stay.
+   bool confirmDiscard();
+   // Where a new entity or enumeration goes: the namespace of the selection.
+   QString currentNamespace() const;
+   // The window's size, splitters and selection, kept in the settings.
+   void saveWindowState() const;
+   void restoreWindowState();
+   // The selection kept for that project when the window last closed, or empty.
+   QString rememberedSelection(const QString & sProjectPath) const;
+
    // Before a reload of a JSON model replaces applied edits: offers to export them; false to stay.
    bool confirmReload();
    // Where File > Export model as JSON writes (asked; proposed beside the model when unattended).
@@ -169,6 +236,10 @@ private:
    void createModelTree();
    void fillModelTree();
    void emitSelection();
+   // The keys the tree would show for the project: entities, then enumerations.
+   QStringList treeKeys() const;
+   // The tree's items keep their places: only the tool tips follow the model.
+   void refreshTreeItems();
 
    // The edit panel of the selected entity or enumeration.
    QGroupBox * createDetailsPanel();

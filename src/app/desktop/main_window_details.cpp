@@ -156,6 +156,8 @@ void main_window::closeEvent(QCloseEvent * event)
       if (answer == QMessageBox::Cancel) { event->ignore(); return; }
       if (answer == QMessageBox::Apply) { doBtnApplyDetails(); }
    }
+   if (! confirmDiscard()) { event->ignore(); return; }
+   saveWindowState();
    view::main_wnd::closeEvent(event);
 }
 
@@ -171,35 +173,27 @@ void main_window::doBtnApplyDetails()
       tools::message_box::warning(this, context::ctx_global::getAppName(), sProblem);
       return;
    }
+   // An edit of the model like any other: one undo step, saved with the rest.
+   model_state after = model_edit::stateOf(* m_pProject);
+   QString sKey;
    if (m_pEntity)
    {
-      m_pEntity->setTableName(m_txtTable->text().trimmed());
-      m_pEntity->setDescription(m_txtDescription->text());
+      sKey = m_pEntity->getKey();
+      model::entity_ptr pCopy = model_edit::cloneEntity(* m_pEntity);
+      pCopy->setTableName(m_txtTable->text().trimmed());
+      pCopy->setDescription(m_txtDescription->text());
+      after.entities.replace(after.entities.indexOf(m_pEntity), pCopy);
    }
-   else { m_pEnumeration->setDescription(m_txtDescription->text()); }
-
-   const QString sFile = context::ctx_project::getProjectFile();
-   if (! sFile.isEmpty())
+   else
    {
-      tools::wait_cursor wait; Q_UNUSED(wait);
-      zy::ZyBool ok = storage::project_storage::saveProject(* m_pProject, sFile);
-      if (! ok)
-      {
-         addMessage(ok.getDesc(), 3);
-         tools::message_box::critical(this, context::ctx_global::getAppName(), tr("Cannot save the project : %1").arg(ok.getDesc()));
-      }
-   }
-   m_bEditsApplied = true;
-   const QString sKey = (m_pEntity ? m_pEntity->getKey() : m_pEnumeration->getKey());
-   addMessage(tr("'%1' updated").arg(sKey), 1);
-   if (QTreeWidgetItem * pItem = m_treeModel->currentItem())
-   {
-      const QString sDesc = m_txtDescription->text();
-      pItem->setToolTip(0, itemToolTip(sKey, sDesc));
+      sKey = m_pEnumeration->getKey();
+      model::enumeration_ptr pCopy = model_edit::cloneEnumeration(* m_pEnumeration);
+      pCopy->setDescription(m_txtDescription->text());
+      after.enumerations.replace(after.enumerations.indexOf(m_pEnumeration), pCopy);
    }
    m_btnApply->setEnabled(false);
-   if (m_pEntity) { Q_EMIT onUpdateEntity(m_pEntity); }
-   else { Q_EMIT onUpdateEnumeration(m_pEnumeration); }
+   pushEdit(tr("Edit %1").arg(sKey), after, model_place { sKey, QString() });
+   addMessage(tr("'%1' updated").arg(sKey), 1);
 }
 
 } // namespace desktop

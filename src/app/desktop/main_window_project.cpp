@@ -27,6 +27,8 @@ zy::ZyBool main_window::openProject(const QString & path)
    if (! m_pProject) { return zy::ZyBool(false, tr("Cannot open project '%1'").arg(path)); }
    m_sProjectPath = QFileInfo(path).absoluteFilePath();
    m_bEditsApplied = false;
+   m_pUndo->clear();
+   m_lstSchemaProblems.clear();
    m_pEntity.reset();
    m_pEnumeration.reset();
 
@@ -46,8 +48,14 @@ zy::ZyBool main_window::openProject(const QString & path)
    addMessage(tr("Project '%1' opened : %2 entities, %3 enumerations (%4)")
                  .arg(m_pProject->getName()).arg(m_pProject->getListOfAllEntities()->size())
                  .arg(m_pProject->getListOfAllEnums()->size()).arg(QDir::toNativeSeparators(context::ctx_project::getProjectFile())), 1);
-   for (const auto & e : m_pProject->checkSchema()) { addMessage(tr("Schema error : %1").arg(e.getMessage()), 3); }
+   for (const auto & e : m_pProject->checkSchema())
+   {
+      addMessage(tr("Schema error : %1").arg(e.getMessage()), 3);
+      m_lstSchemaProblems.append(e.getMessage());
+   }
    for (const QString & w : m_pProject->checkWarnings(app::pimpl_setting::isOn(m_lstPlugins, getAppArgs()))) { addMessage(tr("Schema warning : %1").arg(w), 2); }
+   const QString sRemembered = rememberedSelection(m_sProjectPath);
+   if (! sRemembered.isEmpty()) { selectItem(sRemembered); }
    updateActions();
    updateTitle();
    return ok;
@@ -55,6 +63,7 @@ zy::ZyBool main_window::openProject(const QString & path)
 
 void main_window::doActOpenProject()
 {
+   if (! confirmDiscard()) { return; }
    const QString sStart = (m_sProjectPath.isEmpty() ? QDir::currentPath() : QFileInfo(m_sProjectPath).absolutePath());
    const QString sPath = QFileDialog::getOpenFileName(this, tr("Open project"), sStart,
                                                       tr("Tavrel projects and models (*.tavrel *.json);;Tavrel project files (*.tavrel);;JSON models (*.json);;All files (*)"));
@@ -69,7 +78,10 @@ void main_window::doActOpenProject()
 
 void main_window::doActReloadProject()
 {
-   if (m_sProjectPath.isEmpty() || ! confirmReload()) { return; }
+   if (m_sProjectPath.isEmpty()) { return; }
+   // A JSON model is imported again, which drops saved edits too: offered as JSON first.
+   const bool bJson = (QFileInfo(m_sProjectPath).suffix().toLower() == "json");
+   if (bJson ? ! confirmReload() : ! confirmDiscard()) { return; }
    QTreeWidgetItem * pCurrent = m_treeModel->currentItem();
    const QString sKey = (pCurrent ? pCurrent->data(0, k_roleKey).toString() : QString());
    zy::ZyBool ok = openProject(m_sProjectPath);

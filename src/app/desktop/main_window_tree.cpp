@@ -4,6 +4,7 @@
 #include "desktop/diagram_view.h"
 
 #include <QApplication>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QStyle>
 #include <QTreeWidget>
@@ -82,11 +83,13 @@ void main_window::fillModelTree()
 {
    const QSignalBlocker block(m_treeModel);
    m_treeModel->clear();
+   m_lstTreeKeys = treeKeys();
    if (! m_pProject) { return; }
    QStyle * pStyle = style();
    addItems(groupItem(m_treeModel, pStyle, tr("Entities")), m_pProject->getListOfAllEntities(), item_entity, pStyle->standardIcon(QStyle::SP_FileIcon));
    addItems(groupItem(m_treeModel, pStyle, tr("Enumerations")), m_pProject->getListOfAllEnums(), item_enumeration, pStyle->standardIcon(QStyle::SP_FileDialogListView));
    m_treeModel->expandAll();
+   if (m_txtFilter && ! m_txtFilter->text().isEmpty()) { doFilterChanged(m_txtFilter->text()); }
 }
 
 bool main_window::selectItem(const QString & key)
@@ -95,9 +98,11 @@ bool main_window::selectItem(const QString & key)
    for (; * itr; ++itr)
    {
       if ((* itr)->data(0, k_roleKey).toString() != key) { continue; }
+      // Selecting may edit the model (typed text applied), which may rebuild the tree.
       m_treeModel->setCurrentItem(* itr);
-      m_treeModel->scrollToItem(* itr);
-      return true;
+      QTreeWidgetItem * pCurrent = m_treeModel->currentItem();
+      if (pCurrent) { m_treeModel->scrollToItem(pCurrent); }
+      return (pCurrent && (pCurrent->data(0, k_roleKey).toString() == key));
    }
    return false;
 }
@@ -110,7 +115,12 @@ void main_window::doTreeCurrentItemChanged(QTreeWidgetItem * current)
       const QString sKey = (m_pEntity ? m_pEntity->getKey() : m_pEnumeration->getKey());
       const QMessageBox::StandardButton answer = tools::message_box::question(this, context::ctx_global::getAppName(),
          tr("The changes typed for '%1' are not applied yet. Apply them?").arg(sKey), QMessageBox::Apply | QMessageBox::Discard, QMessageBox::Apply);
-      if (answer == QMessageBox::Apply) { doBtnApplyDetails(); }
+      if (answer == QMessageBox::Apply)
+      {
+         m_bSwitching = true;
+         doBtnApplyDetails();
+         m_bSwitching = false;
+      }
    }
    m_pEntity.reset();
    m_pEnumeration.reset();
@@ -128,7 +138,32 @@ void main_window::doTreeCurrentItemChanged(QTreeWidgetItem * current)
    }
    showItemDetails();
    if (m_viewDiagram && m_pEntity) { m_viewDiagram->selectEntity(m_pEntity->getKey()); }
+   updateActions();
    emitSelection();
+}
+
+QStringList main_window::treeKeys() const
+{
+   QStringList lst;
+   if (! m_pProject) { return lst; }
+   for (const model::entity_ptr & p : * m_pProject->getListOfAllEntities()) { lst.append(p ? p->getKey() : QString()); }
+   lst.append(QString());
+   for (const model::enumeration_ptr & p : * m_pProject->getListOfAllEnums()) { lst.append(p ? p->getKey() : QString()); }
+   return lst;
+}
+
+void main_window::refreshTreeItems()
+{
+   const model::list_of_entity & lstEntities = * m_pProject->getListOfAllEntities();
+   const model::list_of_enumeration & lstEnums = * m_pProject->getListOfAllEnums();
+   for (QTreeWidgetItemIterator itr(m_treeModel); * itr; ++itr)
+   {
+      const int kind = (* itr)->data(0, k_roleKind).toInt();
+      const int i = (* itr)->data(0, k_roleIndex).toInt();
+      if (kind == item_entity) { (* itr)->setToolTip(0, itemToolTip(lstEntities.at(i)->getKey(), lstEntities.at(i)->getDescription())); }
+      else if (kind == item_enumeration) { (* itr)->setToolTip(0, itemToolTip(lstEnums.at(i)->getKey(), lstEnums.at(i)->getDescription())); }
+   }
+   if (m_txtFilter && ! m_txtFilter->text().isEmpty()) { doFilterChanged(m_txtFilter->text()); }
 }
 
 void main_window::emitSelection()

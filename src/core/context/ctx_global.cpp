@@ -94,4 +94,6 @@ bool ctx_global::saveLumorPath(const QString & path)
 
 void ctx_global::setSettingsFile(const QString & iniFile) { QMutexLocker lock(& state().mutex); state().settingsFile = iniFile; }
 
+QString ctx_global::getSettingsFile() { QMutexLocker lock(& state().mutex); return state().settingsFile; }
+
 } // namespace context

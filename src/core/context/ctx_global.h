@@ -32,6 +32,8 @@ public:
    static bool saveLumorPath(const QString & path);
    // Settings live in the user's "Tavrel/Tavrel" settings; an INI file instead when set (tests).
    static void setSettingsFile(const QString & iniFile);
+   // The INI file set above, empty for the user's settings.
+   static QString getSettingsFile();
 };
 
 } // namespace context

@@ -1,0 +1,157 @@
+// Copy-on-write edits of the model and the undo command that swaps whole states.
+
+#include "desktop/model_edit.h"
+
+#include <QSet>
+
+#include "model/entity.h"
+#include "model/enumeration.h"
+#include "model/project.h"
+#include "model/property.h"
+#include "model/property_type.h"
+#include "model/relationship.h"
+
+namespace desktop {
+
+namespace model_edit {
+
+model_state stateOf(const model::project & p)
+{
+   return model_state { * p.getListOfAllEntities(), * p.getListOfAllEnums() };
+}
+
+void restore(model::project & p, const model_state & s)
+{
+   * p.getListOfAllEntities() = s.entities;
+   * p.getListOfAllEnums() = s.enumerations;
+   p.resolveLinks();
+}
+
+model::property_ptr cloneProperty(const model::property & p)
+{
+   model::property_ptr pCopy = std::make_shared<model::property>(p);
+   if (p.getType()) { pCopy->setType(std::make_shared<model::property_type>(* p.getType())); }
+   if (p.getRelation())
+   {
+      pCopy->setRelation(std::make_shared<model::relationship>(* p.getRelation()));
+      pCopy->getRelation()->setProperty(pCopy);
+   }
+   return pCopy;
+}
+
+model::entity_ptr cloneEntity(const model::entity & e)
+{
+   model::entity_ptr pCopy = std::make_shared<model::entity>(e);
+   pCopy->clearProperties();
+   for (const model::property_ptr & p : e.getOwnProperties())
+   {
+      if (! p) { continue; }
+      model::property_ptr pProperty = cloneProperty(* p);
+      pProperty->setEntity(pCopy);
+      pCopy->addProperty(pProperty);
+   }
+   return pCopy;
+}
+
+model::enumeration_ptr cloneEnumeration(const model::enumeration & e)
+{
+   return std::make_shared<model::enumeration>(e);
+}
+
+namespace {
+
+template <typename T>
+long nextId(const T & lst)
+{
+   long lMax = 0;
+   for (const auto & p : lst) { if (p) { lMax = qMax(lMax, p->getId()); } }
+   return (lMax + 1);
+}
+
+} // namespace
+
+long nextEntityId(const model_state & s) { return nextId(s.entities); }
+long nextEnumerationId(const model_state & s) { return nextId(s.enumerations); }
+
+long nextPropertyId(const model_state & s)
+{
+   long lMax = 0;
+   for (const model::entity_ptr & e : s.entities)
+   {
+      if (e) { lMax = qMax(lMax, nextId(e->getOwnProperties()) - 1); }
+   }
+   return (lMax + 1);
+}
+
+void renameEntityReferences(model_state & s, const QString & sOld, const QString & sNew)
+{
+   for (model::entity_ptr & e : s.entities)
+   {
+      if (! e) { continue; }
+      bool bRefers = (e->getParentKey() == sOld);
+      for (const model::property_ptr & p : e->getOwnProperties())
+      {
+         bRefers = bRefers || (p && p->getRelation() && (p->getRelation()->getTargetKey() == sOld));
+      }
+      if (! bRefers) { continue; }
+      e = cloneEntity(* e);
+      if (e->getParentKey() == sOld) { e->setParentKey(sNew); }
+      for (const model::property_ptr & p : e->getOwnProperties())
+      {
+         if (p->getRelation() && (p->getRelation()->getTargetKey() == sOld)) { p->getRelation()->setTargetKey(sNew); }
+      }
+   }
+}
+
+void renameEnumerationReferences(model_state & s, const QString & sOld, const QString & sNew)
+{
+   for (model::entity_ptr & e : s.entities)
+   {
+      if (! e) { continue; }
+      bool bRefers = false;
+      for (const model::property_ptr & p : e->getOwnProperties()) { bRefers = bRefers || (p && (p->getEnumerationKey() == sOld)); }
+      if (! bRefers) { continue; }
+      e = cloneEntity(* e);
+      for (const model::property_ptr & p : e->getOwnProperties())
+      {
+         if (p->getEnumerationKey() == sOld) { p->setEnumerationKey(sNew); }
+      }
+   }
+}
+
+QString freeName(const QStringList & lstTaken, const QString & sBase)
+{
+   const QSet<QString> taken(lstTaken.cbegin(), lstTaken.cend());
+   for (int i = 1; ; ++i)
+   {
+      const QString s = sBase + QString::number(i);
+      if (! taken.contains(s)) { return s; }
+   }
+}
+
+qsizetype indexOfEntity(const model_state & s, const QString & sKey)
+{
+   for (qsizetype i = 0; i < s.entities.size(); ++i) { if (s.entities.at(i) && (s.entities.at(i)->getKey() == sKey)) { return i; } }
+   return -1;
+}
+
+qsizetype indexOfEnumeration(const model_state & s, const QString & sKey)
+{
+   for (qsizetype i = 0; i < s.enumerations.size(); ++i) { if (s.enumerations.at(i) && (s.enumerations.at(i)->getKey() == sKey)) { return i; } }
+   return -1;
+}
+
+} // namespace model_edit
+
+model_command::model_command(const QString & sText, const model_state & before, const model_state & after,
+                             const model_place & placeBefore, const model_place & placeAfter, const applier & fnApply)
+   : QUndoCommand(sText), m_before(before), m_after(after), m_placeBefore(placeBefore), m_placeAfter(placeAfter), m_fnApply(fnApply)
+{
+   ;
+}
+
+void model_command::undo() { m_fnApply(m_before, m_placeBefore); }
+
+void model_command::redo() { m_fnApply(m_after, m_placeAfter); }
+
+} // namespace desktop
