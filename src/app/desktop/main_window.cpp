@@ -108,11 +108,15 @@ void main_window::createActions()
    connect(m_actShowDebugger, & QAction::triggered, this, & main_window::doActShowDebugger);
    connect(m_actUserGuide, & QAction::triggered, this, & main_window::doActUserGuide);
    connect(m_actAbout, & QAction::triggered, this, & main_window::doActAbout);
+   createEditActions();
+   createMenus();
+}
 
+void main_window::createMenus()
+{
    QMenu * pFile = menuBar()->addMenu(tr("&File"));
    pFile->addAction(m_actOpenProject);
    pFile->addAction(m_actReloadProject);
-   createEditActions();
    pFile->addAction(m_actSave);
    pFile->addAction(m_actExportJson);
    pFile->addSeparator();

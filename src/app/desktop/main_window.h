@@ -202,6 +202,8 @@ public Q_SLOTS:
 private:
    // The window: menus, tool bar, title and what the actions allow.
    void createActions();
+   // The menus and the tool bar over the actions.
+   void createMenus();
    void createWidgets();
    void updateActions();
    void updateTitle();
