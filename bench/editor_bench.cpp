@@ -1,0 +1,147 @@
+// Times edits in the desktop host on generated models: one edit through the window (undo
+// command, tree, property table, preview and the checks of the whole model), its undo and its
+// redo, with the window shown as a user has it.
+
+#include <QApplication>
+#include <QDockWidget>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QLineEdit>
+#include <QTemporaryDir>
+#include <QUndoStack>
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+#include "context/ctx_global.h"
+#include "desktop/main_window.h"
+#include "gui/tools/message_box.h"
+#include "model/entity.h"
+#include "model/global_params.h"
+#include "model/project.h"
+#include "model/property.h"
+#include "model_generator.h"
+
+namespace {
+
+double median(std::vector<double> v)
+{
+   std::sort(v.begin(), v.end());
+   return (v.empty() ? 0.0 : v.at(v.size() / 2));
+}
+
+// Milliseconds from the start of an edit until the window has handled every event it caused.
+template <typename Fn> double timed(Fn fn)
+{
+   QElapsedTimer t;
+   t.start();
+   fn();
+   QCoreApplication::processEvents();
+   return t.nsecsElapsed() / 1e6;
+}
+
+struct figures { int n = 0; double openMs = 0, editMs = 0, undoMs = 0, redoMs = 0, deleteMs = 0, selectMs = 0; };
+
+figures run(int n, int iRepeat, const QString & sWork)
+{
+   figures f;
+   f.n = n;
+   bench::model_options opt;
+   opt.entities = n;
+   const QString sModel = sWork + QString("/editor_%1.json").arg(n);
+   QFile file(sModel);
+   if (! file.open(QIODevice::WriteOnly) || (file.write(bench::generateModelJson(opt)) <= 0)) { qFatal("cannot write %s", qPrintable(sModel)); }
+   file.close();
+
+   desktop::main_window w;
+   w.resize(1280, 800);
+   w.show();
+   QCoreApplication::processEvents();
+   // The Diagram closed (View menu): it lays the whole model out again after each edit while it
+   // is shown, a cost of Graphviz this benchmark does not measure.
+   if (! w.getPreviewDock()) { qFatal("no preview: the plug-in was not found beside the program"); }
+   w.getDiagramDock()->hide();
+   w.getPreviewDock()->raise();
+   QCoreApplication::processEvents();
+   if (w.getDiagramView()->isVisible()) { qFatal("the Diagram tab is in front"); }
+   f.openMs = timed([&] { if (! w.openProject(sModel)) { qFatal("cannot open %s", qPrintable(sModel)); } });
+   // An entity in the middle of the list, with its preview shown.
+   const model::list_of_entity & lst = * w.getProject()->getListOfAllEntities();
+   const QString sKey = lst.at(lst.size() / 2)->getKey();
+   const QString sOtherKey = lst.at(lst.size() / 3)->getKey();
+   QLineEdit * pDescription = w.findChild<QLineEdit *>("m_txtDescription");
+   if (! pDescription) { qFatal("no description field"); }
+
+   std::vector<double> vEdit, vUndo, vRedo, vDelete, vSelect;
+   for (int r = 0; r < iRepeat; ++r)
+   {
+      vSelect.push_back(timed([&] { w.selectItem((r % 2) ? sOtherKey : sKey); }));
+      w.selectItem(sKey);
+      QCoreApplication::processEvents();
+      pDescription->setText(QString("Edited description %1").arg(r));
+      vEdit.push_back(timed([&] { w.doBtnApplyDetails(); }));
+      vUndo.push_back(timed([&] { w.getUndoStack()->undo(); }));
+      vRedo.push_back(timed([&] { w.getUndoStack()->redo(); }));
+      model::entity_ptr pEntity = w.getSelectedEntity();
+      model::property_ptr pVictim;
+      for (const model::property_ptr & p : pEntity->getOwnProperties()) { if (! p->isPrimaryKey()) { pVictim = p; } }
+      if (pVictim)
+      {
+         vDelete.push_back(timed([&] { w.deleteProperty(pEntity, pVictim); }));
+         w.getUndoStack()->undo();
+         QCoreApplication::processEvents();
+      }
+   }
+   f.editMs = median(vEdit);
+   f.undoMs = median(vUndo);
+   f.redoMs = median(vRedo);
+   f.deleteMs = median(vDelete);
+   f.selectMs = median(vSelect);
+   // Nothing is saved: the window is left without asking.
+   w.getUndoStack()->setClean();
+   return f;
+}
+
+} // namespace
+
+int main(int argc, char ** argv)
+{
+   QApplication app(argc, argv);
+   QCoreApplication::setApplicationName("tavrel_editor_bench");
+   tools::message_box::setUnattended(true);
+   tools::message_box::setPrintUnattended(false);
+
+   QCommandLineParser parser;
+   parser.setApplicationDescription("Speed of model edits in the desktop host on synthetic models.");
+   parser.addHelpOption();
+   QCommandLineOption optSizes("sizes", "Entity counts, comma separated (default 100,1000,5000).", "list");
+   QCommandLineOption optRepeat("repeat", "Edits per figure; the median is reported (default 9).", "n");
+   parser.addOptions({ optSizes, optRepeat });
+   parser.process(app);
+   QList<int> sizes { 100, 1000, 5000 };
+   if (parser.isSet(optSizes))
+   {
+      sizes.clear();
+      for (const QString & v : parser.value(optSizes).split(',', Qt::SkipEmptyParts)) { sizes.append(v.toInt()); }
+   }
+   const int iRepeat = (parser.isSet(optRepeat) ? std::max(1, parser.value(optRepeat).toInt()) : 9);
+
+   // The plug-in of the build tree gives the preview; the user's own settings stay out.
+   QTemporaryDir tmp;
+   qputenv("TAVREL_PLUGIN_DIR", (QCoreApplication::applicationDirPath() + "/plugins").toLocal8Bit());
+   context::ctx_global::setSettingsFile(tmp.filePath("settings.ini"));
+   context::ctx_global::setGlobalParams(std::make_shared<model::global_params>());
+
+   std::printf("| N | open ms | select ms | edit description ms | undo ms | redo ms | delete property ms |\n");
+   std::printf("|---:|---:|---:|---:|---:|---:|---:|\n");
+   for (int n : sizes)
+   {
+      const figures f = run(n, iRepeat, tmp.path());
+      std::printf("| %d | %.0f | %.1f | %.1f | %.1f | %.1f | %.1f |\n", f.n, f.openMs, f.selectMs, f.editMs, f.undoMs, f.redoMs, f.deleteMs);
+      std::fflush(stdout);
+   }
+   return 0;
+}
