@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "context/ctx_global.h"
+#include "desktop/diagram_view.h"
 #include "desktop/main_window.h"
 #include "gui/tools/message_box.h"
 #include "model/entity.h"
