@@ -117,6 +117,13 @@ diagram_view::diagram_view(QWidget * parent) : QWidget(parent)
    connect(m_cboNamespace, & QComboBox::currentIndexChanged, this, & diagram_view::doCboNamespaceChanged);
 }
 
+diagram_view::~diagram_view()
+{
+   disconnect(m_pScene, nullptr, this, nullptr);
+   delete m_pScene;
+   m_pScene = nullptr;
+}
+
 void diagram_view::setProject(const model::project_ptr & pProject)
 {
    m_pProject = pProject;

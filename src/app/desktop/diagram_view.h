@@ -35,6 +35,8 @@ class diagram_view : public QWidget
 
 public:
    explicit diagram_view(QWidget * parent = nullptr);
+   // The scene goes first: clearing it announces a selection change this view must not receive.
+   ~diagram_view() override;
 
    // A new or changed model: the picture is made again (now when visible, else when shown).
    void setProject(const model::project_ptr & pProject);

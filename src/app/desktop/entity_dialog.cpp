@@ -94,7 +94,12 @@ void entity_dialog::applyTo(model::entity & e) const
    e.setVersion(m_txtVersion->text().toLong());
    e.setAbstract(m_chkAbstract->isChecked());
    e.setReadOnly(m_chkReadOnly->isChecked());
-   for (int i = 0; i < m_lstTriggers.size(); ++i) { (e.*k_triggers[i].set)(m_lstTriggers.at(i)->isChecked()); }
+   qsizetype i = 0;
+   for (const trigger_field & t : k_triggers)
+   {
+      if (i < m_lstTriggers.size()) { (e.*t.set)(m_lstTriggers.at(i)->isChecked()); }
+      ++i;
+   }
    e.setAllMetaData(metaData());
 }
 

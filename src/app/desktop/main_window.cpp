@@ -60,6 +60,8 @@ main_window::~main_window()
       m_pPreviewWidget->setParent(nullptr);
    }
    if (m_pPlugin) { QObject::disconnect(m_pPlugin, nullptr, this, nullptr); }
+   // The undo stack is deleted with the widgets, after this window's own part is gone.
+   if (m_pUndo) { QObject::disconnect(m_pUndo, nullptr, this, nullptr); }
 }
 
 void main_window::createActions()
