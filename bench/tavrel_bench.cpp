@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QHash>
 #include <QProcess>
+#include <QSqlQuery>
 #include <QTemporaryDir>
 
 #include <sys/stat.h>
@@ -133,7 +134,7 @@ struct settings
    bool customFiles = true;
    bool pimpl = false;
    int style = 0;
-   QString profile;        // empty, "cold", "unchanged", "changed" or "preview"
+   QString profile;        // empty, "cold", "unchanged", "changed", "preview" or "dry"
    bool keep = false;
 };
 
@@ -148,6 +149,10 @@ struct figures
    double previewUs = 0; qint64 previewBytes = 0;
    // The host's side of an export: the file report, the stale-file check and the record.
    double coldPairMs = 0, coldRecordMs = 0, unchangedPairMs = 0, unchangedRecordMs = 0, dryRunMs = 0;
+   // User processor time of a cold export without and with the record: the record's own work,
+   // apart from the file system's (creating thousands of files just after deleting as many costs
+   // the kernel a varying amount of time).
+   double coldPairCpuMs = 0, coldRecordCpuMs = 0;
 };
 
 class bench_runner
@@ -228,18 +233,27 @@ public:
 
    // One export as the host runs it: the plug-in reports every file, then the host compares them
    // with the record, removes nothing (nothing is stale) and records the set unless dry.
-   double timedHostExport(plugin::cpp_builder & builder, model::project & project, bool bDryRun)
+   double timedHostExport(plugin::cpp_builder & builder, model::project & project, bool bDryRun, bool bProfiled = false, double * pCpuMs = nullptr)
    {
+      double user0 = 0, sys0 = 0, user1 = 0, sys1 = 0;
+      cpuMs(user0, sys0);
       plugin::export_files files;
       files.setDryRun(bDryRun);
+      app::export_lifecycle::attachRecord(m_plugin.getName(), files);
       app::export_outcome outcome;
       QElapsedTimer t;
+      zy::ZyBool ok(true);
+      std::function<void()> work = [&] {
+         m_plugin.setExportFiles(& files);
+         ok = builder.build(project);
+         m_plugin.setExportFiles(nullptr);
+         if (ok) { ok = app::export_lifecycle::finish(m_plugin.getName(), files, bDryRun, false, outcome); }
+      };
       t.start();
-      m_plugin.setExportFiles(& files);
-      zy::ZyBool ok = builder.build(project);
-      m_plugin.setExportFiles(nullptr);
-      if (ok) { ok = app::export_lifecycle::finish(m_plugin.getName(), files, bDryRun, false, outcome); }
+      if (bProfiled) { tavrel_bench_profiled(& work); } else { work(); }
       const double ms = t.nsecsElapsed() / 1e6;
+      cpuMs(user1, sys1);
+      if (pCpuMs) { * pCpuMs = (user1 - user0); }
       if (! ok) { qFatal("export failed: %s", qPrintable(ok.getDesc())); }
       if (bDryRun && ! outcome.upToDate()) { qFatal("the dry run of an unchanged tree found changes"); }
       return ms;
@@ -248,7 +262,7 @@ public:
    // Each run with the record follows one without, so that both see the same machine.
    void runLifecycle(figures & f, model::project & project, const QString & out)
    {
-      std::vector<double> vCold, vColdRecord, vUnchanged, vUnchangedRecord, vDry;
+      std::vector<double> vCold, vColdRecord, vUnchanged, vUnchangedRecord, vDry, vColdCpu, vColdRecordCpu;
       for (int r = 0; r < m_settings.repeat; ++r)
       {
          for (bool bRecord : { false, true })
@@ -256,8 +270,12 @@ public:
             QDir(out).removeRecursively();
             QDir().mkpath(out);
             plugin::cpp_builder builder(& m_plugin);
+            // A first export into the directory: no record yet, so it reads none and writes one.
+            if (bRecord) { QSqlQuery(context::ctx_project::getDatabase()).exec("DELETE FROM t_export_record"); }
             settleDisk();
-            (bRecord ? vColdRecord : vCold).push_back(bRecord ? timedHostExport(builder, project, false) : timedBuild(builder, project, false));
+            double user = 0, sys = 0, cpu = 0;
+            if (bRecord) { vColdRecord.push_back(timedHostExport(builder, project, false, false, & cpu)); vColdRecordCpu.push_back(cpu); }
+            else { vCold.push_back(timedBuild(builder, project, false, & user, & sys)); vColdCpu.push_back(user); }
          }
       }
       plugin::cpp_builder builder(& m_plugin);
@@ -272,6 +290,8 @@ public:
       }
       f.coldPairMs = median(vCold);
       f.coldRecordMs = median(vColdRecord);
+      f.coldPairCpuMs = median(vColdCpu);
+      f.coldRecordCpuMs = median(vColdRecordCpu);
       f.unchangedPairMs = median(vUnchanged);
       f.unchangedRecordMs = median(vUnchangedRecord);
       f.dryRunMs = median(vDry);
@@ -340,6 +360,12 @@ public:
             f.unchangedWritten = std::max(f.unchangedWritten, files);
          }
          f.unchangedMs = median(v);
+      }
+
+      if (m_settings.profile == "dry")
+      {
+         timedHostExport(builder, * pProject, false);
+         timedHostExport(builder, * pProject, true, true);
       }
 
       model::entity_ptr pLeaf = leafEntity(* pProject);
@@ -415,13 +441,16 @@ void printTable(const QList<figures> & all, const settings & s)
                   f.previewUs, static_cast<long long>(f.previewBytes));
    }
    std::printf("\nThe host's side (file report, stale-file check, record in the project file), median of %d runs\n\n", s.repeat);
-   std::printf("| N | cold export ms | cold export + record ms (added) | unchanged re-export ms | unchanged re-export + record ms "
+   std::printf("| N | cold export ms (user ms) | cold export + record ms (user ms) | added by the record: wall, user "
+               "| unchanged re-export ms | unchanged re-export + record ms "
                "| dry run or check of the unchanged tree ms |\n");
-   std::printf("|---:|---:|---:|---:|---:|---:|\n");
+   std::printf("|---:|---:|---:|---:|---:|---:|---:|\n");
    for (const figures & f : all)
    {
-      std::printf("| %d | %.1f | %.1f (%+.1f %%) | %.1f | %.1f | %.1f |\n", f.n, f.coldPairMs, f.coldRecordMs,
-                  (f.coldPairMs > 0 ? (100.0 * (f.coldRecordMs - f.coldPairMs) / f.coldPairMs) : 0.0), f.unchangedPairMs, f.unchangedRecordMs, f.dryRunMs);
+      std::printf("| %d | %.1f (%.1f) | %.1f (%.1f) | %+.1f %%, %+.1f %% | %.1f | %.1f | %.1f |\n", f.n, f.coldPairMs, f.coldPairCpuMs,
+                  f.coldRecordMs, f.coldRecordCpuMs, (f.coldPairMs > 0 ? (100.0 * (f.coldRecordMs - f.coldPairMs) / f.coldPairMs) : 0.0),
+                  (f.coldPairCpuMs > 0 ? (100.0 * (f.coldRecordCpuMs - f.coldPairCpuMs) / f.coldPairCpuMs) : 0.0),
+                  f.unchangedPairMs, f.unchangedRecordMs, f.dryRunMs);
    }
    std::fflush(stdout);
 }
@@ -445,7 +474,7 @@ int main(int argc, char ** argv)
    QCommandLineOption optCustom("no-custom-files", "Do not generate the custom companion files (on by default, as in the plug-in).");
    QCommandLineOption optPImpl("pimpl", "Use the PIMPL templates.");
    QCommandLineOption optStyle("style", "Class style 0 to 3 (default 0, the plug-in's default).", "n");
-   QCommandLineOption optProfile("profile", "Run one export of this kind only, for callgrind: cold, unchanged, changed or preview.", "kind");
+   QCommandLineOption optProfile("profile", "Run one export of this kind only, for callgrind: cold, unchanged, changed, preview or dry (a dry run of the unchanged tree, host included).", "kind");
    QCommandLineOption optKeep("keep", "Keep the exported trees.");
    parser.addOptions({ optSizes, optRepeat, optPreview, optWork, optCustom, optPImpl, optStyle, optProfile, optKeep });
    parser.process(app);

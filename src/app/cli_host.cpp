@@ -2,6 +2,7 @@
 #include "cli_diagram.h"
 #include "cli_import_db.h"
 #include "cli_migrate.h"
+#include "export_lifecycle.h"
 #include "pimpl_setting.h"
 #include "plugin_finder.h"
 #include "plugin_parameters.h"
@@ -357,6 +358,7 @@ int cli_host::cmdExport(const QStringList & positional, const QStringList & allA
    plugin::export_files files;
    files.setDryRun(flags.dryRun);
    files.setKeepTexts(flags.diff);
+   export_lifecycle::attachRecord(pPlugin->getName(), files);
    pPlugin->setExportFiles(& files);
    m_pMainWnd->setExecutingPlugin(true);
    zy::ZyBool result = pPlugin->exportProject(* project);

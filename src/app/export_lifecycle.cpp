@@ -59,18 +59,26 @@ stale_kind judge(const QString & root, const QString & relPath, const QByteArray
 
 } // namespace
 
+void export_lifecycle::attachRecord(const QString & plugin, plugin::export_files & files)
+{
+   files.setRecordReader([plugin](const QString & recordKey, plugin::export_files::recorded_files & result)
+   {
+      QSqlDatabase db = context::ctx_project::getDatabase();
+      if (recordKey.isEmpty() || ! db.isValid()) { return zy::ZyBool(false, "no project file"); }
+      return storage::export_record::read(db, plugin, recordKey, result);
+   });
+}
+
 zy::ZyBool export_lifecycle::finish(const QString & plugin, const plugin::export_files & files, bool bDryRun, bool bKeepStale,
                                     export_outcome & outcome)
 {
    const QString sRoot = files.root();
    const QDir root(sRoot);
    storage::export_record::files newRecord;
-   QStringList lstUnchanged;
-   // Reported paths are clean and absolute, below the root but for a plug-in's odd one out.
-   const QString sPrefix = (QDir::cleanPath(sRoot) + '/');
+   newRecord.reserve(files.files().size());
    for (const plugin::export_files::file & f : files.files())
    {
-      const QString sRel = (f.path.startsWith(sPrefix) ? f.path.mid(sPrefix.size()) : root.relativeFilePath(f.path));
+      const QString sRel = files.relativePath(f.path);
       newRecord.insert(sRel, f.hash);
       if (f.status == plugin::export_files::status_unchanged) { ++outcome.unchanged; outcome.lines.append("  " + sRel); continue; }
       ++outcome.written;
@@ -80,14 +88,20 @@ zy::ZyBool export_lifecycle::finish(const QString & plugin, const plugin::export
    // A model held in memory has no project file to keep a record in.
    if (sRoot.isEmpty() || ! db.isValid()) { return zy::ZyBool(true); }
 
-   storage::export_record::files oldRecord;
-   zy::ZyBool ok = storage::export_record::read(db, plugin, files.recordKey(), oldRecord);
-   if (! ok) { return ok; }
-   QStringList lstStale = oldRecord.keys();
+   storage::export_record::files oldRecord = files.previousRecord();
+   if (! files.previousRecordRead())
+   {
+      zy::ZyBool ok = storage::export_record::read(db, plugin, files.recordKey(), oldRecord);
+      if (! ok) { return ok; }
+   }
+   QStringList lstStale;
+   for (auto it = oldRecord.constBegin(); it != oldRecord.constEnd(); ++it)
+   {
+      if (! newRecord.contains(it.key())) { lstStale.append(it.key()); }
+   }
    lstStale.sort();
    for (const QString & sRel : lstStale)
    {
-      if (newRecord.contains(sRel)) { continue; }
       switch (judge(sRoot, sRel, oldRecord.value(sRel)))
       {
          case stale_gone: break;

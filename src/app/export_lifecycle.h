@@ -30,6 +30,9 @@ struct export_outcome
 class export_lifecycle
 {
 public:
+   // Before an export of plugin: lets files read the record of its last export once, when the
+   // plug-in names its directory, for finish() and the hashes of unchanged files to share.
+   static void attachRecord(const QString & plugin, plugin::export_files & files);
    // After a complete export (or dry run) of plugin: fills outcome; unless bDryRun removes the
    // stale files (not with bKeepStale) and writes the new record.
    static zy::ZyBool finish(const QString & plugin, const plugin::export_files & files, bool bDryRun, bool bKeepStale,

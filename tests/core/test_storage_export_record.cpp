@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <QSqlQuery>
 #include <QTemporaryDir>
 
 #include "storage/export_record.h"
@@ -43,7 +44,7 @@ protected:
 
 } // namespace
 
-// Thousands of files are written many rows per statement: none may be lost at a batch's edge.
+// Records of any size read back whole, the empty one included.
 TEST_F(StorageExportRecord, WritesAndReadsBackEveryRowOfALargeExport)
 {
    for (int n : { 0, 1, 199, 200, 201, 4170 })
@@ -72,4 +73,36 @@ TEST_F(StorageExportRecord, EachPluginAndDirectoryHasItsOwnRecord)
    EXPECT_EQ(read, recordOf(5, "c"));
    ASSERT_TRUE(export_record::read(m_db, "TavrelCppExport", "/tmp/none", read).getValue());
    EXPECT_TRUE(read.isEmpty());
+}
+
+TEST_F(StorageExportRecord, PathsWithAnyCharacterReadBack)
+{
+   export_record::files written;
+   written.insert(QString::fromUtf8("sch\xc3\xa9ma/a b\tc\nd.sql"), "00000000000000ff");
+   written.insert("custom/kept.h", QByteArray());
+   ASSERT_TRUE(export_record::write(m_db, "TavrelSqlExport", "/tmp/out", written).getValue());
+   export_record::files read;
+   ASSERT_TRUE(export_record::read(m_db, "TavrelSqlExport", "/tmp/out", read).getValue());
+   EXPECT_EQ(read, written);
+}
+
+// A value damaged by hand counts as no record: the export goes on, removes nothing, and the
+// next write replaces it.
+TEST_F(StorageExportRecord, DamagedRecordReadsAsNoneAndIsReplaced)
+{
+   ASSERT_TRUE(export_record::write(m_db, "TavrelCppExport", "/tmp/out", recordOf(40, "a")).getValue());
+   QSqlQuery query(m_db);
+   ASSERT_TRUE(query.exec("UPDATE t_export_record SET files = substr(files, 1, 30)"));
+   export_record::files read = recordOf(1, "x");
+   ASSERT_TRUE(export_record::read(m_db, "TavrelCppExport", "/tmp/out", read).getValue());
+   EXPECT_TRUE(read.isEmpty());
+   ASSERT_TRUE(query.exec("UPDATE t_export_record SET files = X'00000002'"));
+   ASSERT_TRUE(export_record::read(m_db, "TavrelCppExport", "/tmp/out", read).getValue());
+   EXPECT_TRUE(read.isEmpty());
+   ASSERT_TRUE(export_record::write(m_db, "TavrelCppExport", "/tmp/out", recordOf(7, "b")).getValue());
+   ASSERT_TRUE(export_record::read(m_db, "TavrelCppExport", "/tmp/out", read).getValue());
+   EXPECT_EQ(read, recordOf(7, "b"));
+   ASSERT_TRUE(query.exec("SELECT COUNT(*) FROM t_export_record"));
+   ASSERT_TRUE(query.next());
+   EXPECT_EQ(query.value(0).toInt(), 1);
 }

@@ -353,7 +353,7 @@ TEST(StorageProject, OpenDatabaseCreatesTheTables)
    ASSERT_TRUE(project_storage::openDatabase(sProject, db1).getValue());
    ASSERT_TRUE(project_storage::openDatabase(sProject, db2).getValue());
    EXPECT_NE(str(db1.connectionName()), str(db2.connectionName()));
-   EXPECT_EQ(tablesOf(db1), QStringList({ "t_entity", "t_enumeration", "t_enumeration_value", "t_export_file", "t_meta_data", "t_plugin_params",
+   EXPECT_EQ(tablesOf(db1), QStringList({ "t_entity", "t_enumeration", "t_enumeration_value", "t_export_record", "t_meta_data", "t_plugin_params",
                                           "t_project", "t_property", "t_relationship" }));
    const QString sName = db1.connectionName();
    project_storage::closeDatabase(db1);

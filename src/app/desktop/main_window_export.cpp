@@ -71,6 +71,7 @@ zy::ZyBool main_window::runPlugin(plugin::export_files & files)
       tools::wait_cursor wait; Q_UNUSED(wait);
       qApp->installEventFilter(this);
       setExecutingPlugin(true);
+      app::export_lifecycle::attachRecord(m_pPlugin->getName(), files);
       m_pPlugin->setExportFiles(& files);
       result = m_pPlugin->exportProject(* m_pProject);
       m_pPlugin->setExportFiles(nullptr);

@@ -1,5 +1,7 @@
 #include "storage/export_record.h"
 
+#include <QByteArray>
+#include <QList>
 #include <QSqlQuery>
 
 #include "storage/project_file_schema.h"
@@ -8,9 +10,44 @@ namespace storage {
 
 namespace {
 
+// The row's value: "1", then hash and path (UTF-8) of each file, all ended by NUL, which no
+// path holds; compressed, as the paths repeat their folders.
+const char k_szFormat[] = "1";
+
 zy::ZyBool failed(const QString & sWhat, const QSqlQuery & query)
 {
    return zy::ZyBool(false, "cannot " + sWhat + " the record of generated files: " + project_file::dbErrorText(query.lastError()));
+}
+
+QByteArray encode(const export_record::files & record)
+{
+   QByteArray bytes(k_szFormat, sizeof(k_szFormat));
+   for (auto it = record.constBegin(); it != record.constEnd(); ++it)
+   {
+      bytes += it.value();
+      bytes += '\0';
+      bytes += it.key().toUtf8();
+      bytes += '\0';
+   }
+   // The fastest level: the record is small next to the export it follows either way.
+   return qCompress(bytes, 1);
+}
+
+// A value that does not read back whole counts as no record: the next export then removes
+// nothing and records anew.
+export_record::files decode(const QByteArray & value)
+{
+   export_record::files record;
+   const QByteArray bytes = qUncompress(value);
+   const qsizetype iHead = qsizetype(sizeof(k_szFormat));
+   if (! bytes.startsWith(QByteArrayView(k_szFormat, iHead))) { return record; }
+   if (bytes.size() == iHead) { return record; }
+   if (! bytes.endsWith('\0')) { return record; }
+   const QList<QByteArray> lstParts = bytes.mid(iHead, bytes.size() - iHead - 1).split('\0');
+   if ((lstParts.size() % 2) != 0) { return record; }
+   record.reserve(lstParts.size() / 2);
+   for (qsizetype i = 0; i < lstParts.size(); i += 2) { record.insert(QString::fromUtf8(lstParts.at(i + 1)), lstParts.at(i)); }
+   return record;
 }
 
 } // namespace
@@ -22,15 +59,14 @@ zy::ZyBool export_record::read(QSqlDatabase & db, const QString & plugin, const 
    QString sError;
    if (! project_file::listTables(db, lstTables, sError)) { return zy::ZyBool(false, "cannot read the project file: " + sError); }
    // A project file written before the record existed has none yet.
-   if (! lstTables.contains("t_export_file")) { return zy::ZyBool(true); }
+   if (! lstTables.contains("t_export_record")) { return zy::ZyBool(true); }
    QSqlQuery query(db);
-   // Read once, front to back: no cache of the rows already read.
    query.setForwardOnly(true);
-   if (! query.prepare("SELECT file_path, content_hash FROM t_export_file WHERE plugin_name = ? AND export_dir = ?")) { return failed("read", query); }
+   if (! query.prepare("SELECT files FROM t_export_record WHERE plugin_name = ? AND export_dir = ?")) { return failed("read", query); }
    query.addBindValue(plugin);
    query.addBindValue(exportDir);
    if (! query.exec()) { return failed("read", query); }
-   while (query.next()) { result.insert(query.value(0).toString(), query.value(1).toString().toLatin1()); }
+   if (query.next()) { result = decode(query.value(0).toByteArray()); }
    return zy::ZyBool(true);
 }
 
@@ -40,36 +76,15 @@ zy::ZyBool export_record::write(QSqlDatabase & db, const QString & plugin, const
    // Older project files get the table the first time they record an export.
    for (const QString & sql : project_file::schemaStatements())
    {
-      if (sql.contains("t_export_file") && ! project_file::execSql(db, sql, sError)) { return zy::ZyBool(false, "cannot create the record of generated files: " + sError); }
+      if (sql.contains("t_export_record") && ! project_file::execSql(db, sql, sError)) { return zy::ZyBool(false, "cannot create the record of generated files: " + sError); }
    }
-   if (! db.transaction()) { return zy::ZyBool(false, "cannot write the record of generated files: " + project_file::dbErrorText(db.lastError())); }
+   // One statement: it replaces the row whole or leaves it as it was.
    QSqlQuery query(db);
-   auto rollback = [&](const QString & sWhat) { zy::ZyBool ko = failed(sWhat, query); db.rollback(); return ko; };
-   if (! query.prepare("DELETE FROM t_export_file WHERE plugin_name = ? AND export_dir = ?")) { return rollback("write"); }
+   if (! query.prepare("INSERT OR REPLACE INTO t_export_record (plugin_name, export_dir, files) VALUES (?, ?, ?)")) { return failed("write", query); }
    query.addBindValue(plugin);
    query.addBindValue(exportDir);
-   if (! query.exec()) { return rollback("write"); }
-   // Many rows per statement: an export of thousands of files records them in a few milliseconds.
-   const int k_iRowsPerInsert = 200;
-   const QList<QString> lstPaths = record.keys();
-   for (qsizetype iFirst = 0; iFirst < lstPaths.size(); iFirst += k_iRowsPerInsert)
-   {
-      const qsizetype iCount = qMin<qsizetype>(k_iRowsPerInsert, lstPaths.size() - iFirst);
-      QStringList lstRows;
-      for (qsizetype i = 0; i < iCount; ++i) { lstRows << QStringLiteral("(?, ?, ?, ?)"); }
-      if (! query.prepare("INSERT INTO t_export_file (plugin_name, export_dir, file_path, content_hash) VALUES " + lstRows.join(", "))) { return rollback("write"); }
-      for (qsizetype i = iFirst; i < (iFirst + iCount); ++i)
-      {
-         query.addBindValue(plugin);
-         query.addBindValue(exportDir);
-         query.addBindValue(lstPaths.at(i));
-         // A file left to the user has no hash: an empty text, not NULL.
-         const QByteArray hash = record.value(lstPaths.at(i));
-         query.addBindValue(hash.isEmpty() ? QStringLiteral("") : QString::fromLatin1(hash));
-      }
-      if (! query.exec()) { return rollback("write"); }
-   }
-   if (! db.commit()) { return zy::ZyBool(false, "cannot write the record of generated files: " + project_file::dbErrorText(db.lastError())); }
+   query.addBindValue(encode(record));
+   if (! query.exec()) { return failed("write", query); }
    return zy::ZyBool(true);
 }
 

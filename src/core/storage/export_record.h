@@ -11,8 +11,8 @@
 namespace storage {
 
 // The files the last export of a plug-in generated into a directory, with a hash of the text it
-// left there; kept in the project file (table "t_export_file") so that the export directory
-// holds only what the generator writes.
+// left there; kept in the project file (table "t_export_record", one row per plug-in and
+// directory) so that the export directory holds only what the generator writes.
 class TAVRELCORE_EXPORT export_record
 {
 public:

@@ -44,10 +44,11 @@ const char * const k_aszSchema[] = {
    "param_key TEXT NOT NULL, param_value, param_type INTEGER)",
    "CREATE INDEX IF NOT EXISTS idx_plugin_params_guid ON t_plugin_params (plugin_guid)",
    // The files each plug-in's last export generated per directory (path relative to it), with
-   // a hash of the text it left: the next export removes those it no longer produces.
-   "CREATE TABLE IF NOT EXISTS t_export_file (id INTEGER PRIMARY KEY, plugin_name TEXT NOT NULL, export_dir TEXT NOT NULL, "
-   "file_path TEXT NOT NULL, content_hash TEXT NOT NULL)",
-   "CREATE INDEX IF NOT EXISTS idx_export_file_dir ON t_export_file (plugin_name, export_dir)" };
+   // a hash of the text it left: the next export removes those it no longer produces. One row
+   // per export, the file list in a single value: thousands of files are read and written at
+   // the cost of one row.
+   "CREATE TABLE IF NOT EXISTS t_export_record (id INTEGER PRIMARY KEY, plugin_name TEXT NOT NULL, export_dir TEXT NOT NULL, "
+   "files BLOB NOT NULL, UNIQUE (plugin_name, export_dir))" };
 
 QString schemaStatement(const char * szSql) { return QString::fromLatin1(szSql).replace("@TRIGGERS@", triggerColumns(" INTEGER NOT NULL DEFAULT 0")); }
 

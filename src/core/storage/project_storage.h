@@ -24,7 +24,7 @@ namespace storage {
 //   t_enumeration_value (seq, enumeration_seq, value_key, value_text)
 //   t_meta_data (seq, owner_kind ('project', 'entity', 'property', 'enumeration'), owner_seq, meta_key, meta_value)
 //   t_plugin_params (id AUTOINCREMENT, plugin_guid, param_key, param_value, param_type (QMetaType id))
-//   t_export_file (id, plugin_name, export_dir, file_path, content_hash): see export_record
+//   t_export_record (id, plugin_name, export_dir, files): see export_record
 //
 // JSON errors read "FILE: PATH: reason" (PATH like "entities[2].properties[0].name"), one per line;
 // syntax errors read "FILE:LINE:COLUMN: JSON syntax error: reason".

@@ -41,6 +41,7 @@ cpp_builder::cpp_builder(cpp_export * plugin) : QObject(nullptr), m_pCppExport(p
 cpp_builder::~cpp_builder() { ; }
 
 QString cpp_builder::getFileText(const QString & path) const { return tools::readTextFile(path); }
+QString cpp_builder::getFileText(const QString & path, bool & bExists) const { return tools::readTextFile(path, tools::line_ends::lf_only, & bExists); }
 
 bool cpp_builder::isSame(const QString & oldText, const QString & newText) const
 {
@@ -151,14 +152,15 @@ zy::ZyBool cpp_builder::exportItem(model::project & project, Item & item, model:
       const QString sRefused = refusedPath(sFile);
       if (! sRefused.isEmpty()) { return zy::ZyBool(false, sRefused); }
    }
-   QString sOldHeader = getFileText(m_sCurrentHeaderFile);
-   QString sOldSource = getFileText(m_sCurrentSourceFile);
+   bool bHeaderExists = false, bSourceExists = false;
+   QString sOldHeader = getFileText(m_sCurrentHeaderFile, bHeaderExists);
+   QString sOldSource = getFileText(m_sCurrentSourceFile, bSourceExists);
    const QString sNewHeader = buildHelper(project, item, true);
    const QString sNewSource = buildHelper(project, item, false);
    // No "\r\n" to turn into "\n": getFileText drops every '\r' already.
-   if (! putFile(m_sCurrentHeaderFile, sOldHeader, sNewHeader))
+   if (! putFile(m_sCurrentHeaderFile, sOldHeader, sNewHeader, bHeaderExists))
    { return zy::ZyBool(false, "An error occurred opening header file : " + m_sCurrentHeaderFile); }
-   if (! putFile(m_sCurrentSourceFile, sOldSource, sNewSource))
+   if (! putFile(m_sCurrentSourceFile, sOldSource, sNewSource, bSourceExists))
    { return zy::ZyBool(false, "An error occurred opening source file : " + m_sCurrentSourceFile); }
    executeScript(& project, pEntity, nullptr, pEnumeration, "AFTER_CLOSING_FILE", sNewHeader, m_sCurrentHeaderFile);
    executeScript(& project, pEntity, nullptr, pEnumeration, "AFTER_CLOSING_FILE", sNewSource, m_sCurrentSourceFile);

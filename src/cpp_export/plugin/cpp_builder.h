@@ -72,6 +72,7 @@ public:
    QString buildSource(model::project & project, model::enumeration & enumeration);
 
    QString getFileText(const QString & path) const;
+   QString getFileText(const QString & path, bool & bExists) const;
    bool isSame(const QString & oldText, const QString & newText) const;
    QString getLumorPath(bool bForceCheck, bool bWithPwdPrefix) const;
 
@@ -114,7 +115,7 @@ protected:
    static bool writeFile(const QString & path, const QString & text, QString * pReason = nullptr);
    // Reports the file to the host's export_files (when it gave one) and writes it when its text
    // changed and the run is no dry run; false when the write failed.
-   bool putFile(const QString & path, const QString & oldText, const QString & newText);
+   bool putFile(const QString & path, const QString & oldText, const QString & newText, bool bExists);
    bool isDryRun() const;
    // Whether a file created once for the user is there; if so it is reported as still produced.
    bool userFileExists(const QString & path);

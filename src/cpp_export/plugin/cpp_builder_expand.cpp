@@ -274,7 +274,8 @@ zy::ZyBool cpp_builder::build_Generic(model::project & project, parser_ptr parse
    if (parser->textList().size() != parser->actionList().size()) { return zy::ZyBool(false, "Invalid template parser to create file : " + fileName); }
    const QString sRefused = refusedPath(fileName);
    if (! sRefused.isEmpty()) { return zy::ZyBool(false, sRefused); }
-   QString sOld = (QFileInfo::exists(fileName) ? getFileText(fileName) : QString());
+   bool bExists = false;
+   QString sOld = getFileText(fileName, bExists);
    // The slow "\r\n" search only when there is a '\r' at all.
    if (sOld.contains(QLatin1Char('\r'))) { sOld.replace(QStringLiteral("\r\n"), QStringLiteral("\n")); }
 
@@ -289,7 +290,7 @@ zy::ZyBool cpp_builder::build_Generic(model::project & project, parser_ptr parse
    if (! expand(parser, dispatchPiece, & project, pEntity, pEnumeration, fileName, out, sError))
    { return zy::ZyBool(false, "An error occurred with custom javascript for file '" + fileName + "' :\n" + sError); }
 
-   if (! putFile(fileName, sOld, out))
+   if (! putFile(fileName, sOld, out, bExists))
    { return zy::ZyBool(false, "An error occurred opening file : " + fileName); }
 
    executeScript(& project, pEntity, nullptr, pEnumeration, "AFTER_CLOSING_FILE", out, fileName);

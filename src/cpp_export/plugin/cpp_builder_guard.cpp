@@ -87,13 +87,11 @@ bool cpp_builder::isDryRun() const
    return (m_pCppExport && m_pCppExport->getExportFiles() && m_pCppExport->getExportFiles()->isDryRun());
 }
 
-bool cpp_builder::putFile(const QString & path, const QString & oldText, const QString & newText)
+bool cpp_builder::putFile(const QString & path, const QString & oldText, const QString & newText, bool bExists)
 {
    const bool bSame = isSame(oldText, newText);
    export_files * pFiles = (m_pCppExport ? m_pCppExport->getExportFiles() : nullptr);
    if (! pFiles) { return (bSame || writeFile(path, newText, & m_sLastFailureReason)); }
-   // Only an empty text needs the disk asked whether the file is there.
-   const bool bExists = (! oldText.isEmpty() || QFileInfo::exists(path));
    if (! pFiles->report(path, bExists, oldText, newText, bSame)) { return true; }
    return writeFile(path, newText, & m_sLastFailureReason);
 }

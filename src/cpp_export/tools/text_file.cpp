@@ -6,10 +6,13 @@
 
 namespace tools {
 
-QString readTextFile(const QString & path, line_ends eLineEnds)
+QString readTextFile(const QString & path, line_ends eLineEnds, bool * pExists)
 {
    QFile file(path);
-   if (! file.exists() || ! file.open(QIODevice::ReadOnly)) { return QString(); }
+   // Opening tells a missing file too: no separate look-up per generated file.
+   const bool bOpen = file.open(QIODevice::ReadOnly);
+   if (pExists) { * pExists = bOpen; }
+   if (! bOpen) { return QString(); }
    // Read whole and filtered here rather than in text mode: its byte-by-byte filter costs more
    // than the rest of reading.
    QByteArray bytes = file.readAll();

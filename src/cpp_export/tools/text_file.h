@@ -8,6 +8,7 @@ namespace tools {
 // otherwise. Empty when the file cannot be read.
 enum class line_ends { lf_only, as_written };
 // lf_only drops every '\r', as reading in text mode does.
-QString readTextFile(const QString & path, line_ends eLineEnds = line_ends::lf_only);
+// pExists, when given, tells a missing or unreadable file from an empty one.
+QString readTextFile(const QString & path, line_ends eLineEnds = line_ends::lf_only, bool * pExists = nullptr);
 
 } // namespace tools

@@ -12,6 +12,15 @@ void export_files::begin(const QString & root, const QString & ignoredLine, cons
    m_sIgnoredLine = ignoredLine;
    m_sRecordKey = (recordKey.isEmpty() ? QString() : QDir::cleanPath(QDir(root).absoluteFilePath(recordKey)));
    m_lstFiles.clear();
+   m_hashPrevious.clear();
+   m_previousRead = (m_fnReadRecord ? m_fnReadRecord(this->recordKey(), m_hashPrevious) : zy::ZyBool(false, "no record was read"));
+}
+
+QString export_files::relativePath(const QString & path) const
+{
+   // Reported paths are clean and absolute, below the root but for a plug-in's odd one out.
+   const QString sPrefix = (QDir::cleanPath(m_sRoot) + '/');
+   return (path.startsWith(sPrefix) ? path.mid(sPrefix.size()) : QDir(m_sRoot).relativeFilePath(path));
 }
 
 bool export_files::report(const QString & path, bool bExists, const QString & oldText, const QString & newText, bool bSame)
@@ -19,8 +28,19 @@ bool export_files::report(const QString & path, bool bExists, const QString & ol
    file f;
    f.path = QDir::cleanPath(path);
    f.status = bSame ? status_unchanged : (bExists ? status_changed : status_created);
-   // An unchanged file keeps its former text (and banner) on disk.
-   f.hash = hashOf((f.status == status_unchanged) ? oldText : newText);
+   // A dry run records nothing, so it needs no hash.
+   if (! m_bDryRun)
+   {
+      if (f.status != status_unchanged) { f.hash = hashOf(newText); }
+      else
+      {
+         // An unchanged file still holds what the last export left there (banner included), so its
+         // recorded hash stands. A user's edit that happens to match the new text keeps the old
+         // hash: at worst the file is kept rather than removed once it goes stale.
+         const auto it = m_hashPrevious.constFind(relativePath(f.path));
+         f.hash = (((it != m_hashPrevious.constEnd()) && ! it->isEmpty()) ? * it : hashOf(oldText));
+      }
+   }
    if (m_bKeepTexts && (f.status != status_unchanged)) { f.oldText = oldText; f.newText = newText; }
    m_lstFiles.append(f);
    return ((f.status != status_unchanged) && ! m_bDryRun);
@@ -46,6 +66,8 @@ void export_files::clear()
    m_sIgnoredLine.clear();
    m_sRecordKey.clear();
    m_lstFiles.clear();
+   m_hashPrevious.clear();
+   m_previousRead = zy::ZyBool(false, "no record was read");
 }
 
 QByteArray export_files::hashOf(const QString & text)

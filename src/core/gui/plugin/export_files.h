@@ -1,11 +1,15 @@
 #pragma once
 
 #include <QByteArray>
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <QStringList>
 
 #include "tavrelgui_export.h"
+#include "zy/ZyBool.h"
+
+#include <functional>
 
 namespace plugin {
 
@@ -17,11 +21,16 @@ class TAVRELGUI_EXPORT export_files
 public:
    enum file_status { status_unchanged = 0, status_created = 1, status_changed = 2 };
 
+   // Path relative to the root (with '/') to the hash of its text.
+   typedef QHash<QString, QByteArray> recorded_files;
+   // Reads the record of the last export under a record key; set by the host.
+   typedef std::function<zy::ZyBool(const QString & recordKey, recorded_files & result)> record_reader;
+
    struct file
    {
       QString path;          // absolute
       file_status status = status_unchanged;
-      QByteArray hash;       // of the text on disk once the export is over
+      QByteArray hash;       // of the text on disk once the export is over; none in a dry run
       QString oldText;       // kept only when texts are asked for
       QString newText;
    };
@@ -34,6 +43,9 @@ private:
    QString m_sRecordKey;
    QList<file> m_lstFiles;
    QStringList m_lstInputs;
+   record_reader m_fnReadRecord;
+   recorded_files m_hashPrevious;
+   zy::ZyBool m_previousRead = zy::ZyBool(false, "no record was read");
 
 public:
    void setDryRun(bool b) { m_bDryRun = b; }
@@ -59,6 +71,15 @@ public:
    void reportKept(const QString & path);
 
    const QList<file> & files() const { return m_lstFiles; }
+   // The path of a reported file relative to the root.
+   QString relativePath(const QString & path) const;
+
+   // Lets begin() read the record of the last export, so that an unchanged file recorded there
+   // keeps its hash instead of having its text hashed again.
+   void setRecordReader(const record_reader & fn) { m_fnReadRecord = fn; }
+   // The record begin() read, and whether it could read it.
+   const recorded_files & previousRecord() const { return m_hashPrevious; }
+   const zy::ZyBool & previousRecordRead() const { return m_previousRead; }
 
    // A file the export read besides the model (a user script named in the stored settings): a
    // watch follows it too.

@@ -1,0 +1,74 @@
+#include <gtest/gtest.h>
+
+#include "gui/plugin/export_files.h"
+
+using plugin::export_files;
+
+namespace {
+
+const QString k_sRoot = QStringLiteral("/tmp/garden-out");
+
+// A report set up as a host does: the record of the last export is read when the plug-in begins.
+void beginWithRecord(export_files & files, const export_files::recorded_files & record, int * pReads = nullptr)
+{
+   files.setRecordReader([record, pReads](const QString & key, export_files::recorded_files & result)
+   {
+      EXPECT_EQ(key, k_sRoot);
+      if (pReads) { ++(* pReads); }
+      result = record;
+      return zy::ZyBool(true);
+   });
+   files.begin(k_sRoot, QString());
+}
+
+} // namespace
+
+TEST(ExportFiles, UnchangedFileKeepsTheHashOfTheLastExport)
+{
+   export_files files;
+   int iReads = 0;
+   beginWithRecord(files, { { "include/tree.gen.h", "00000000000000aa" } }, & iReads);
+   EXPECT_EQ(iReads, 1);
+   EXPECT_FALSE(files.report(k_sRoot + "/include/tree.gen.h", true, "old text", "old text", true));
+   ASSERT_EQ(files.files().size(), 1);
+   EXPECT_EQ(files.files().at(0).hash, QByteArray("00000000000000aa"));
+   EXPECT_TRUE(files.previousRecordRead().getValue());
+   EXPECT_EQ(files.previousRecord().size(), 1);
+}
+
+TEST(ExportFiles, FilesTheRecordLacksOrThatChangedAreHashed)
+{
+   export_files files;
+   beginWithRecord(files, { { "include/tree.gen.h", "00000000000000aa" }, { "custom/tree.h", "" } });
+   EXPECT_TRUE(files.report(k_sRoot + "/include/tree.gen.h", true, "old text", "new text", false));
+   EXPECT_FALSE(files.report(k_sRoot + "/src/tree.gen.cpp", true, "same text", "same text", true));
+   // A file recorded without a hash (left to the user) has its text hashed.
+   EXPECT_FALSE(files.report(k_sRoot + "/custom/tree.h", true, "user text", "user text", true));
+   ASSERT_EQ(files.files().size(), 3);
+   EXPECT_EQ(files.files().at(0).hash, export_files::hashOf("new text"));
+   EXPECT_EQ(files.files().at(1).hash, export_files::hashOf("same text"));
+   EXPECT_EQ(files.files().at(2).hash, export_files::hashOf("user text"));
+}
+
+TEST(ExportFiles, DryRunHashesNothingAndWritesNothing)
+{
+   export_files files;
+   files.setDryRun(true);
+   beginWithRecord(files, {});
+   EXPECT_FALSE(files.report(k_sRoot + "/include/tree.gen.h", false, QString(), "new text", false));
+   EXPECT_FALSE(files.report(k_sRoot + "/include/bush.gen.h", true, "old", "new", false));
+   ASSERT_EQ(files.files().size(), 2);
+   EXPECT_EQ(files.files().at(0).status, export_files::status_created);
+   EXPECT_EQ(files.files().at(1).status, export_files::status_changed);
+   EXPECT_TRUE(files.files().at(0).hash.isEmpty());
+   EXPECT_TRUE(files.files().at(1).hash.isEmpty());
+}
+
+TEST(ExportFiles, WithoutAReaderNoRecordCountsAsRead)
+{
+   export_files files;
+   files.begin(k_sRoot, QString());
+   EXPECT_FALSE(files.previousRecordRead().getValue());
+   EXPECT_TRUE(files.previousRecord().isEmpty());
+   EXPECT_EQ(files.relativePath(k_sRoot + "/src/a.cpp"), QString("src/a.cpp"));
+}
