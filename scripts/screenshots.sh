@@ -1,7 +1,8 @@
 #!/bin/sh
 # Makes the pictures of the documentation: docs/images/main_window.png (the desktop host after
 # an export of examples/shop.json, shop::sales::Order selected), docs/images/diagram_view.png (the
-# same window with the Diagram tab in front), docs/images/settings_dialog.png
+# same window with the Diagram tab in front), docs/images/property_editor.png (the property editor
+# open on the order's customer relation, over the window), docs/images/settings_dialog.png
 # (the plug-in's settings dialog) and docs/images/script_debugger.png (the debugger window after
 # an export with examples/user_script.js). Builds tavrel-gui if needed and runs it on a virtual X
 # display (Debian package xvfb).
@@ -41,4 +42,4 @@ xvfb-run -a -s "-screen 0 1400x900x24" \
    --TavrelCppExport_path=out --TavrelCppExport_template_type=1 --TavrelCppExport_generate_custom_files=1 \
    --TavrelCppExport_custom_javacript=user_script.js
 
-ls -l "$OUT/main_window.png" "$OUT/diagram_view.png" "$OUT/settings_dialog.png" "$OUT/script_debugger.png"
+ls -l "$OUT/main_window.png" "$OUT/diagram_view.png" "$OUT/property_editor.png" "$OUT/settings_dialog.png" "$OUT/script_debugger.png"

@@ -4,6 +4,8 @@
 #include <QDir>
 #include <QDockWidget>
 #include <QFile>
+#include <QScreen>
+#include <QTabWidget>
 #include <QTimer>
 
 #include <unistd.h>
@@ -16,6 +18,9 @@
 #include "desktop/main_window.h"
 #include "desktop/script_debugger.h"
 #include "gui/plugin/export_interface.h"
+#include "model/entity.h"
+#include "model/project.h"
+#include "model/property.h"
 #include "script/custom_javascript.h"
 #include "gui/tools/message_box.h"
 #include "tools/terminal_text.h"
@@ -40,9 +45,21 @@ bool saveGrab(QWidget * pWidget, const QString & file)
 struct dialog_catcher
 {
    QString file;
+   QWidget * pBackdrop = nullptr;   // also shown: the picture is the screen around both
+   QString tab;                     // the dialog's tab in front, when it has tabs
    bool grabbed = false;
    bool done = false;   // the dialog's call has returned: stop looking
 };
+
+// The screen where a dialog stands over its window, as a user sees it.
+bool saveScreenArea(QWidget * pDialog, QWidget * pBackdrop, const QString & file)
+{
+   QScreen * pScreen = pBackdrop->screen();
+   const QRect area = pBackdrop->frameGeometry().united(pDialog->frameGeometry());
+   const bool ok = pScreen->grabWindow(0, area.x(), area.y(), area.width(), area.height()).save(file, "PNG");
+   std::fprintf(stderr, "tavrel-gui: %s '%s'\n", (ok ? "saved" : "cannot save"), qPrintable(QDir::toNativeSeparators(file)));
+   return ok;
+}
 
 void catchDialog(const std::shared_ptr<dialog_catcher> & pCatch, int attempts)
 {
@@ -53,8 +70,41 @@ void catchDialog(const std::shared_ptr<dialog_catcher> & pCatch, int attempts)
       if (attempts > 0) { QTimer::singleShot(100, [pCatch, attempts]() { catchDialog(pCatch, attempts - 1); }); }
       return;
    }
-   pCatch->grabbed = saveGrab(pDialog, pCatch->file);
+   if (QTabWidget * pTabs = pDialog->findChild<QTabWidget *>(); pTabs && ! pCatch->tab.isEmpty())
+   {
+      for (int i = 0; i < pTabs->count(); ++i) { if (pTabs->tabText(i).remove('&') == pCatch->tab) { pTabs->setCurrentIndex(i); } }
+   }
+   if (pCatch->pBackdrop)
+   {
+      // Without a window manager the dialog opens in a corner: it is centred over the window,
+      // painted and placed before the screen is read.
+      pDialog->move(pCatch->pBackdrop->frameGeometry().center() - pDialog->rect().center());
+      for (int i = 0; i < 5; ++i) { QCoreApplication::processEvents(); }
+      pCatch->grabbed = saveScreenArea(pDialog, pCatch->pBackdrop, pCatch->file);
+   }
+   else { pCatch->grabbed = saveGrab(pDialog, pCatch->file); }
    pDialog->reject();
+}
+
+// The property editor open on the selected entity's first relation, over the main window.
+bool grabRelationEditor(desktop::main_window & w, const QString & dir, const QString & key)
+{
+   const model::entity_ptr pEntity = (w.getProject() ? w.getProject()->getEntityByKey(key) : model::entity_ptr());
+   if (! pEntity) { return true; }
+   model::property_ptr pRelation;
+   for (const model::property_ptr & p : pEntity->getListOfProperty(false, true, false))
+   {
+      if (p && p->getRelation()) { pRelation = p; break; }
+   }
+   if (! pRelation) { return true; }
+   auto pCatch = std::make_shared<dialog_catcher>();
+   pCatch->file = QDir(dir).absoluteFilePath("property_editor.png");
+   pCatch->pBackdrop = & w;
+   pCatch->tab = QStringLiteral("Relation");
+   QTimer::singleShot(300, [pCatch]() { catchDialog(pCatch, 50); });
+   w.editProperty(pEntity, pRelation);
+   pCatch->done = true;
+   return pCatch->grabbed;
 }
 
 // Documentation pictures: the main window after an export with the selection shown, the
@@ -76,6 +126,7 @@ int takeScreenshots(desktop::main_window & w, const QString & dir, const QString
       ok = (saveGrab(& w, QDir(dir).absoluteFilePath("diagram_view.png")) && ok);
       if (w.getPreviewDock()) { w.getPreviewDock()->raise(); }
    }
+   ok = (grabRelationEditor(w, dir, key) && ok);
 
    if (w.getPlugin() && w.getProject())
    {
