@@ -11,7 +11,8 @@
 
 TEST(ModelPropertyFields, UnsetRareFieldsTakeNoRoomInTheProperty)
 {
-   // Twelve texts and values of 24 to 32 bytes each used to sit in every property (472 bytes).
+   // The twelve rarely set texts and values (24 to 32 bytes each) live apart, so that a
+   // property of a large model stays small.
    EXPECT_LE(sizeof(model::property), sizeof(void *) * 28);
 }
 

@@ -15,7 +15,8 @@ namespace plugin {
 
 // What an export plug-in tells the host about every file it generates, before writing it. The
 // host hands one to the plug-in (export_interface::setExportFiles); a plug-in that was given
-// none writes as it always did. In a dry run the plug-in reports and writes nothing.
+// none writes its files without reporting them. In a dry run the plug-in reports and writes
+// nothing.
 class TAVRELGUI_EXPORT export_files
 {
 public:
