@@ -7,6 +7,7 @@
 
 #include "plugin_finder.h"
 #include "model/model_fwd.h"
+#include "model/schema_check.h"
 #include "gui/plugin/export_interface.h"
 #include "gui/view/main_wnd.h"
 #include "zy/ZyBool.h"
@@ -64,6 +65,7 @@ private:
    bool m_bEditsApplied = false;   // since it was opened
    QUndoStack * m_pUndo = nullptr;
    QStringList m_lstSchemaProblems;   // listed after the last edit
+   model::schema_check m_checkSchema;   // re-checks only the items an edit replaced
    QStringList m_lstTreeKeys;   // the items the model tree shows, in order
    bool m_bSwitching = false;   // the selection is changing: an edit leaves it alone
    QLineEdit * m_txtFilter = nullptr;

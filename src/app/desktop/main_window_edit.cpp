@@ -186,7 +186,7 @@ void main_window::showPlace(const model_place & place)
 void main_window::listSchemaProblems()
 {
    QStringList lst;
-   for (const auto & e : m_pProject->checkSchema()) { lst.append(e.getMessage()); }
+   for (const auto & e : m_checkSchema.run(* m_pProject)) { lst.append(e.getMessage()); }
    if (lst == m_lstSchemaProblems) { return; }
    for (const QString & s : std::as_const(lst))
    {
