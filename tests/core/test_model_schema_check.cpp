@@ -55,6 +55,12 @@ struct edited_model
       return p;
    }
 
+   void remove(qsizetype i)
+   {
+      entities().removeAt(i);
+      pProject->resolveLinks();
+   }
+
    // The kept check and the whole check agree; the kept one is returned.
    std::string both()
    {
@@ -84,8 +90,7 @@ TEST(ModelSchemaCheck, RelationToADeletedEntity)
 {
    edited_model m;
    m.both();
-   m.entities().removeAt(1);
-   m.pProject->resolveLinks();
+   m.remove(1);
    const std::string s = m.both();
    EXPECT_NE(s.find("Entity 'shop::Base' : property 'next' has relation target 'shop::Order' which does not exist @ entities[0].properties[2]"), std::string::npos) << s;
    EXPECT_NE(s.find("Entity 'shop::Client' : property 'next' has relation target 'shop::Order' which does not exist @ entities[2].properties[2]"), std::string::npos) << s;
@@ -123,8 +128,7 @@ TEST(ModelSchemaCheck, KeptProblemsFollowTheirItemsPlace)
    m.pProject->resolveLinks();
    m.both();
    // Removing the first entity moves the others up: paths and the unnamed label follow.
-   m.entities().removeAt(0);
-   m.pProject->resolveLinks();
+   m.remove(0);
    const std::string s = m.both();
    EXPECT_NE(s.find("@ entities[2].table"), std::string::npos) << s;
    EXPECT_NE(s.find("Entity #4 has no name @ entities[3]"), std::string::npos) << s;
