@@ -216,7 +216,8 @@ private:
    void createUndoDock();
    // Pushes one edit: the model becomes state "after" and the window shows "place".
    void pushEdit(const QString & sText, const model_state & after, const model_place & place);
-   void applyState(const model_state & state, const model_place & place);
+   // Applies an edit's change (forward: redo) and shows it.
+   void applyChange(const model_change & change, bool bForward, const model_place & place);
    // Selects the place of an edit and tells the plug-ins it changed.
    void showPlace(const model_place & place);
    // Lists the model's cross-item problems (checkSchema) in the message area.
@@ -242,8 +243,8 @@ private:
    void emitSelection();
    // The keys the tree would show for the project: entities, then enumerations.
    QStringList treeKeys() const;
-   // The tree's items keep their places: only the tool tips follow the model.
-   void refreshTreeItems();
+   // The tree's items keep their places: the tool tips of the given items follow the model.
+   void refreshTreeItems(const QList<const void *> & lstChanged);
 
    // The edit panel of the selected entity or enumeration.
    QGroupBox * createDetailsPanel();

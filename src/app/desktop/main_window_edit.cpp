@@ -150,16 +150,19 @@ void main_window::pushEdit(const QString & sText, const model_state & after, con
    else if (m_pEnumeration) { before.key = m_pEnumeration->getKey(); }
    if (model::property_ptr p = getSelectedProperty()) { before.property = p->getName(); }
    m_pUndo->push(new model_command(sText, model_edit::stateOf(* m_pProject), after, before, place,
-                                   [this](const model_state & s, const model_place & where) { applyState(s, where); }));
+                                   [this](const model_change & change, bool bForward, const model_place & where) { applyChange(change, bForward, where); }));
 }
 
-void main_window::applyState(const model_state & state, const model_place & place)
+void main_window::applyChange(const model_change & change, bool bForward, const model_place & place)
 {
+   model_state state = model_edit::stateOf(* m_pProject);
+   change.apply(state, bForward);
    model_edit::restore(* m_pProject, state);
    m_bEditsApplied = true;
-   // Most edits keep every key: the tree stays as it is (a 5,000-entity tree is not rebuilt).
+   // Most edits keep every key: the tree stays as it is (a 5,000-entity tree is not rebuilt)
+   // and only the items the change put in are shown again.
    const bool bSameItems = (treeKeys() == m_lstTreeKeys);
-   if (bSameItems) { refreshTreeItems(); }
+   if (bSameItems) { refreshTreeItems(change.itemsPut(bForward)); }
    else { fillModelTree(); }
    if (! m_bSwitching) { showPlace(place); }
    if (m_viewDiagram) { m_viewDiagram->setProject(m_pProject); }
