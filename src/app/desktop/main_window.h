@@ -34,6 +34,7 @@ class diagram_view;
 class export_preview_dialog;
 class help_opener;
 class script_debugger;
+template <typename T> struct item_kind;
 
 // The desktop host's main window: the model tree with a small editor for the selected item,
 // the plug-in's preview docked beside it, the message area, and the commands of the plug-in.
@@ -214,6 +215,10 @@ private:
    void createEditActions();
    void createEditMenu();
    void createUndoDock();
+   // Creates (null item) or edits an entity or enumeration in its editor: texts of the undo step
+   // for a new item, an edited one and a renamed one.
+   template <typename Dialog, typename T>
+   bool editItem(const std::shared_ptr<T> & pItem, const item_kind<T> & kind, const QStringList & lstTexts);
    // Pushes one edit: the model becomes state "after" and the window shows "place".
    void pushEdit(const QString & sText, const model_state & after, const model_place & place);
    // Applies an edit's change (forward: redo) and shows it.
