@@ -2,7 +2,10 @@
 // of edits undone and redone gives back each model exactly, and the cross-item errors the whole
 // check finds are listed after every step.
 
+#include <QDockWidget>
 #include <QLineEdit>
+#include <QSignalSpy>
+#include <QTextEdit>
 #include <QTreeWidget>
 
 #include <gtest/gtest.h>
@@ -103,4 +106,25 @@ TEST_F(GuiEditUndo, CrossItemErrorsOfIncrementalEditsAreListedAndGo)
    undo();
    EXPECT_TRUE(m_pWnd->getProject()->checkSchema().isEmpty());
    EXPECT_GE(messagesWith("The model has no schema error"), 1);
+}
+
+TEST_F(GuiEditUndo, PreviewIsMadeOnceForEachStep)
+{
+   openShop("shop::Customer");
+   ASSERT_TRUE(m_pWnd->getPreviewDock());
+   QTextEdit * pHeader = m_pWnd->getPreviewDock()->findChild<QTextEdit *>("m_txtCppTemplateHeader");
+   ASSERT_TRUE(pHeader);
+   QSignalSpy spySelect(m_pWnd.get(), & view::main_wnd::onSelectEntity);
+   QSignalSpy spyUpdate(m_pWnd.get(), & view::main_wnd::onUpdateEntity);
+   editDescription("shop::Customer", "People who buy");
+   EXPECT_TRUE(pHeader->toPlainText().contains("People who buy"));
+   EXPECT_EQ(spySelect.count() + spyUpdate.count(), 1);
+   undo();
+   EXPECT_FALSE(pHeader->toPlainText().contains("People who buy"));
+   EXPECT_EQ(spySelect.count() + spyUpdate.count(), 2);
+   // A step that selects another entity tells the new selection, once.
+   key(m_pWnd->getModelTree(), Qt::Key_Delete);
+   EXPECT_EQ(spySelect.count() + spyUpdate.count(), 3);
+   ASSERT_TRUE(m_pWnd->getSelectedEntity());
+   EXPECT_EQ(spySelect.last().at(0).value<model::entity_ptr>(), m_pWnd->getSelectedEntity());
 }

@@ -69,6 +69,7 @@ private:
    model::schema_check m_checkSchema;   // re-checks only the items an edit replaced
    QStringList m_lstTreeKeys;   // the items the model tree shows, in order
    bool m_bSwitching = false;   // the selection is changing: an edit leaves it alone
+   bool m_bQuietSelection = false;   // an edit shows its place: it tells the plug-ins itself
    QLineEdit * m_txtFilter = nullptr;
 
    QTreeWidget * m_treeModel = nullptr;

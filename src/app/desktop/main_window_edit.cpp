@@ -174,16 +174,25 @@ void main_window::applyChange(const model_change & change, bool bForward, const 
 void main_window::showPlace(const model_place & place)
 {
    QTreeWidgetItem * pCurrent = m_treeModel->currentItem();
-   const bool bAtPlace = (pCurrent && (pCurrent->data(0, k_roleKey).toString() == place.key));
+   const QString sKeyBefore = (pCurrent ? pCurrent->data(0, k_roleKey).toString() : QString());
+   const bool bAtPlace = (pCurrent && (sKeyBefore == place.key));
    m_pEntity.reset();
    m_pEnumeration.reset();
+   // The plug-ins hear of the edit once below: each signal makes a preview again.
+   const bool bQuiet = m_bQuietSelection;
+   m_bQuietSelection = true;
    if (bAtPlace || place.key.isEmpty() || ! selectItem(place.key)) { doTreeCurrentItemChanged(m_treeModel->currentItem()); }
+   m_bQuietSelection = bQuiet;
    for (int i = 0; ! place.property.isEmpty() && (i < m_treeItemDetails->topLevelItemCount()); ++i)
    {
       if (m_treeItemDetails->topLevelItem(i)->text(0) == place.property) { m_treeItemDetails->setCurrentItem(m_treeItemDetails->topLevelItem(i)); }
    }
-   if (m_pEntity) { Q_EMIT onUpdateEntity(m_pEntity); }
+   pCurrent = m_treeModel->currentItem();
+   const bool bSameItem = (pCurrent && (pCurrent->data(0, k_roleKey).toString() == sKeyBefore));
+   if (! bSameItem) { emitSelection(); }
+   else if (m_pEntity) { Q_EMIT onUpdateEntity(m_pEntity); }
    else if (m_pEnumeration) { Q_EMIT onUpdateEnumeration(m_pEnumeration); }
+   else { emitSelection(); }
 }
 
 void main_window::listSchemaProblems()

@@ -172,6 +172,7 @@ void main_window::refreshTreeItems(const QList<const void *> & lstChanged)
 
 void main_window::emitSelection()
 {
+   if (m_bQuietSelection) { return; }
    if (m_pEntity) { Q_EMIT onSelectEntity(m_pEntity); }
    else if (m_pEnumeration) { Q_EMIT onSelectEnumeration(m_pEnumeration); }
    else
