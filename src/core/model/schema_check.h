@@ -2,6 +2,7 @@
 
 #include <QHash>
 #include <QList>
+#include <QStringList>
 
 #include <memory>
 
@@ -18,9 +19,17 @@ namespace model {
 // The rules over the whole model (inheritance cycles, file names) run every time.
 class TAVRELCORE_EXPORT schema_check
 {
+   // One item's part of the check: what the item itself says (read once while it lives: its key,
+   // whether it has a name, the keys it names) and the problems found for a signature.
    struct entry
    {
       std::shared_ptr<const void> pItem;   // held so that its address names no other item
+      QString sKey;
+      bool bNamed = false;
+      QString sParent;
+      QStringList lstTargets;
+      QStringList lstEnums;
+      bool bChecked = false;
       QList<qintptr> signature;
       qsizetype i = 0;
       zy::ZyInvalidValueX problems;
@@ -41,9 +50,11 @@ public:
    void clear();
 
 private:
-   // The kept entry of the item when its signature is the same, or a new one; put into next.
-   template <typename Ptr, typename Check>
-   const entry & lookup(cache & next, const cache & previous, const Ptr & p, qsizetype i, const QList<qintptr> & signature, Check check);
+   // The entries of a list's items in order: kept ones from the cache, new ones with their facts.
+   template <typename List> QList<entry> entriesOf(const List & lst, const cache & previous) const;
+   // Checks the entry again unless it was checked for that signature; paths follow its index.
+   template <typename Check> void update(entry & e, qsizetype i, const QList<qintptr> & signature, const QString & sList, Check check);
+   static cache cacheOf(const QList<entry> & lst);
 };
 
 } // namespace model
