@@ -1,6 +1,7 @@
 // Times edits in the desktop host on generated models: one edit through the window (undo
 // command, tree, property table, preview and the checks of the whole model), its undo and its
-// redo, with the window shown as a user has it.
+// redo, deleting a property and deleting an entity (the tree loses an item), with the window
+// shown as a user has it.
 
 #include <QApplication>
 #include <QDockWidget>
@@ -44,7 +45,7 @@ template <typename Fn> double timed(Fn fn)
    return t.nsecsElapsed() / 1e6;
 }
 
-struct figures { int n = 0; double openMs = 0, editMs = 0, undoMs = 0, redoMs = 0, deleteMs = 0, selectMs = 0; };
+struct figures { int n = 0; double openMs = 0, editMs = 0, undoMs = 0, redoMs = 0, deleteMs = 0, selectMs = 0, deleteEntityMs = 0, undoDeleteEntityMs = 0; };
 
 figures run(int n, int iRepeat, const QString & sWork)
 {
@@ -75,7 +76,7 @@ figures run(int n, int iRepeat, const QString & sWork)
    QLineEdit * pDescription = w.findChild<QLineEdit *>("m_txtDescription");
    if (! pDescription) { qFatal("no description field"); }
 
-   std::vector<double> vEdit, vUndo, vRedo, vDelete, vSelect;
+   std::vector<double> vEdit, vUndo, vRedo, vDelete, vSelect, vDeleteEntity, vUndoDeleteEntity;
    for (int r = 0; r < iRepeat; ++r)
    {
       vSelect.push_back(timed([&] { w.selectItem((r % 2) ? sOtherKey : sKey); }));
@@ -94,12 +95,17 @@ figures run(int n, int iRepeat, const QString & sWork)
          w.getUndoStack()->undo();
          QCoreApplication::processEvents();
       }
+      // An entity removed and put back: the tree loses and gets back an item.
+      vDeleteEntity.push_back(timed([&] { w.deleteEntity(w.getSelectedEntity()); }));
+      vUndoDeleteEntity.push_back(timed([&] { w.getUndoStack()->undo(); }));
    }
    f.editMs = median(vEdit);
    f.undoMs = median(vUndo);
    f.redoMs = median(vRedo);
    f.deleteMs = median(vDelete);
    f.selectMs = median(vSelect);
+   f.deleteEntityMs = median(vDeleteEntity);
+   f.undoDeleteEntityMs = median(vUndoDeleteEntity);
    if (w.getDiagramView()->getLayoutCount() != 0) { qFatal("the hidden Diagram was laid out"); }
    // Nothing is saved: the window is left without asking.
    w.getUndoStack()->setClean();
@@ -136,12 +142,12 @@ int main(int argc, char ** argv)
    context::ctx_global::setSettingsFile(tmp.filePath("settings.ini"));
    context::ctx_global::setGlobalParams(std::make_shared<model::global_params>());
 
-   std::printf("| N | open ms | select ms | edit description ms | undo ms | redo ms | delete property ms |\n");
-   std::printf("|---:|---:|---:|---:|---:|---:|---:|\n");
+   std::printf("| N | open ms | select ms | edit description ms | undo ms | redo ms | delete property ms | delete entity ms | undo delete entity ms |\n");
+   std::printf("|---:|---:|---:|---:|---:|---:|---:|---:|---:|\n");
    for (int n : sizes)
    {
       const figures f = run(n, iRepeat, tmp.path());
-      std::printf("| %d | %.0f | %.1f | %.1f | %.1f | %.1f | %.1f |\n", f.n, f.openMs, f.selectMs, f.editMs, f.undoMs, f.redoMs, f.deleteMs);
+      std::printf("| %d | %.0f | %.1f | %.1f | %.1f | %.1f | %.1f | %.1f | %.1f |\n", f.n, f.openMs, f.selectMs, f.editMs, f.undoMs, f.redoMs, f.deleteMs, f.deleteEntityMs, f.undoDeleteEntityMs);
       std::fflush(stdout);
    }
    return 0;
