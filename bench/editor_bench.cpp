@@ -1,5 +1,5 @@
 // Times edits in the desktop host on generated models: one edit through the window (undo
-// command, tree, property table, preview and the checks of the whole model), its undo and its
+// command, tree, property table, preview and the schema check), its undo and its
 // redo, deleting a property and deleting an entity (the tree loses an item), with the window
 // shown as a user has it.
 
