@@ -226,7 +226,7 @@ private:
    void applyChange(const model_change & change, bool bForward, const model_place & place);
    // Selects the place of an edit and tells the plug-ins it changed.
    void showPlace(const model_place & place);
-   // Lists the model's cross-item problems (checkSchema) in the message area.
+   // Lists the model's schema problems (the checkSchema list, from m_checkSchema) in the message area.
    void listSchemaProblems();
    // Before anything drops unsaved edits: Save, Discard or Cancel; false to stay.
    bool confirmDiscard();

@@ -12,7 +12,7 @@ namespace desktop {
 
 // The model's item lists at one moment. Items in a state are never changed in place: an edit
 // clones the items it touches, so two states share every item the edit left alone and an undo
-// only puts the older lists back.
+// only puts the older items back (model_change).
 struct model_state
 {
    model::list_of_entity entities;
