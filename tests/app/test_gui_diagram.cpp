@@ -29,7 +29,7 @@ protected:
       m_pView = m_pWnd->getDiagramView();
       ASSERT_TRUE(m_pView);
       ASSERT_TRUE(QTest::qWaitForWindowExposed(m_pWnd.get()));
-      QCoreApplication::processEvents();
+      ASSERT_TRUE(waitForLayout(0));
    }
 
    QString currentTreeKey() const
@@ -93,7 +93,9 @@ TEST_F(GuiDiagram, NamespaceFilterKeepsItsEntities)
    QComboBox * pFilter = m_pView->getNamespaceFilter();
    const int i = pFilter->findData("shop::sales");
    ASSERT_GE(i, 0);
+   const int iLayouts = m_pView->getLayoutCount();
    pFilter->setCurrentIndex(i);
+   EXPECT_EQ(m_pView->getLayoutCount(), iLayouts + 1);
    QStringList keys = m_pView->getBoxKeys();
    keys.sort();
    EXPECT_EQ(keys, QStringList({ "shop::sales::Invoice", "shop::sales::Order", "shop::sales::OrderItem" }));
@@ -111,4 +113,37 @@ TEST_F(GuiDiagram, KeysAndCtrlWheelZoom)
    EXPECT_DOUBLE_EQ(pView->transform().m11(), 1.25);
    QTest::keyClick(pView, Qt::Key_Minus);
    EXPECT_DOUBLE_EQ(pView->transform().m11(), 1.0);
+}
+
+TEST_F(GuiDiagram, BehindThePreviewTabNoEditIsLaidOutUntilShown)
+{
+   const zy::ZyBool ok = m_pWnd->openProject(copyShop("d"));
+   ASSERT_TRUE(ok) << ok.getDesc().toStdString();
+   ASSERT_TRUE(QTest::qWaitForWindowExposed(m_pWnd.get()));
+   m_pView = m_pWnd->getDiagramView();
+   ASSERT_TRUE(m_pWnd->getPreviewDock());
+   // The Diagram as the window opens: a tab behind the preview.
+   m_pWnd->getPreviewDock()->raise();
+   QCoreApplication::processEvents();
+   EXPECT_FALSE(m_pView->isShown());
+   const int iBefore = m_pView->getLayoutCount();
+   ASSERT_TRUE(m_pWnd->selectItem("shop::Customer"));
+   m_pWnd->deleteProperty(m_pWnd->getSelectedEntity(), m_pWnd->getSelectedEntity()->getPropertyByName("vip"));
+   m_pWnd->getUndoStack()->undo();
+   m_pWnd->getUndoStack()->redo();
+   // Longer than the moment a shown diagram waits after an edit: no layout came.
+   QTest::qWait(300);
+   EXPECT_EQ(m_pView->getLayoutCount(), iBefore);
+   // Brought to the front: one layout for the three edits, with the edited model.
+   m_pWnd->getDiagramDock()->raise();
+   ASSERT_TRUE(waitForLayout(iBefore));
+   EXPECT_TRUE(m_pView->isShown());
+   QTest::qWait(300);
+   EXPECT_EQ(m_pView->getLayoutCount(), iBefore + 1);
+   EXPECT_TRUE(m_pView->getBoxKeys().contains("shop::Customer"));
+   // Behind the preview again, an edit waits for the next time it is shown.
+   m_pWnd->getPreviewDock()->raise();
+   m_pWnd->getUndoStack()->undo();
+   QTest::qWait(300);
+   EXPECT_EQ(m_pView->getLayoutCount(), iBefore + 1);
 }

@@ -169,13 +169,13 @@ TEST_F(GuiEditModel, DiagramFollowsEditsAndItsClicksSelect)
    m_pWnd->getDiagramDock()->raise();
    desktop::diagram_view * pView = m_pWnd->getDiagramView();
    ASSERT_TRUE(pView);
-   QCoreApplication::processEvents();
+   ASSERT_TRUE(waitForLayout(0));
    onNextDialog<entity_dialog>([](entity_dialog * d) { type(d, "m_txtName", "Coupon"); ok(d); });
    key(m_pWnd->getModelTree(), Qt::Key_Insert);
-   QCoreApplication::processEvents();
+   ASSERT_TRUE(waitForLayout(pView->getLayoutCount()));
    EXPECT_TRUE(pView->getBoxKeys().contains("shop::Coupon")) << pView->getBoxKeys().join(", ").toStdString();
    undo();
-   QCoreApplication::processEvents();
+   ASSERT_TRUE(waitForLayout(pView->getLayoutCount()));
    EXPECT_FALSE(pView->getBoxKeys().contains("shop::Coupon"));
    // A click on a box still selects its entity in the tree.
    Q_EMIT pView->entityClicked("shop::Product");

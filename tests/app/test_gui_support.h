@@ -4,6 +4,7 @@
 #include <QMap>
 #include <QString>
 #include <QTemporaryDir>
+#include <QTest>
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>
 #include <QVariant>
@@ -14,6 +15,7 @@
 
 #include "context/ctx_global.h"
 #include "context/ctx_project.h"
+#include "desktop/diagram_view.h"
 #include "desktop/main_window.h"
 #include "model/global_params.h"
 #include "model/plugin_params.h"
@@ -81,6 +83,13 @@ protected:
       }
       if (model::plugin_params::deleteByGuid(guid, scope.database()).isValid()) { return false; }
       return ! model::plugin_params::insert(lst, scope.database()).isValid();
+   }
+
+   // Waits until the diagram has been laid out more than iBefore times: it lays out a moment
+   // after a change, once it is in front.
+   bool waitForLayout(int iBefore) const
+   {
+      return QTest::qWaitFor([&] { return (m_pWnd->getDiagramView()->getLayoutCount() > iBefore); }, 10000);
    }
 
    // Items of the model tree of one kind (entity or enumeration), by key.

@@ -10,6 +10,7 @@
 #include <QPainter>
 #include <QSet>
 #include <QStyleOptionGraphicsItem>
+#include <QTimer>
 #include <QVBoxLayout>
 #include <QWheelEvent>
 #include <QtMath>
@@ -115,10 +116,15 @@ diagram_view::diagram_view(QWidget * parent) : QWidget(parent)
    pLayout->addWidget(m_viewGraph, 1);
    connect(m_pScene, & QGraphicsScene::selectionChanged, this, & diagram_view::doSceneSelectionChanged);
    connect(m_cboNamespace, & QComboBox::currentIndexChanged, this, & diagram_view::doCboNamespaceChanged);
+   m_tmLayout = new QTimer(this);
+   m_tmLayout->setSingleShot(true);
+   m_tmLayout->setInterval(150);
+   connect(m_tmLayout, & QTimer::timeout, this, [this]() { if (m_bShown && m_bDirty) { rebuild(); } });
 }
 
 diagram_view::~diagram_view()
 {
+   m_tmLayout->stop();
    disconnect(m_pScene, nullptr, this, nullptr);
    delete m_pScene;
    m_pScene = nullptr;
@@ -127,9 +133,20 @@ diagram_view::~diagram_view()
 void diagram_view::setProject(const model::project_ptr & pProject)
 {
    m_pProject = pProject;
-   fillNamespaces();
    m_bDirty = true;
-   if (isVisible()) { rebuild(); }
+   scheduleLayout();
+}
+
+void diagram_view::setShown(bool bShown)
+{
+   m_bShown = bShown;
+   if (m_bShown) { scheduleLayout(); }
+   else { m_tmLayout->stop(); }
+}
+
+void diagram_view::scheduleLayout()
+{
+   if (m_bShown && m_bDirty) { m_tmLayout->start(); }
 }
 
 void diagram_view::fillNamespaces()
@@ -158,14 +175,22 @@ void diagram_view::fillNamespaces()
 bool diagram_view::rebuild()
 {
    m_bDirty = false;
-   const QSignalBlocker block(m_pScene);
-   m_pScene->clear();
+   m_tmLayout->stop();
+   ++m_iLayouts;
+   fillNamespaces();
+   {
+      // Clearing drops the selection, which is no click; the view must still hear of the new
+      // scene rectangle below (its scroll range follows it).
+      const QSignalBlocker block(m_pScene);
+      m_pScene->clear();
+   }
    m_hBoxes.clear();
    m_graph = (m_pProject ? diagram::buildGraph(* m_pProject, m_cboNamespace->currentData().toString()) : diagram::graph());
    QString sError;
    if (! m_graph.boxes.isEmpty() && ! diagram::layout(m_graph, sError))
    {
       m_lblStatus->setText(tr("No diagram : %1").arg(sError));
+      Q_EMIT laidOut();
       return false;
    }
    for (const diagram::box & b : m_graph.boxes) { drawBox(b); }
@@ -173,6 +198,7 @@ bool diagram_view::rebuild()
    m_pScene->setSceneRect(m_graph.bounds.adjusted(-20, -20, 20, 20));
    m_lblStatus->setText(tr("%1 entities, %2 edges").arg(m_graph.boxes.size()).arg(m_graph.edges.size()));
    if (! m_sSelectedKey.isEmpty()) { selectEntity(m_sSelectedKey); }
+   Q_EMIT laidOut();
    return true;
 }
 
@@ -237,13 +263,7 @@ void diagram_view::doSceneSelectionChanged()
 void diagram_view::doCboNamespaceChanged()
 {
    m_bDirty = true;
-   if (isVisible()) { rebuild(); }
-}
-
-void diagram_view::showEvent(QShowEvent * event)
-{
-   QWidget::showEvent(event);
-   if (m_bDirty) { rebuild(); }
+   if (m_bShown) { rebuild(); }
 }
 
 void diagram_view::zoom(double dFactor)

@@ -11,13 +11,15 @@ class QComboBox;
 class QGraphicsItem;
 class QGraphicsScene;
 class QLabel;
+class QTimer;
 
 namespace desktop {
 
 // The Diagram view: the model's entities laid out by Graphviz and drawn in a QGraphicsScene,
 // zoomed with Ctrl + wheel or the +/- keys, panned by dragging, filtered by namespace. A click on
-// a box reports its entity; selectEntity() marks and centres a box. The layout is computed when
-// the view is shown, not while it is hidden.
+// a box reports its entity; selectEntity() marks and centres a box. The layout is computed only
+// while the view is in front (setShown), a short moment after the last change: edits made while
+// it is hidden or behind another tab cost no layout, and several edits in a row cost one.
 class diagram_view : public QWidget
 {
    Q_OBJECT
@@ -30,16 +32,24 @@ class diagram_view : public QWidget
    QGraphicsView * m_viewGraph = nullptr;
    QGraphicsScene * m_pScene = nullptr;
    QString m_sSelectedKey;
+   QTimer * m_tmLayout = nullptr;
    bool m_bDirty = false;
+   bool m_bShown = false;
    bool m_bSelecting = false;
+   int m_iLayouts = 0;
 
 public:
    explicit diagram_view(QWidget * parent = nullptr);
    // The scene goes first: clearing it announces a selection change this view must not receive.
    ~diagram_view() override;
 
-   // A new or changed model: the picture is made again (now when visible, else when shown).
+   // A new or changed model: the picture is made again once the view is in front.
    void setProject(const model::project_ptr & pProject);
+   // Whether the user sees the view (its dock open and its tab in front).
+   void setShown(bool bShown);
+   bool isShown() const { return m_bShown; }
+   // Layouts computed so far.
+   int getLayoutCount() const { return m_iLayouts; }
    // Lays the model out and draws it; false (with the reason shown in the view) when Graphviz fails.
    bool rebuild();
    // Marks the entity's box and centres it; false when it is not drawn.
@@ -54,9 +64,10 @@ public:
 
 Q_SIGNALS:
    void entityClicked(const QString & key);
+   // A layout was computed and drawn (or failed).
+   void laidOut();
 
 protected:
-   void showEvent(QShowEvent * event) override;
    bool eventFilter(QObject * watched, QEvent * event) override;
 
 private Q_SLOTS:
@@ -64,6 +75,8 @@ private Q_SLOTS:
    void doCboNamespaceChanged();
 
 private:
+   // Starts the layout timer when the picture is stale and seen.
+   void scheduleLayout();
    void fillNamespaces();
    void drawBox(const diagram::box & b);
    void drawEdge(const diagram::edge & e);

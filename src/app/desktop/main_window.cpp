@@ -1,6 +1,7 @@
 // The window itself: its actions, menus and tool bar, the layout of its parts, its title.
 
 #include "desktop/main_window.h"
+#include "desktop/diagram_view.h"
 
 #include <QAction>
 #include <QBoxLayout>
@@ -62,6 +63,8 @@ main_window::~main_window()
    if (m_pPlugin) { QObject::disconnect(m_pPlugin, nullptr, this, nullptr); }
    // The undo stack is deleted with the widgets, after this window's own part is gone.
    if (m_pUndo) { QObject::disconnect(m_pUndo, nullptr, this, nullptr); }
+   // Docks hidden while the window goes tell the diagram nothing any more.
+   if (m_dockDiagram) { QObject::disconnect(m_dockDiagram, nullptr, m_viewDiagram, nullptr); }
 }
 
 void main_window::createActions()

@@ -7,6 +7,7 @@
 
 #include "plugin_finder.h"
 #include "model/model_fwd.h"
+#include "model/schema_check.h"
 #include "gui/plugin/export_interface.h"
 #include "gui/view/main_wnd.h"
 #include "zy/ZyBool.h"
@@ -33,6 +34,7 @@ class diagram_view;
 class export_preview_dialog;
 class help_opener;
 class script_debugger;
+template <typename T> struct item_kind;
 
 // The desktop host's main window: the model tree with a small editor for the selected item,
 // the plug-in's preview docked beside it, the message area, and the commands of the plug-in.
@@ -64,8 +66,10 @@ private:
    bool m_bEditsApplied = false;   // since it was opened
    QUndoStack * m_pUndo = nullptr;
    QStringList m_lstSchemaProblems;   // listed after the last edit
+   model::schema_check m_checkSchema;   // re-checks only the items an edit replaced
    QStringList m_lstTreeKeys;   // the items the model tree shows, in order
    bool m_bSwitching = false;   // the selection is changing: an edit leaves it alone
+   bool m_bQuietSelection = false;   // an edit shows its place: it tells the plug-ins itself
    QLineEdit * m_txtFilter = nullptr;
 
    QTreeWidget * m_treeModel = nullptr;
@@ -212,12 +216,17 @@ private:
    void createEditActions();
    void createEditMenu();
    void createUndoDock();
+   // Creates (null item) or edits an entity or enumeration in its editor: texts of the undo step
+   // for a new item, an edited one and a renamed one.
+   template <typename Dialog, typename T>
+   bool editItem(const std::shared_ptr<T> & pItem, const item_kind<T> & kind, const QStringList & lstTexts);
    // Pushes one edit: the model becomes state "after" and the window shows "place".
    void pushEdit(const QString & sText, const model_state & after, const model_place & place);
-   void applyState(const model_state & state, const model_place & place);
+   // Applies an edit's change (forward: redo) and shows it.
+   void applyChange(const model_change & change, bool bForward, const model_place & place);
    // Selects the place of an edit and tells the plug-ins it changed.
    void showPlace(const model_place & place);
-   // Lists the model's cross-item problems (checkSchema) in the message area.
+   // Lists the model's schema problems (the checkSchema list, from m_checkSchema) in the message area.
    void listSchemaProblems();
    // Before anything drops unsaved edits: Save, Discard or Cancel; false to stay.
    bool confirmDiscard();
@@ -240,8 +249,8 @@ private:
    void emitSelection();
    // The keys the tree would show for the project: entities, then enumerations.
    QStringList treeKeys() const;
-   // The tree's items keep their places: only the tool tips follow the model.
-   void refreshTreeItems();
+   // The tree's items keep their places: the tool tips of the given items follow the model.
+   void refreshTreeItems(const QList<const void *> & lstChanged);
 
    // The edit panel of the selected entity or enumeration.
    QGroupBox * createDetailsPanel();

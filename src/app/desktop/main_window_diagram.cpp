@@ -21,6 +21,8 @@ void main_window::createDiagramDock()
       tabifyDockWidget(m_dockPreview, m_dockDiagram);
       m_dockPreview->raise();
    }
+   // Laid out only while its tab is in front: a dock behind another tab still counts as visible.
+   connect(m_dockDiagram, & QDockWidget::visibilityChanged, m_viewDiagram, & diagram_view::setShown);
    // A click on a box selects its entity in the tree, which centres the box again.
    connect(m_viewDiagram, & diagram_view::entityClicked, this, [this](const QString & key) { selectItem(key); });
    if (m_dockPreview) { m_mnuView->addAction(m_dockPreview->toggleViewAction()); }

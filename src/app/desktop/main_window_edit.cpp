@@ -150,16 +150,19 @@ void main_window::pushEdit(const QString & sText, const model_state & after, con
    else if (m_pEnumeration) { before.key = m_pEnumeration->getKey(); }
    if (model::property_ptr p = getSelectedProperty()) { before.property = p->getName(); }
    m_pUndo->push(new model_command(sText, model_edit::stateOf(* m_pProject), after, before, place,
-                                   [this](const model_state & s, const model_place & where) { applyState(s, where); }));
+                                   [this](const model_change & change, bool bForward, const model_place & where) { applyChange(change, bForward, where); }));
 }
 
-void main_window::applyState(const model_state & state, const model_place & place)
+void main_window::applyChange(const model_change & change, bool bForward, const model_place & place)
 {
+   model_state state = model_edit::stateOf(* m_pProject);
+   change.apply(state, bForward);
    model_edit::restore(* m_pProject, state);
    m_bEditsApplied = true;
-   // Most edits keep every key: the tree stays as it is (a 5,000-entity tree is not rebuilt).
+   // Most edits keep every key: the tree stays as it is (a 5,000-entity tree is not rebuilt)
+   // and only the items the change put in are shown again.
    const bool bSameItems = (treeKeys() == m_lstTreeKeys);
-   if (bSameItems) { refreshTreeItems(); }
+   if (bSameItems) { refreshTreeItems(change.itemsPut(bForward)); }
    else { fillModelTree(); }
    if (! m_bSwitching) { showPlace(place); }
    if (m_viewDiagram) { m_viewDiagram->setProject(m_pProject); }
@@ -171,22 +174,31 @@ void main_window::applyState(const model_state & state, const model_place & plac
 void main_window::showPlace(const model_place & place)
 {
    QTreeWidgetItem * pCurrent = m_treeModel->currentItem();
-   const bool bAtPlace = (pCurrent && (pCurrent->data(0, k_roleKey).toString() == place.key));
+   const QString sKeyBefore = (pCurrent ? pCurrent->data(0, k_roleKey).toString() : QString());
+   const bool bAtPlace = (pCurrent && (sKeyBefore == place.key));
    m_pEntity.reset();
    m_pEnumeration.reset();
+   // The plug-ins hear of the edit once below: each signal makes a preview again.
+   const bool bQuiet = m_bQuietSelection;
+   m_bQuietSelection = true;
    if (bAtPlace || place.key.isEmpty() || ! selectItem(place.key)) { doTreeCurrentItemChanged(m_treeModel->currentItem()); }
+   m_bQuietSelection = bQuiet;
    for (int i = 0; ! place.property.isEmpty() && (i < m_treeItemDetails->topLevelItemCount()); ++i)
    {
       if (m_treeItemDetails->topLevelItem(i)->text(0) == place.property) { m_treeItemDetails->setCurrentItem(m_treeItemDetails->topLevelItem(i)); }
    }
-   if (m_pEntity) { Q_EMIT onUpdateEntity(m_pEntity); }
+   pCurrent = m_treeModel->currentItem();
+   const bool bSameItem = (pCurrent && (pCurrent->data(0, k_roleKey).toString() == sKeyBefore));
+   if (! bSameItem) { emitSelection(); }
+   else if (m_pEntity) { Q_EMIT onUpdateEntity(m_pEntity); }
    else if (m_pEnumeration) { Q_EMIT onUpdateEnumeration(m_pEnumeration); }
+   else { emitSelection(); }
 }
 
 void main_window::listSchemaProblems()
 {
    QStringList lst;
-   for (const auto & e : m_pProject->checkSchema()) { lst.append(e.getMessage()); }
+   for (const auto & e : m_checkSchema.run(* m_pProject)) { lst.append(e.getMessage()); }
    if (lst == m_lstSchemaProblems) { return; }
    for (const QString & s : std::as_const(lst))
    {

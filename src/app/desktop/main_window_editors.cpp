@@ -14,6 +14,18 @@
 
 namespace desktop {
 
+// How the editors of entities and enumerations differ: where the items are, how one is copied,
+// numbered and followed by its references, and the name a new one starts from.
+template <typename T>
+struct item_kind
+{
+   QList<std::shared_ptr<T> > model_state::* pList;
+   std::shared_ptr<T> (* fnClone)(const T &);
+   long (* fnNextId)(const model_state &);
+   void (* fnRenameReferences)(model_state &, const QString &, const QString &);
+   const char * szBaseName;
+};
+
 namespace {
 
 template <typename T>
@@ -24,65 +36,53 @@ QStringList namesOf(const T & lst)
    return lstNames;
 }
 
+const item_kind<model::entity> k_entityKind { & model_state::entities, & model_edit::cloneEntity, & model_edit::nextEntityId,
+                                              & model_edit::renameEntityReferences, "Entity" };
+const item_kind<model::enumeration> k_enumerationKind { & model_state::enumerations, & model_edit::cloneEnumeration, & model_edit::nextEnumerationId,
+                                                        & model_edit::renameEnumerationReferences, "Enumeration" };
+
 } // namespace
 
-bool main_window::editEntity(const model::entity_ptr & pEntity)
+template <typename Dialog, typename T>
+bool main_window::editItem(const std::shared_ptr<T> & pItem, const item_kind<T> & kind, const QStringList & lstTexts)
 {
    if (! m_pProject) { return false; }
    model_state after = model_edit::stateOf(* m_pProject);
-   model::entity_ptr pCopy;
-   if (pEntity) { pCopy = model_edit::cloneEntity(* pEntity); }
+   QList<std::shared_ptr<T> > & lst = (after.* kind.pList);
+   std::shared_ptr<T> pCopy;
+   if (pItem) { pCopy = kind.fnClone(* pItem); }
    else
    {
-      pCopy = std::make_shared<model::entity>();
-      pCopy->setId(model_edit::nextEntityId(after));
+      pCopy = std::make_shared<T>();
+      pCopy->setId(kind.fnNextId(after));
       pCopy->setNamespace(currentNamespace());
-      pCopy->setName(model_edit::freeName(namesOf(after.entities), "Entity"));
+      pCopy->setName(model_edit::freeName(namesOf(lst), kind.szBaseName));
    }
-   const QString sOldKey = (pEntity ? pEntity->getKey() : QString());
-   entity_dialog dlg(* pCopy, after, sOldKey, this);
+   const QString sOldKey = (pItem ? pItem->getKey() : QString());
+   Dialog dlg(* pCopy, after, sOldKey, this);
    if (dlg.exec() != QDialog::Accepted) { return false; }
    dlg.applyTo(* pCopy);
-   if (! pEntity) { after.entities.append(pCopy); }
+   if (! pItem) { lst.append(pCopy); }
    else
    {
-      after.entities.replace(after.entities.indexOf(pEntity), pCopy);
-      // A rename or a move takes the parents and relation targets naming the entity along.
-      if (sOldKey != pCopy->getKey()) { model_edit::renameEntityReferences(after, sOldKey, pCopy->getKey()); }
+      lst.replace(lst.indexOf(pItem), pCopy);
+      // A rename or a move takes the items naming it along (parents, relation targets, types).
+      if (sOldKey != pCopy->getKey()) { kind.fnRenameReferences(after, sOldKey, pCopy->getKey()); }
    }
-   QString sText = (! pEntity ? tr("New entity %1").arg(pCopy->getKey()) : tr("Edit entity %1").arg(sOldKey));
-   if (pEntity && (sOldKey != pCopy->getKey())) { sText = tr("Rename entity %1 to %2").arg(sOldKey, pCopy->getKey()); }
+   QString sText = (! pItem ? lstTexts.at(0).arg(pCopy->getKey()) : lstTexts.at(1).arg(sOldKey));
+   if (pItem && (sOldKey != pCopy->getKey())) { sText = lstTexts.at(2).arg(sOldKey, pCopy->getKey()); }
    pushEdit(sText, after, model_place { pCopy->getKey(), QString() });
    return true;
 }
 
+bool main_window::editEntity(const model::entity_ptr & pEntity)
+{
+   return editItem<entity_dialog>(pEntity, k_entityKind, { tr("New entity %1"), tr("Edit entity %1"), tr("Rename entity %1 to %2") });
+}
+
 bool main_window::editEnumeration(const model::enumeration_ptr & pEnumeration)
 {
-   if (! m_pProject) { return false; }
-   model_state after = model_edit::stateOf(* m_pProject);
-   model::enumeration_ptr pCopy;
-   if (pEnumeration) { pCopy = model_edit::cloneEnumeration(* pEnumeration); }
-   else
-   {
-      pCopy = std::make_shared<model::enumeration>();
-      pCopy->setId(model_edit::nextEnumerationId(after));
-      pCopy->setNamespace(currentNamespace());
-      pCopy->setName(model_edit::freeName(namesOf(after.enumerations), "Enumeration"));
-   }
-   const QString sOldKey = (pEnumeration ? pEnumeration->getKey() : QString());
-   enumeration_dialog dlg(* pCopy, after, sOldKey, this);
-   if (dlg.exec() != QDialog::Accepted) { return false; }
-   dlg.applyTo(* pCopy);
-   if (! pEnumeration) { after.enumerations.append(pCopy); }
-   else
-   {
-      after.enumerations.replace(after.enumerations.indexOf(pEnumeration), pCopy);
-      if (sOldKey != pCopy->getKey()) { model_edit::renameEnumerationReferences(after, sOldKey, pCopy->getKey()); }
-   }
-   QString sText = (! pEnumeration ? tr("New enumeration %1").arg(pCopy->getKey()) : tr("Edit enumeration %1").arg(sOldKey));
-   if (pEnumeration && (sOldKey != pCopy->getKey())) { sText = tr("Rename enumeration %1 to %2").arg(sOldKey, pCopy->getKey()); }
-   pushEdit(sText, after, model_place { pCopy->getKey(), QString() });
-   return true;
+   return editItem<enumeration_dialog>(pEnumeration, k_enumerationKind, { tr("New enumeration %1"), tr("Edit enumeration %1"), tr("Rename enumeration %1 to %2") });
 }
 
 bool main_window::editProperty(const model::entity_ptr & pEntity, const model::property_ptr & pProperty)

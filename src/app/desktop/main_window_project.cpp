@@ -29,6 +29,7 @@ zy::ZyBool main_window::openProject(const QString & path)
    m_bEditsApplied = false;
    m_pUndo->clear();
    m_lstSchemaProblems.clear();
+   m_checkSchema.clear();
    m_pEntity.reset();
    m_pEnumeration.reset();
 
@@ -48,7 +49,7 @@ zy::ZyBool main_window::openProject(const QString & path)
    addMessage(tr("Project '%1' opened : %2 entities, %3 enumerations (%4)")
                  .arg(m_pProject->getName()).arg(m_pProject->getListOfAllEntities()->size())
                  .arg(m_pProject->getListOfAllEnums()->size()).arg(QDir::toNativeSeparators(context::ctx_project::getProjectFile())), 1);
-   for (const auto & e : m_pProject->checkSchema())
+   for (const auto & e : m_checkSchema.run(* m_pProject))
    {
       addMessage(tr("Schema error : %1").arg(e.getMessage()), 3);
       m_lstSchemaProblems.append(e.getMessage());

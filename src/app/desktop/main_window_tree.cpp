@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSet>
 #include <QStyle>
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>
@@ -152,22 +153,26 @@ QStringList main_window::treeKeys() const
    return lst;
 }
 
-void main_window::refreshTreeItems()
+void main_window::refreshTreeItems(const QList<const void *> & lstChanged)
 {
    const model::list_of_entity & lstEntities = * m_pProject->getListOfAllEntities();
    const model::list_of_enumeration & lstEnums = * m_pProject->getListOfAllEnums();
+   const QSet<const void *> setChanged(lstChanged.cbegin(), lstChanged.cend());
    for (QTreeWidgetItemIterator itr(m_treeModel); * itr; ++itr)
    {
       const int kind = (* itr)->data(0, k_roleKind).toInt();
       const int i = (* itr)->data(0, k_roleIndex).toInt();
-      if (kind == item_entity) { (* itr)->setToolTip(0, itemToolTip(lstEntities.at(i)->getKey(), lstEntities.at(i)->getDescription())); }
-      else if (kind == item_enumeration) { (* itr)->setToolTip(0, itemToolTip(lstEnums.at(i)->getKey(), lstEnums.at(i)->getDescription())); }
+      if ((kind == item_entity) && setChanged.contains(lstEntities.at(i).get()))
+      { (* itr)->setToolTip(0, itemToolTip(lstEntities.at(i)->getKey(), lstEntities.at(i)->getDescription())); }
+      else if ((kind == item_enumeration) && setChanged.contains(lstEnums.at(i).get()))
+      { (* itr)->setToolTip(0, itemToolTip(lstEnums.at(i)->getKey(), lstEnums.at(i)->getDescription())); }
    }
    if (m_txtFilter && ! m_txtFilter->text().isEmpty()) { doFilterChanged(m_txtFilter->text()); }
 }
 
 void main_window::emitSelection()
 {
+   if (m_bQuietSelection) { return; }
    if (m_pEntity) { Q_EMIT onSelectEntity(m_pEntity); }
    else if (m_pEnumeration) { Q_EMIT onSelectEnumeration(m_pEnumeration); }
    else

@@ -1,4 +1,4 @@
-// Copy-on-write edits of the model and the undo command that swaps whole states.
+// Copy-on-write edits of the model and the undo command that puts back the items an edit replaced.
 
 #include "desktop/model_edit.h"
 
@@ -143,15 +143,85 @@ qsizetype indexOfEnumeration(const model_state & s, const QString & sKey)
 
 } // namespace model_edit
 
+namespace {
+
+// The runs of items that differ between two lists: items compare by identity, as an edit puts
+// new items in place of the ones it changes.
+template <typename T>
+QList<model_change::piece<T> > piecesBetween(const QList<T> & a, const QList<T> & b)
+{
+   QList<model_change::piece<T> > lst;
+   const qsizetype n = qMin(a.size(), b.size());
+   qsizetype iHead = 0;
+   while ((iHead < n) && (a.at(iHead) == b.at(iHead))) { ++iHead; }
+   qsizetype iTail = 0;
+   while ((iTail < n - iHead) && (a.at(a.size() - 1 - iTail) == b.at(b.size() - 1 - iTail))) { ++iTail; }
+   if (a.size() != b.size())
+   {
+      lst.append({ iHead, a.mid(iHead, a.size() - iHead - iTail), b.mid(iHead, b.size() - iHead - iTail) });
+      return lst;
+   }
+   // Same length: each run of replaced items on its own (a rename touches a few items far apart).
+   for (qsizetype i = iHead; i < a.size() - iTail; ++i)
+   {
+      if (a.at(i) == b.at(i)) { continue; }
+      if (! lst.isEmpty() && (lst.last().at + lst.last().before.size() == i)) { lst.last().before.append(a.at(i)); lst.last().after.append(b.at(i)); }
+      else { lst.append({ i, QList<T> { a.at(i) }, QList<T> { b.at(i) } }); }
+   }
+   return lst;
+}
+
+template <typename T>
+void applyPieces(QList<T> & lst, const QList<model_change::piece<T> > & pieces, bool bForward)
+{
+   for (qsizetype k = 0; k < pieces.size(); ++k)
+   {
+      const model_change::piece<T> & x = pieces.at(bForward ? k : (pieces.size() - 1 - k));
+      lst.remove(x.at, (bForward ? x.before : x.after).size());
+      const QList<T> & lstPut = (bForward ? x.after : x.before);
+      for (qsizetype i = 0; i < lstPut.size(); ++i) { lst.insert(x.at + i, lstPut.at(i)); }
+   }
+}
+
+template <typename T>
+void addPut(QList<const void *> & lst, const QList<model_change::piece<T> > & pieces, bool bForward)
+{
+   for (const model_change::piece<T> & x : pieces)
+   {
+      for (const T & p : (bForward ? x.after : x.before)) { lst.append(p.get()); }
+   }
+}
+
+} // namespace
+
+model_change model_change::between(const model_state & before, const model_state & after)
+{
+   return model_change { piecesBetween(before.entities, after.entities), piecesBetween(before.enumerations, after.enumerations) };
+}
+
+void model_change::apply(model_state & s, bool bForward) const
+{
+   applyPieces(s.entities, entities, bForward);
+   applyPieces(s.enumerations, enumerations, bForward);
+}
+
+QList<const void *> model_change::itemsPut(bool bForward) const
+{
+   QList<const void *> lst;
+   addPut(lst, entities, bForward);
+   addPut(lst, enumerations, bForward);
+   return lst;
+}
+
 model_command::model_command(const QString & sText, const model_state & before, const model_state & after,
                              const model_place & placeBefore, const model_place & placeAfter, const applier & fnApply)
-   : QUndoCommand(sText), m_before(before), m_after(after), m_placeBefore(placeBefore), m_placeAfter(placeAfter), m_fnApply(fnApply)
+   : QUndoCommand(sText), m_change(model_change::between(before, after)), m_placeBefore(placeBefore), m_placeAfter(placeAfter), m_fnApply(fnApply)
 {
    ;
 }
 
-void model_command::undo() { m_fnApply(m_before, m_placeBefore); }
+void model_command::undo() { m_fnApply(m_change, false, m_placeBefore); }
 
-void model_command::redo() { m_fnApply(m_after, m_placeAfter); }
+void model_command::redo() { m_fnApply(m_change, true, m_placeAfter); }
 
 } // namespace desktop

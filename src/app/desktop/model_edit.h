@@ -12,11 +12,31 @@ namespace desktop {
 
 // The model's item lists at one moment. Items in a state are never changed in place: an edit
 // clones the items it touches, so two states share every item the edit left alone and an undo
-// only puts the older lists back.
+// only puts the older items back (model_change).
 struct model_state
 {
    model::list_of_entity entities;
    model::list_of_enumeration enumerations;
+};
+
+// What an edit changed in the item lists: each run of items it replaced, with the items before
+// and after. An undo step keeps this, not the whole lists of a large model.
+struct model_change
+{
+   template <typename T> struct piece
+   {
+      qsizetype at = 0;
+      QList<T> before;
+      QList<T> after;
+   };
+   QList<piece<model::entity_ptr> > entities;
+   QList<piece<model::enumeration_ptr> > enumerations;
+
+   static model_change between(const model_state & before, const model_state & after);
+   // Turns a state like "before" into one like "after" (forward), or back.
+   void apply(model_state & s, bool bForward) const;
+   // The entities and enumerations the change put in when applied that way.
+   QList<const void *> itemsPut(bool bForward) const;
 };
 
 // Where the window shows an edit: the key of the entity or enumeration, and a property name.
@@ -54,16 +74,15 @@ qsizetype indexOfEnumeration(const model_state & s, const QString & sKey);
 
 } // namespace model_edit
 
-// One edit of the model for the undo stack: the states before and after, and the place each
-// shows. The window applies a state through the given function.
+// One edit of the model for the undo stack: what it changed, and the place each side shows.
+// The window applies the change (forward for redo) through the given function.
 class model_command : public QUndoCommand
 {
 public:
-   typedef std::function<void(const model_state &, const model_place &)> applier;
+   typedef std::function<void(const model_change &, bool, const model_place &)> applier;
 
 private:
-   model_state m_before;
-   model_state m_after;
+   model_change m_change;
    model_place m_placeBefore;
    model_place m_placeAfter;
    applier m_fnApply;

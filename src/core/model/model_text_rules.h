@@ -9,6 +9,8 @@
 namespace model {
 
 class project;
+class entity;
+class enumeration;
 
 // Rules for model text that exports paste into generated code as it is: such text must never be
 // able to end the string literal, comment, number or body it is written in. Each rule returns
@@ -63,6 +65,11 @@ public:
    // bWithNumberForms also limits and enumeration values that are not numbers or constant
    // expressions (what the schema check adds to the import's rules).
    static QList<problem> projectProblems(const project & p, bool bWithNumberForms);
+   // The parts of projectProblems, which lists them in this order: the project's own texts,
+   // then each entity, then each enumeration (i: its index in the project's list).
+   static QList<problem> projectTextProblems(const project & p);
+   static QList<problem> entityProblems(const entity & e, qsizetype i, bool bWithNumberForms);
+   static QList<problem> enumerationProblems(const enumeration & e, qsizetype i, bool bWithNumberForms);
    // The same as invalid values, each message naming the item and the field.
    static zy::ZyInvalidValueX checkProject(const project & p, bool bWithNumberForms);
    // The break-out problems of checkProject, one message a line (at most 100 and a count of

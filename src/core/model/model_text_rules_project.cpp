@@ -168,6 +168,27 @@ public:
 
 } // namespace
 
+list_of_problem model_text_rules::projectTextProblems(const project & p)
+{
+   list_of_problem lst;
+   project_walker(lst, false).meta(p, item_ref());
+   return lst;
+}
+
+list_of_problem model_text_rules::entityProblems(const entity & e, qsizetype i, bool bWithNumberForms)
+{
+   list_of_problem lst;
+   project_walker(lst, bWithNumberForms).entity(e, i);
+   return lst;
+}
+
+list_of_problem model_text_rules::enumerationProblems(const enumeration & e, qsizetype i, bool bWithNumberForms)
+{
+   list_of_problem lst;
+   project_walker(lst, bWithNumberForms).enumeration(e, i);
+   return lst;
+}
+
 list_of_problem model_text_rules::projectProblems(const project & p, bool bWithNumberForms)
 {
    list_of_problem lst;

@@ -1,17 +1,13 @@
 #include "model/project.h"
 
-#include <QSet>
-
-#include <functional>
-
 #include "model/entity.h"
 #include "model/enumeration.h"
 #include "model/model_integrity.h"
-#include "model/model_names.h"
 #include "model/model_text_rules.h"
 #include "model/property.h"
 #include "model/property_type.h"
 #include "model/relationship.h"
+#include "model/schema_items.h"
 
 namespace model {
 
@@ -64,183 +60,6 @@ const QHash<QString, qsizetype> & hashByKey(const project::lookup_index & idx) {
 
 template <typename Ptr> bool matchId(const Ptr & p, const long & id) { return (p->getId() == id); }
 template <typename Ptr> bool matchKey(const Ptr & p, const QString & key) { return (p->getKey() == key); }
-
-QString entityLabel(const entity_ptr & p, qsizetype i)
-{
-   const QString sKey = p->getKey();
-   return (p->getName().isEmpty() ? QString("Entity #%1").arg(i + 1) : QString("Entity '%1'").arg(sKey));
-}
-
-QString enumerationLabel(const enumeration_ptr & p, qsizetype i)
-{
-   return (p->getName().isEmpty() ? QString("Enumeration #%1").arg(i + 1) : QString("Enumeration '%1'").arg(p->getKey()));
-}
-
-QString entityPath(qsizetype i) { return QString("entities[%1]").arg(i); }
-QString propertyPath(qsizetype i, qsizetype j) { return QString("entities[%1].properties[%2]").arg(i).arg(j); }
-QString enumerationPath(qsizetype i) { return QString("enumerations[%1]").arg(i); }
-
-void checkName(zy::ZyInvalidValueX & lst, const QString & sLabel, const QString & sName, const QString & sPath)
-{
-   if (sName.isEmpty()) { lst.append(zy::ZyInvalidValue(sLabel + " has no name", sPath)); return; }
-   if (! model_names::isCppIdentifier(sName))
-   { lst.append(zy::ZyInvalidValue(QString("%1 : name '%2' %3").arg(sLabel, sName, model_names::identifierProblem(sName)), sPath)); }
-}
-
-void checkNamespace(zy::ZyInvalidValueX & lst, const QString & sLabel, const QString & sNamespace, const QString & sPath)
-{
-   const QString sProblem = model_names::namespaceProblem(sNamespace);
-   if (! sProblem.isEmpty())
-   { lst.append(zy::ZyInvalidValue(QString("%1 : namespace '%2' %3").arg(sLabel, sNamespace, sProblem), sPath)); }
-}
-
-void checkOptionalIdentifier(zy::ZyInvalidValueX & lst, const QString & sLabel, const QString & sWhat, const QString & sValue, const QString & sPath)
-{
-   if (sValue.isEmpty() || model_names::isCppIdentifier(sValue)) { return; }
-   lst.append(zy::ZyInvalidValue(QString("%1 : %2 '%3' %4").arg(sLabel, sWhat, sValue, model_names::identifierProblem(sValue)), sPath));
-}
-
-// Formatted on first use: nearly every property is valid, and formatting labels and paths that
-// no message needs would be most of the schema check on large models.
-class lazy_text
-{
-   std::function<QString()> m_fctMake;
-   QString m_sText;
-   bool m_bMade = false;
-
-public:
-   explicit lazy_text(std::function<QString()> fctMake) : m_fctMake(std::move(fctMake)) { ; }
-   const QString & operator()()
-   {
-      if (! m_bMade) { m_sText = m_fctMake(); m_bMade = true; }
-      return m_sText;
-   }
-};
-
-void checkProperty(zy::ZyInvalidValueX & lst, const QString & sEntityLabel, const property_ptr & p, qsizetype j, lazy_text & sPath,
-                   const QHash<QString, qsizetype> & hashEntities, const QHash<QString, qsizetype> & hashEnums)
-{
-   const QString sName = p->getName();
-   lazy_text sLabel([&] { return (sName.isEmpty() ? QString("%1 : property #%2").arg(sEntityLabel).arg(j + 1)
-                                                  : QString("%1 : property '%2'").arg(sEntityLabel, sName)); });
-   if (sName.isEmpty()) { lst.append(zy::ZyInvalidValue(sLabel() + " has no name", sPath())); }
-   else if (! model_names::isCppIdentifier(sName))
-   { lst.append(zy::ZyInvalidValue(QString("%1 : name %2").arg(sLabel(), model_names::identifierProblem(sName)), sPath())); }
-
-   property_type_ptr pType = p->getType();
-   const bool bHasTypeText = (pType && ! pType->getPrimitiveType().isEmpty());
-   const QString sEnumKey = p->getEnumerationKey();
-   const bool bEnumKnown = (! sEnumKey.isEmpty() && hashEnums.contains(sEnumKey));
-   if (! p->hasRelationship() && ! bHasTypeText && sEnumKey.isEmpty()) { lst.append(zy::ZyInvalidValue(sLabel() + " has no type", sPath())); }
-   if (! sEnumKey.isEmpty() && ! bEnumKnown)
-   { lst.append(zy::ZyInvalidValue(QString("%1 refers to enumeration '%2' which does not exist").arg(sLabel(), sEnumKey), sPath())); }
-
-   if (pType)
-   {
-      const int iDecoration = pType->getDecoration();
-      if ((iDecoration < property_type::decoration_none) || (iDecoration > property_type::decoration_optional))
-      { lst.append(zy::ZyInvalidValue(QString("%1 has an invalid decoration code %2").arg(sLabel()).arg(iDecoration), sPath())); }
-      const int iCollection = pType->getCollection();
-      if ((iCollection < property_type::collection_none) || (iCollection > property_type::collection_std_vector))
-      { lst.append(zy::ZyInvalidValue(QString("%1 has an invalid collection code %2").arg(sLabel()).arg(iCollection), sPath())); }
-   }
-
-   const int iAccess = p->getAccessibility();
-   if ((iAccess < property::access_public) || (iAccess > property::access_private))
-   { lst.append(zy::ZyInvalidValue(QString("%1 has an invalid accessibility code %2").arg(sLabel()).arg(iAccess), sPath())); }
-
-   relationship_ptr pRelation = p->getRelation();
-   if (! pRelation) { return; }
-   const int iKind = pRelation->getType();
-   if ((iKind < relationship::one_to_one) || (iKind > relationship::many_to_many))
-   { lst.append(zy::ZyInvalidValue(QString("%1 has an invalid relation kind %2").arg(sLabel()).arg(iKind), sPath())); }
-   const QString sTarget = pRelation->getTargetKey();
-   if (sTarget.isEmpty()) { lst.append(zy::ZyInvalidValue(sLabel() + " has a relation without target", sPath())); }
-   else if (! hashEntities.contains(sTarget))
-   { lst.append(zy::ZyInvalidValue(QString("%1 has relation target '%2' which does not exist").arg(sLabel(), sTarget), sPath())); }
-}
-
-
-// First index of every key, in document order.
-template <typename List>
-QHash<QString, qsizetype> firstIndexOfKeys(const List & lst)
-{
-   QHash<QString, qsizetype> hash;
-   hash.reserve(lst.size());
-   for (qsizetype i = 0; i < lst.size(); ++i)
-   {
-      if (lst.at(i) && ! hash.contains(lst.at(i)->getKey())) { hash.insert(lst.at(i)->getKey(), i); }
-   }
-   return hash;
-}
-
-// What entities and enumerations share: a name, a namespace and a key given once.
-template <typename Ptr>
-void checkKeyedItem(zy::ZyInvalidValueX & lst, const QString & sLabel, const Ptr & p, qsizetype i, const QString & sPath,
-                    const QHash<QString, qsizetype> & hashKeys, const char * szKind)
-{
-   checkName(lst, sLabel, p->getName(), sPath);
-   checkNamespace(lst, sLabel, p->getNamespace(), sPath);
-   const qsizetype iFirst = hashKeys.value(p->getKey(), i);
-   if (iFirst != i)
-   { lst.append(zy::ZyInvalidValue((QString("%1 is defined more than once (first as ") + szKind + " #%2)").arg(sLabel).arg(iFirst + 1), sPath)); }
-}
-
-void checkEntity(zy::ZyInvalidValueX & lst, const entity_ptr & pEntity, qsizetype i,
-                 const QHash<QString, qsizetype> & hashEntities, const QHash<QString, qsizetype> & hashEnums)
-{
-   const QString sLabel = entityLabel(pEntity, i);
-   const QString sPath = entityPath(i);
-   checkKeyedItem(lst, sLabel, pEntity, i, sPath, hashEntities, "entity");
-
-   const QString sParentKey = pEntity->getParentKey();
-   if (! sParentKey.isEmpty() && ! hashEntities.contains(sParentKey))
-   { lst.append(zy::ZyInvalidValue(QString("%1 : parent '%2' does not exist").arg(sLabel, sParentKey), sPath)); }
-   checkOptionalIdentifier(lst, sLabel, "validator method", pEntity->getValidatorMethod(), sPath);
-
-   QStringList lstPrimaryKeys;
-   QSet<QString> setNames;
-   const list_of_property & lstProperties = pEntity->getOwnProperties();
-   for (qsizetype j = 0; j < lstProperties.size(); ++j)
-   {
-      const property_ptr & pProperty = lstProperties.at(j);
-      if (! pProperty) { continue; }
-      lazy_text sPropertyPath([i, j] { return propertyPath(i, j); });
-      checkProperty(lst, sLabel, pProperty, j, sPropertyPath, hashEntities, hashEnums);
-      const QString sName = pProperty->getName();
-      if (! sName.isEmpty())
-      {
-         if (setNames.contains(sName))
-         { lst.append(zy::ZyInvalidValue(QString("%1 : property '%2' is defined more than once").arg(sLabel, sName), sPropertyPath())); }
-         setNames.insert(sName);
-      }
-      if (pProperty->isPrimaryKey()) { lstPrimaryKeys.append("'" + sName + "'"); }
-   }
-   if (lstPrimaryKeys.size() > 1)
-   { lst.append(zy::ZyInvalidValue(QString("%1 has more than one primary key (%2)").arg(sLabel, lstPrimaryKeys.join(", ")), sPath)); }
-}
-
-void checkEnumeration(zy::ZyInvalidValueX & lst, const enumeration_ptr & pEnum, qsizetype i,
-                      const QHash<QString, qsizetype> & hashEntities, const QHash<QString, qsizetype> & hashEnums)
-{
-   const QString sLabel = enumerationLabel(pEnum, i);
-   const QString sPath = enumerationPath(i);
-   checkKeyedItem(lst, sLabel, pEnum, i, sPath, hashEnums, "enumeration");
-   if (! pEnum->getName().isEmpty() && hashEntities.contains(pEnum->getKey()))
-   { lst.append(zy::ZyInvalidValue(QString("%1 has the same key as entity #%2").arg(sLabel).arg(hashEntities.value(pEnum->getKey()) + 1), sPath)); }
-   checkOptionalIdentifier(lst, sLabel, "enum name", pEnum->getEnumName(), sPath);
-
-   qsizetype iValue = 0;
-   for (const auto & keyValue : pEnum->getAllKeyValue())
-   {
-      const QString & sKey = keyValue.first;
-      const QString sValuePath = QString("%1.values[%2]").arg(sPath).arg(iValue);
-      if (sKey.isEmpty()) { lst.append(zy::ZyInvalidValue(QString("%1 : value #%2 has no key").arg(sLabel).arg(iValue + 1), sValuePath)); }
-      else if (! model_names::isCppIdentifier(sKey))
-      { lst.append(zy::ZyInvalidValue(QString("%1 : value key '%2' %3").arg(sLabel, sKey, model_names::identifierProblem(sKey)), sValuePath)); }
-      ++iValue;
-   }
-}
 
 } // namespace
 
@@ -344,10 +163,8 @@ zy::ZyInvalidValueX project::checkSchema() const
    const list_of_entity & lstEntities = (* m_pEntities);
    const list_of_enumeration & lstEnums = (* m_pEnumerations);
 
-   if (m_sName.isEmpty()) { lstResult.append(zy::ZyInvalidValue("Project has no name", "name")); }
-   else if (! model_names::isCppIdentifier(m_sName))
-   { lstResult.append(zy::ZyInvalidValue(QString("Project name '%1' %2").arg(m_sName, model_names::identifierProblem(m_sName)), "name")); }
-
+   using namespace schema_items;
+   checkProjectName(lstResult, m_sName);
    const QHash<QString, qsizetype> hashEntities = firstIndexOfKeys(lstEntities);
    const QHash<QString, qsizetype> hashEnums = firstIndexOfKeys(lstEnums);
    for (qsizetype i = 0; i < lstEntities.size(); ++i)
@@ -355,12 +172,7 @@ zy::ZyInvalidValueX project::checkSchema() const
       if (lstEntities.at(i)) { checkEntity(lstResult, lstEntities.at(i), i, hashEntities, hashEnums); }
    }
 
-   // Inheritance cycles, each reported once, at its first member in document order.
-   for (const QList<qsizetype> & lstCycle : model_integrity::parentCycles(lstEntities))
-   {
-      const qsizetype iFirst = lstCycle.first();
-      lstResult.append(zy::ZyInvalidValue(QString("%1 : inheritance cycle %2").arg(entityLabel(lstEntities.at(iFirst), iFirst), model_integrity::cycleText(lstEntities, lstCycle)), entityPath(iFirst)));
-   }
+   appendParentCycles(lstResult, lstEntities);
 
    for (qsizetype i = 0; i < lstEnums.size(); ++i)
    {

@@ -1,0 +1,151 @@
+// The schema check that keeps the problems of items an edit left alone: after every kind of
+// edit it lists exactly what project::checkSchema lists, paths included.
+
+#include <gtest/gtest.h>
+
+#include "model/schema_check.h"
+#include "test_model_helpers.h"
+
+using namespace model_test;
+
+namespace {
+
+// "message @ path" of every problem, in order.
+std::string full(const zy::ZyInvalidValueX & lst)
+{
+   QStringList lstLines;
+   for (const auto & x : lst) { lstLines.append(x.getMessage() + " @ " + x.getPath()); }
+   return lstLines.join("\n").toStdString();
+}
+
+// A model of a few entities, edited as the desktop host does: items are replaced, never
+// changed in place, and the links are resolved again.
+struct edited_model
+{
+   model::project_ptr pProject = std::make_shared<model::project>();
+   model::schema_check check;
+
+   edited_model()
+   {
+      pProject->setName("SHOP");
+      auto pStatus = makeEnumeration("shop", "Status");
+      pStatus->addKeyValue("New", "0");
+      pProject->addEnumeration(pStatus);
+      for (const QString & sName : { "Base", "Order", "Item", "Client" })
+      {
+         auto p = makeEntity("shop", sName, (sName == "Base") ? QString() : QString("shop::Base"));
+         addProperty(p, "id", "long", true);
+         addProperty(p, "status", "")->setEnumerationKey("shop::Status");
+         addRelation(p, "next", model::relationship::many_to_one, "shop::Order");
+         pProject->addEntity(p);
+      }
+      pProject->resolveLinks();
+   }
+
+   model::list_of_entity & entities() { return * pProject->getListOfAllEntities(); }
+
+   // A new entity in place of the one at index i, as an edit makes it.
+   model::entity_ptr replace(qsizetype i, const QString & sName, const QString & sParent)
+   {
+      auto p = makeEntity("shop", sName, sParent);
+      addProperty(p, "id", "long", true);
+      addRelation(p, "next", model::relationship::many_to_one, "shop::Order");
+      entities()[i] = p;
+      pProject->resolveLinks();
+      return p;
+   }
+
+   void remove(qsizetype i)
+   {
+      entities().removeAt(i);
+      pProject->resolveLinks();
+   }
+
+   // The kept check and the whole check agree; the kept one is returned.
+   std::string both()
+   {
+      const std::string sKept = full(check.run(* pProject));
+      EXPECT_EQ(sKept, full(pProject->checkSchema()));
+      return sKept;
+   }
+};
+
+} // namespace
+
+TEST(ModelSchemaCheck, KeepsTheItemsAnEditLeftAlone)
+{
+   edited_model m;
+   EXPECT_EQ(m.both(), "");
+   EXPECT_EQ(m.check.checkedItems(), 5);
+   EXPECT_EQ(m.both(), "");
+   EXPECT_EQ(m.check.checkedItems(), 0);
+   // One entity replaced with a description that would close the generated comment.
+   m.replace(2, "Item", "shop::Base")->setDescription("a */ b");
+   m.pProject->resolveLinks();
+   EXPECT_EQ(m.both(), "Entity 'shop::Item' : description 'a */ b' holds \"*/\", which would end the comment it is written in @ entities[2].description");
+   EXPECT_EQ(m.check.checkedItems(), 1);
+}
+
+TEST(ModelSchemaCheck, RelationToADeletedEntity)
+{
+   edited_model m;
+   m.both();
+   m.remove(1);
+   const std::string s = m.both();
+   EXPECT_NE(s.find("Entity 'shop::Base' : property 'next' has relation target 'shop::Order' which does not exist @ entities[0].properties[2]"), std::string::npos) << s;
+   EXPECT_NE(s.find("Entity 'shop::Client' : property 'next' has relation target 'shop::Order' which does not exist @ entities[2].properties[2]"), std::string::npos) << s;
+   // The entity that named it comes back with the undo: the problems go.
+   m.replace(1, "Order", "shop::Base");
+   m.both();
+}
+
+TEST(ModelSchemaCheck, ParentCycleOfAnEditedEntity)
+{
+   edited_model m;
+   m.both();
+   m.replace(0, "Base", "shop::Order");
+   EXPECT_EQ(m.both(), "Entity 'shop::Base' : inheritance cycle shop::Base -> shop::Order -> shop::Base @ entities[0]");
+   m.replace(0, "Base", QString());
+   EXPECT_EQ(m.both(), "");
+}
+
+TEST(ModelSchemaCheck, KeysThatFlattenToOneFileName)
+{
+   edited_model m;
+   m.both();
+   m.entities().append(makeEntity(QString(), "shop_Order"));
+   addProperty(m.entities().last(), "id", "long", true);
+   m.pProject->resolveLinks();
+   EXPECT_EQ(m.both(), "Entity 'shop::Order' and entity 'shop_Order' all give the same generated files 'include/shop_Order.gen.h' and 'src/shop_Order.gen.cpp' @ name");
+   EXPECT_EQ(m.check.checkedItems(), 1);
+}
+
+TEST(ModelSchemaCheck, KeptProblemsFollowTheirItemsPlace)
+{
+   edited_model m;
+   m.replace(3, "Client", "shop::Base")->setTableName("t order; drop");
+   m.entities().append(makeEntity("shop", QString()));
+   m.pProject->resolveLinks();
+   m.both();
+   // Removing the first entity moves the others up: paths and the unnamed label follow.
+   m.remove(0);
+   const std::string s = m.both();
+   EXPECT_NE(s.find("@ entities[2].table"), std::string::npos) << s;
+   EXPECT_NE(s.find("Entity #4 has no name @ entities[3]"), std::string::npos) << s;
+}
+
+TEST(ModelSchemaCheck, RepeatedKeysAndEnumerationsFollowTheirReferences)
+{
+   edited_model m;
+   m.both();
+   m.replace(3, "Order", "shop::Base");
+   EXPECT_NE(m.both().find("is defined more than once (first as entity #2)"), std::string::npos);
+   // A removed enumeration: every property naming it is reported, an entity key it shares too.
+   m.pProject->getListOfAllEnums()->clear();
+   m.pProject->resolveLinks();
+   EXPECT_NE(m.both().find("refers to enumeration 'shop::Status' which does not exist"), std::string::npos);
+   auto pSame = makeEnumeration("shop", "Item");
+   m.pProject->addEnumeration(pSame);
+   m.pProject->resolveLinks();
+   EXPECT_NE(m.both().find("Enumeration 'shop::Item' has the same key as entity #3"), std::string::npos);
+}
