@@ -43,10 +43,15 @@ export_record::files decode(const QByteArray & value)
    if (! bytes.startsWith(QByteArrayView(k_szFormat, iHead))) { return record; }
    if (bytes.size() == iHead) { return record; }
    if (! bytes.endsWith('\0')) { return record; }
-   const QList<QByteArray> lstParts = bytes.mid(iHead, bytes.size() - iHead - 1).split('\0');
-   if ((lstParts.size() % 2) != 0) { return record; }
-   record.reserve(lstParts.size() / 2);
-   for (qsizetype i = 0; i < lstParts.size(); i += 2) { record.insert(QString::fromUtf8(lstParts.at(i + 1)), lstParts.at(i)); }
+   // Read in place: pairs of NUL-ended hash and path.
+   for (qsizetype iAt = iHead; iAt < bytes.size();)
+   {
+      const qsizetype iHashEnd = bytes.indexOf('\0', iAt);
+      const qsizetype iPathEnd = ((iHashEnd < 0) ? -1 : bytes.indexOf('\0', iHashEnd + 1));
+      if (iPathEnd < 0) { return export_record::files(); }
+      record.insert(QString::fromUtf8(bytes.constData() + iHashEnd + 1, iPathEnd - iHashEnd - 1), bytes.mid(iAt, iHashEnd - iAt));
+      iAt = iPathEnd + 1;
+   }
    return record;
 }
 

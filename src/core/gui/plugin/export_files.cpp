@@ -6,9 +6,24 @@
 
 namespace plugin {
 
+namespace {
+
+// Plug-ins build their paths from a clean root and plain names: only those that hold a step to
+// fold need the general clean-up, which costs more than the rest of a report.
+QString cleanPathOf(const QString & path)
+{
+   const bool bPlain = ! path.isEmpty() && ! path.endsWith(QLatin1Char('/')) && ! path.endsWith(QLatin1String("/.")) &&
+                       ! path.endsWith(QLatin1String("/..")) && ! path.contains(QLatin1String("//")) &&
+                       ! path.contains(QLatin1String("/./")) && ! path.contains(QLatin1String("/../")) && ! path.contains(QLatin1Char('\\'));
+   return (bPlain ? path : QDir::cleanPath(path));
+}
+
+} // namespace
+
 void export_files::begin(const QString & root, const QString & ignoredLine, const QString & recordKey)
 {
    m_sRoot = QDir(root).absolutePath();
+   m_sRootPrefix = (QDir::cleanPath(m_sRoot) + '/');
    m_sIgnoredLine = ignoredLine;
    m_sRecordKey = (recordKey.isEmpty() ? QString() : QDir::cleanPath(QDir(root).absoluteFilePath(recordKey)));
    m_lstFiles.clear();
@@ -19,14 +34,13 @@ void export_files::begin(const QString & root, const QString & ignoredLine, cons
 QString export_files::relativePath(const QString & path) const
 {
    // Reported paths are clean and absolute, below the root but for a plug-in's odd one out.
-   const QString sPrefix = (QDir::cleanPath(m_sRoot) + '/');
-   return (path.startsWith(sPrefix) ? path.mid(sPrefix.size()) : QDir(m_sRoot).relativeFilePath(path));
+   return (path.startsWith(m_sRootPrefix) ? path.mid(m_sRootPrefix.size()) : QDir(m_sRoot).relativeFilePath(path));
 }
 
 bool export_files::report(const QString & path, bool bExists, const QString & oldText, const QString & newText, bool bSame)
 {
    file f;
-   f.path = QDir::cleanPath(path);
+   f.path = cleanPathOf(path);
    f.status = bSame ? status_unchanged : (bExists ? status_changed : status_created);
    // A dry run records nothing, so it needs no hash.
    if (! m_bDryRun)
@@ -63,6 +77,7 @@ void export_files::clear()
 {
    m_lstInputs.clear();
    m_sRoot.clear();
+   m_sRootPrefix.clear();
    m_sIgnoredLine.clear();
    m_sRecordKey.clear();
    m_lstFiles.clear();

@@ -40,6 +40,7 @@ private:
    bool m_bDryRun = false;
    bool m_bKeepTexts = false;
    QString m_sRoot;
+   QString m_sRootPrefix;   // the clean root and '/'
    QString m_sIgnoredLine;
    QString m_sRecordKey;
    QList<file> m_lstFiles;
