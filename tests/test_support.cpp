@@ -119,6 +119,21 @@ QList<hostile_value> hostileValues()
         "Entity 'shop::CustomerProfile' : property 'bio' : get method" },
       { "UPDATE t_property SET set_method = ? WHERE name = 'bio'", QString("m_bio = val; } void evil() { system(\"x\");"),
         "Entity 'shop::CustomerProfile' : property 'bio' : set method" },
+      // A backslash at a line's end joins the next line to the comment: "*" + "/" closes it.
+      { "UPDATE t_entity SET description = ? WHERE name = 'Customer'", QString("a *\\\n/ static_assert(false, \"x\"); /*"),
+        "Entity 'shop::Customer' : description" },
+      { "UPDATE t_entity SET description = ? WHERE name = 'Customer'", QString("swallows the next line ?\?/"),
+        "Entity 'shop::Customer' : description" },
+      { "UPDATE t_property SET description = ? WHERE name = 'bio'", QString("carried over ?\?/"),
+        "Entity 'shop::CustomerProfile' : property 'bio' : description" },
+      { "UPDATE t_property SET type_text = ? WHERE name = 'bio'", QString("int; }; void evil() { system(\"id\"); } struct Z { int"),
+        "Entity 'shop::CustomerProfile' : property 'bio' : type" },
+      { "UPDATE t_property SET type_text = ? WHERE name = 'bio'", QString("int\n#define private public\n"),
+        "Entity 'shop::CustomerProfile' : property 'bio' : type" },
+      { "UPDATE t_property SET type_text = ? WHERE name = 'bio'", QString("int //"),
+        "Entity 'shop::CustomerProfile' : property 'bio' : type" },
+      { "UPDATE t_property SET column_name = ? WHERE name = 'avatar_url'", QString("ava?\?/"),
+        "Entity 'shop::CustomerProfile' : property 'avatar_url' : column name" },
    };
 }
 

@@ -84,6 +84,16 @@ int cli_diagram::run(const QStringList & args)
    if (g.boxes.isEmpty())
    { return failure(sNamespace.isEmpty() ? QString("the model has no entity to draw") : "no entity in namespace '" + sNamespace + "'"); }
 
+   const bool bLaidOut = ((sFormat != "dot") && (sFormat != "mermaid"));
+   if (bLaidOut)
+   {
+      const QString sTooLarge = diagram::layoutSizeProblem(g);
+      if (! sTooLarge.isEmpty()) { return failure(sTooLarge); }
+      // The layout is one Graphviz call without steps to report: say what it is busy with.
+      m_err << "Laying out " << g.boxes.size() << " entities and " << g.edges.size() << " relations with Graphviz...\n";
+      m_err.flush();
+   }
+
    QString sError;
    if (sOut == "-")
    {

@@ -7,6 +7,7 @@
 #include "plugin_finder.h"
 #include "plugin_parameters.h"
 
+#include <QFile>
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDateTime>
@@ -242,8 +243,11 @@ int cli_host::cmdDump(const QStringList & args)
    if (args.size() != 1) { return usageError("dump needs PROJECT"); }
    model::project_ptr project;
    if (! openProject(args.at(0), project)) { return exit_failure; }
-   m_out << QString::fromUtf8(storage::project_storage::toJson(* project));
    m_out.flush();
+   // Straight to the output as it is made: the text of a large model is never whole in memory.
+   QFile out;
+   if (! out.open(stdout, QIODevice::WriteOnly) || ! storage::project_storage::writeJson(* project, out) || ! out.flush())
+   { return failure("cannot write the dump: " + out.errorString()); }
    return exit_ok;
 }
 

@@ -96,8 +96,18 @@ void readPositions(Agraph_t * pGraph, graph & g)
 
 } // namespace
 
+QString layoutSizeProblem(const graph & g)
+{
+   if ((g.boxes.size() <= k_iMaxLaidOutBoxes) && (g.edges.size() <= k_iMaxLaidOutEdges)) { return QString(); }
+   return QString("the diagram has %1 entities and %2 relations; a picture is laid out for at most %3 entities and %4 relations "
+                  "(one namespace at a time with --namespace, or the dot or mermaid text, which has no such bound)")
+      .arg(g.boxes.size()).arg(g.edges.size()).arg(k_iMaxLaidOutBoxes).arg(k_iMaxLaidOutEdges);
+}
+
 bool layout(graph & g, QString & sError)
 {
+   sError = layoutSizeProblem(g);
+   if (! sError.isEmpty()) { return false; }
    gv_graph gv(toDot(g));
    if (! gv.layout(sError)) { return false; }
    readPositions(gv.get(), g);
@@ -115,6 +125,8 @@ bool renderData(const graph & g, const QString & sFormat, QByteArray & data, QSt
    if (sFormat == QLatin1String("dot")) { data = toDot(g).toUtf8(); return true; }
    if (sFormat == QLatin1String("mermaid")) { data = toMermaid(g).toUtf8(); return true; }
    if (! formats().contains(sFormat)) { sError = QString("unknown diagram format '%1' (known: %2)").arg(sFormat, formats().join(", ")); return false; }
+   sError = layoutSizeProblem(g);
+   if (! sError.isEmpty()) { return false; }
    gv_graph gv(toDot(g));
    if (! gv.layout(sError)) { return false; }
    char * pResult = nullptr;

@@ -7,8 +7,18 @@
 
 namespace diagram {
 
+// The largest graph laid out by Graphviz: its layout time grows much faster than the graph, and
+// past this size one layout takes minutes and gigabytes. Text formats (dot, mermaid) have no
+// such bound.
+constexpr int k_iMaxLaidOutBoxes = 600;
+constexpr int k_iMaxLaidOutEdges = 1200;
+
+// Empty when the graph can be laid out, else why not and what to do instead.
+QString layoutSizeProblem(const graph & g);
+
 // Positions every box, edge and end label with Graphviz's "dot" layout (points, y downwards,
-// the top left corner of the picture at 0,0). False with a reason when Graphviz fails.
+// the top left corner of the picture at 0,0). False with a reason when Graphviz fails or the
+// graph is larger than the bounds above.
 bool layout(graph & g, QString & sError);
 
 // The formats writeFile knows: svg, png, pdf (rendered by Graphviz), dot and mermaid (text).

@@ -56,11 +56,24 @@ QString mermaidWord(const QString & s)
    return r;
 }
 
+// A quoted Mermaid text is rendered as HTML: markup signs become Mermaid's entity codes
+// ("#60;"), so no model text can open a tag; '#' too, so none can write a code of its own.
 QString mermaidQuoted(const QString & s)
 {
-   QString r = s;
-   for (QChar & c : r) { if ((c == QLatin1Char('"')) || (c.category() == QChar::Other_Control)) { c = QLatin1Char('\''); } }
-   return QLatin1Char('"') + r + QLatin1Char('"');
+   QString r;
+   r.reserve(s.size() + 2);
+   r += QLatin1Char('"');
+   for (const QChar c : s)
+   {
+      switch (c.unicode())
+      {
+         case '"': case '<': case '>': case '&': case '#': case '\'':
+            r += QLatin1Char('#') + QString::number(c.unicode()) + QLatin1Char(';');
+            break;
+         default: r += ((c.category() == QChar::Other_Control) ? QChar(QLatin1Char(' ')) : c); break;
+      }
+   }
+   return r + QLatin1Char('"');
 }
 
 QStringList mermaidIds(const graph & g)

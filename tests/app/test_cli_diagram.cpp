@@ -163,3 +163,39 @@ TEST(CliDiagram, RunsWithoutAGuiApplication)
    EXPECT_EQ(r.code, 0) << r.err.toStdString();
    EXPECT_TRUE(QFile::exists(tmp.filePath("a.svg")));
 }
+
+// A model too large for a layout in seconds is refused at once with what to do instead; its
+// text formats and one namespace of it are still drawn.
+TEST(CliDiagram, GraphTooLargeForALayoutIsRefusedAtOnce)
+{
+   QTemporaryDir tmp;
+   ASSERT_TRUE(tmp.isValid());
+   QByteArray json = "{\"name\": \"big\", \"entities\": [";
+   const int n = 3000;
+   auto key = [](int i) { return QString("%1::E%2").arg((i < 10) ? "small" : "large").arg(i); };
+   for (int i = 0; i < n; ++i)
+   {
+      json += QString("%1{\"name\": \"E%2\", \"namespace\": \"%3\", \"properties\": [{\"name\": \"id\", \"type\": \"long\", \"primary_key\": true}, "
+                      "{\"name\": \"next\", \"relation\": {\"kind\": \"many_to_one\", \"target\": \"%4\"}}, "
+                      "{\"name\": \"other\", \"relation\": {\"kind\": \"many_to_one\", \"target\": \"%5\"}}]}")
+                 .arg(i ? "," : "").arg(i).arg((i < 10) ? "small" : "large").arg(key((i + 1) % n), key((i + 7) % n)).toUtf8();
+   }
+   json += "]}";
+   const QString model = tmp.filePath("big.json");
+   ASSERT_TRUE(test_support::writeAll(model, json));
+   ASSERT_EQ(test_support::runTavrel({ "import", model, tmp.filePath("big.tavrel") }).code, 0);
+
+   test_support::cli_result r = test_support::runTavrel({ "diagram", tmp.filePath("big.tavrel"), "-o", tmp.filePath("big.svg") });
+   EXPECT_EQ(r.code, 1);
+   EXPECT_TRUE(r.err.contains("the diagram has 3000 entities and 6000 relations; a picture is laid out for at most 600 entities")) << r.err.toStdString();
+   EXPECT_FALSE(QFileInfo::exists(tmp.filePath("big.svg")));
+
+   r = test_support::runTavrel({ "diagram", tmp.filePath("big.tavrel"), "-o", tmp.filePath("big.mmd") });
+   EXPECT_EQ(r.code, 0) << r.err.toStdString();
+   EXPECT_TRUE(r.out.contains("3000 entities and 6000 edges")) << r.out.toStdString();
+
+   r = test_support::runTavrel({ "diagram", tmp.filePath("big.tavrel"), "-o", tmp.filePath("small.svg"), "--namespace", "small" });
+   EXPECT_EQ(r.code, 0) << r.err.toStdString();
+   EXPECT_TRUE(r.err.contains("Laying out 10 entities")) << r.err.toStdString();
+   EXPECT_TRUE(QFileInfo::exists(tmp.filePath("small.svg")));
+}

@@ -108,6 +108,64 @@ TEST_F(HandEditedProject, ParentCycleIsRefused)
    expectRefusedEverywhere("Entity 'shop::Base' : inheritance cycle shop::Base -> shop::Customer -> shop::Base");
 }
 
+TEST_F(HandEditedProject, PropertyOfAMissingEntityIsRefused)
+{
+   ASSERT_TRUE(execSql(m_sProject, { "UPDATE t_property SET entity_seq = 9999 WHERE name = 'bio'" }));
+   expectRefusedEverywhere("property 'bio' belongs to entity 9999, which the file does not hold");
+}
+
+TEST_F(HandEditedProject, ValueOfAMissingEnumerationIsRefused)
+{
+   ASSERT_TRUE(execSql(m_sProject, { "UPDATE t_enumeration_value SET enumeration_seq = 9999 WHERE value_key = 'Paid'" }));
+   expectRefusedEverywhere("enumeration value 'Paid' belongs to enumeration 9999, which the file does not hold");
+}
+
+TEST_F(HandEditedProject, MetaDataOfAMissingItemIsRefused)
+{
+   ASSERT_TRUE(execSql(m_sProject, { "INSERT INTO t_meta_data (seq, owner_kind, owner_seq, meta_key, meta_value) VALUES (99999, 'entity', 9999, 'lost', 'x')" }));
+   expectRefusedEverywhere("meta data 'lost' belongs to entity 9999, which the file does not hold");
+}
+
+TEST_F(HandEditedProject, LengthThatIsNoNumberIsRefused)
+{
+   ASSERT_TRUE(execSql(m_sProject, { "UPDATE t_property SET min_length = 'abc' WHERE name = 'bio'" }));
+   expectRefusedEverywhere("Entity 'shop::CustomerProfile' : property 'bio' : min length stored value 'abc' is not a whole number of at least 0 or a text");
+   ASSERT_TRUE(execSql(m_sProject, { "UPDATE t_property SET min_length = '2.5' WHERE name = 'bio'" }));
+   expectRefusedEverywhere("min length stored value '2.5' is not a whole number of at least 0 or a text");
+}
+
+TEST(CliProjectLink, ProjectFileBesideAModelIsNotWrittenThroughALink)
+{
+   QTemporaryDir tmp;
+   ASSERT_TRUE(tmp.isValid());
+   const QString victim = tmp.filePath("other/victim.tavrel");
+   QDir().mkpath(tmp.filePath("other"));
+   run_result r = runTavrel({ "import", test_support::examplePath("shop.json"), victim });
+   ASSERT_EQ(r.code, 0) << str(r.err);
+   const QByteArray before = test_support::readAll(victim);
+   ASSERT_FALSE(before.isEmpty());
+
+   QDir().mkpath(tmp.filePath("work"));
+   ASSERT_TRUE(QFile::copy(test_support::examplePath("library.json"), tmp.filePath("work/m.json")));
+   ASSERT_TRUE(QFile::link(victim, tmp.filePath("work/m.tavrel")));
+   for (const QStringList & args : { QStringList { "check", tmp.filePath("work/m.json") },
+                                     QStringList { "import", tmp.filePath("work/m.json"), tmp.filePath("work/m.tavrel") },
+                                     QStringList { "export", tmp.filePath("work/m.json"), "--yes", "--TavrelCppExport_path=" + tmp.filePath("out") } })
+   {
+      r = runTavrel(args);
+      EXPECT_NE(r.code, 0) << str(args.join(' '));
+      EXPECT_TRUE(r.err.contains("m.tavrel' is a symbolic link")) << str(r.err);
+      EXPECT_EQ(test_support::readAll(victim), before) << str(args.join(' '));
+   }
+   // A link beside the project file, where SQLite writes its journal, is refused too.
+   QFile::remove(tmp.filePath("work/m.tavrel"));
+   ASSERT_TRUE(QFile::link(victim, tmp.filePath("work/m.tavrel-journal")));
+   r = runTavrel({ "import", tmp.filePath("work/m.json"), tmp.filePath("work/m.tavrel") });
+   EXPECT_EQ(r.code, 1);
+   EXPECT_TRUE(r.err.contains("m.tavrel-journal' is a symbolic link")) << str(r.err);
+   EXPECT_EQ(test_support::readAll(victim), before);
+}
+
 TEST(CliFileCollisions, FlattenedKeysThatMeetAreRefusedByCheckAndExport)
 {
    QTemporaryDir tmp;

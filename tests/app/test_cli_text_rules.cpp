@@ -83,6 +83,83 @@ TEST(CliTextRules, JsonImportRefusesHostileText)
    EXPECT_TRUE(r.err.contains("enumerations[0].values[0].value: value of 'A'")) << r.err.toStdString();
 }
 
+TEST(CliTextRules, JsonImportRefusesTypesCommentSplicesAndDeepNesting)
+{
+   const QByteArray deep = QByteArray(40000, '(') + "1" + QByteArray(40000, ')');
+   const QByteArray signs = QByteArray(40000, '-') + "1";
+   const QList<QPair<QByteArray, QString> > lstCases = {
+      { R"J("properties": [{"name": "id", "type": "int; }; void evil() { system(\"id\"); } struct Z { int"}])J", "entities[0].properties[0].type: type" },
+      { R"J("properties": [{"name": "id", "type": "int\n#define private public\n"}])J", "entities[0].properties[0].type: type" },
+      { R"J("properties": [{"name": "id", "type": "int //"}])J", "entities[0].properties[0].type: type" },
+      { R"J("properties": [{"name": "id", "type": "std::vector<int"}])J", "entities[0].properties[0].type: type" },
+      { R"J("properties": [{"name": "id", "type": "int> x; int"}])J", "entities[0].properties[0].type: type" },
+      { R"J("description": "a *\\\n/ static_assert(false,\"x\"); /*")J", "entities[0].description: description" },
+      { R"J("description": "ends in a trigraph ??/")J", "entities[0].description: description" },
+      { R"J("properties": [{"name": "id", "type": "long", "description": "next member swallowed ??/"}])J", "entities[0].properties[0].description: description" },
+      { R"J("properties": [{"name": "id", "type": "long", "description": "ends in a splice \\ "}])J", "entities[0].properties[0].description: description" },
+      { R"J("properties": [{"name": "id", "type": "long", "column": "c??/"}])J", "entities[0].properties[0].column: column name" },
+      { "\"properties\": [{\"name\": \"id\", \"type\": \"long\", \"min_value\": \"" + deep + "\"}]", "entities[0].properties[0].min_value: min value" },
+      { "\"properties\": [{\"name\": \"id\", \"type\": \"QString\", \"max_length\": \"" + deep + "\"}]", "entities[0].properties[0].max_length: max length" },
+   };
+   for (const auto & c : lstCases)
+   {
+      QTemporaryDir tmp;
+      const QString model = tmp.filePath("m.json");
+      ASSERT_TRUE(test_support::writeAll(model, "{\"name\": \"M\", \"entities\": [{\"name\": \"A\", " + c.first + "}]}"));
+      const cli_run r = runTavrel({ "import", model, tmp.filePath("m.tavrel") });
+      EXPECT_EQ(r.code, 1) << c.second.toStdString();
+      EXPECT_TRUE(r.err.contains(c.second)) << r.err.toStdString().substr(0, 2000);
+      EXPECT_FALSE(QFileInfo::exists(tmp.filePath("m.tavrel")));
+   }
+   // An enumeration value nested past the reader's depth, and a long run of signs that the
+   // characters alone allow: refused with a message, never a crash.
+   for (const QByteArray & value : { deep, signs })
+   {
+      QTemporaryDir tmp;
+      const QString model = tmp.filePath("m.json");
+      ASSERT_TRUE(test_support::writeAll(model, "{\"name\": \"M\", \"enumerations\": [{\"name\": \"E\", \"values\": [{\"key\": \"A\", \"value\": \"" + value + "\"}]}]}"));
+      cli_run r = runTavrel({ "check", model });
+      EXPECT_EQ(r.code, 1) << r.err.toStdString().substr(0, 2000);
+      EXPECT_TRUE((r.out + r.err).contains("deeper than 256 levels")) << (r.out + r.err).toStdString().substr(0, 2000);
+      r = runTavrel({ "export", model, "--yes", "--TavrelCppExport_path=" + tmp.filePath("out") });
+      EXPECT_EQ(r.code, 1) << r.err.toStdString().substr(0, 2000);
+   }
+}
+
+TEST(CliTextRules, TextOverTheSizeLimitIsRefusedWithItsPlace)
+{
+   QTemporaryDir tmp;
+   const QString model = tmp.filePath("m.json");
+   const QByteArray big(1024 * 1024 + 1, 'x');
+   ASSERT_TRUE(test_support::writeAll(model, "{\"name\": \"M\",\n \"entities\": [{\"name\": \"A\", \"description\": \"" + big + "\"}]}"));
+   cli_run r = runTavrel({ "import", model, tmp.filePath("m.tavrel") });
+   EXPECT_EQ(r.code, 1);
+   EXPECT_TRUE(r.err.contains("m.json:2:44: ")) << r.err.left(300).toStdString();
+   EXPECT_TRUE(r.err.contains("a model text holds at most 1048576 bytes (1 MiB)")) << r.err.left(300).toStdString();
+   EXPECT_FALSE(QFileInfo::exists(tmp.filePath("m.tavrel")));
+   // At the limit it is a text like any other.
+   ASSERT_TRUE(test_support::writeAll(model, "{\"name\": \"M\",\n \"entities\": [{\"name\": \"A\", \"description\": \"" + big.left(1024 * 1024) + "\"}]}"));
+   r = runTavrel({ "import", model, tmp.filePath("m.tavrel") });
+   EXPECT_EQ(r.code, 0) << r.err.left(300).toStdString();
+}
+
+TEST(CliTextRules, TypesUsersWriteAreAccepted)
+{
+   QTemporaryDir tmp;
+   const QString model = tmp.filePath("m.json");
+   ASSERT_TRUE(test_support::writeAll(model, R"J({"name": "M", "entities": [{"name": "A", "properties": [
+      {"name": "id", "type": "long", "primary_key": true},
+      {"name": "a", "type": "unsigned long long"},
+      {"name": "b", "type": "std::pair<long, QString>"},
+      {"name": "c", "type": "QMap<QString, QList<int>>"},
+      {"name": "d", "type": "std::array<int, 4>"},
+      {"name": "e", "type": "std::function<void(int, const QString &)>"},
+      {"name": "f", "type": "const char *"},
+      {"name": "g", "type": "::std::shared_ptr<QObject>"}]}]})J"));
+   const cli_run r = runTavrel({ "import", model, tmp.filePath("m.tavrel") });
+   EXPECT_EQ(r.code, 0) << r.err.toStdString();
+}
+
 TEST(CliTextRules, CheckReportsEnumerationValuesThatAreNoNumbers)
 {
    QTemporaryDir tmp;

@@ -252,6 +252,72 @@ TEST(ScriptHardeningEngine, ReloadAfterTheMemoryLimitGivesAWorkingEngine)
    EXPECT_EQ(next.getDesc(), QString("kept 0"));
 }
 
+// Calls that each stay under their own limits still add up to a limit for the whole export.
+TEST(ScriptHardeningEngine, ManyCallsUnderTheirLimitStopAtTheTotalTime)
+{
+   QTemporaryDir tmp;
+   ASSERT_TRUE(tmp.isValid());
+   const QString path = tmp.path() + "/slow.js";
+   ASSERT_TRUE(writeText(path, "function execute(params) {\n"
+                               "   var end = Date.now() + 100;\n"
+                               "   while (Date.now() < end) { }\n"
+                               "   return 'slow';\n"
+                               "}\n"));
+   tools::custom_javascript js;
+   js.setTimeLimit(k_roomyTimeLimitMs);
+   js.setTotalTimeLimit(350);
+   ASSERT_TRUE(static_cast<bool>(js.initEngine(path, nullptr)));
+   QHash<QString, QVariant> params;
+   int iCalls = 0;
+   zy::ZyBool last(true);
+   // Each call takes at least 100 ms, so the fifth cannot start within 350 ms.
+   for (; (iCalls < 10) && last; ++iCalls)
+   {
+      params.insert("action", QString("CALL_%1").arg(iCalls));
+      last = js.executeScript(nullptr, nullptr, nullptr, nullptr, params);
+   }
+   ASSERT_FALSE(static_cast<bool>(last));
+   EXPECT_LE(iCalls, 5);
+   EXPECT_TRUE(last.getDesc().startsWith("Custom javascript execution interrupted : total time limit of 350 ms for the calls of one export exceeded at action 'CALL_"))
+      << last.getDesc().toStdString();
+   EXPECT_FALSE(js.isLoaded());
+   // A new load (the next export) starts with the whole total again.
+   ASSERT_TRUE(static_cast<bool>(js.initEngine(path, nullptr)));
+   EXPECT_TRUE(static_cast<bool>(js.executeScript(nullptr, nullptr, nullptr, nullptr, params)));
+}
+
+TEST(ScriptHardeningEngine, MemoryKeptAcrossCallsStopsAtTheTotalMemory)
+{
+   QTemporaryDir tmp;
+   ASSERT_TRUE(tmp.isValid());
+   const QString path = tmp.path() + "/keep.js";
+   // About 40 MB more at each call, kept in a global: each call is under its own limit.
+   ASSERT_TRUE(writeText(path, "var kept = [];\n"
+                               "function execute(params) {\n"
+                               "   var a = new Array(5 * 1024 * 1024);\n"
+                               "   for (var i = 0; i < a.length; ++i) { a[i] = i + 0.5; }\n"
+                               "   kept.push(a);\n"
+                               "   return 'kept ' + kept.length;\n"
+                               "}\n"));
+   tools::custom_javascript js;
+   js.setTimeLimit(k_roomyTimeLimitMs);
+   js.setMemoryLimit(200);
+   js.setTotalMemoryLimit(150);
+   ASSERT_TRUE(static_cast<bool>(js.initEngine(path, nullptr)));
+   QHash<QString, QVariant> params;
+   int iCalls = 0;
+   zy::ZyBool last(true);
+   for (; (iCalls < 40) && last; ++iCalls)
+   {
+      params.insert("action", QString("CALL_%1").arg(iCalls));
+      last = js.executeScript(nullptr, nullptr, nullptr, nullptr, params);
+   }
+   ASSERT_FALSE(static_cast<bool>(last)) << "40 calls kept about 1.6 GB without a stop";
+   EXPECT_TRUE(last.getDesc().startsWith("Custom javascript execution interrupted : total memory limit of 150 MB for one export exceeded at action 'CALL_"))
+      << last.getDesc().toStdString();
+   EXPECT_FALSE(js.isLoaded());
+}
+
 namespace {
 
 // Loads a script with the short time limit; the load's own result.

@@ -201,6 +201,22 @@ TEST(DiagramText, MermaidLinesFollowItsGrammar)
    EXPECT_TRUE(text.contains("    evil__B ||..|| evil__ns__A : \"extends\"\n"));
 }
 
+TEST(DiagramText, MermaidTextsOpenNoTag)
+{
+   auto p = std::make_shared<model::project>();
+   model::entity_ptr a = addEntity(* p, "web", "Page");
+   addProperty(a, "id", "long")->setPrimaryKey(true);
+   addProperty(a, "s", "x<script>alert(1)</script>");
+   addProperty(a, "i", "y<img src=x onerror=alert(1)> & #60;");
+   const QString text = diagram::toMermaid(diagram::buildGraph(* p));
+   EXPECT_FALSE(text.contains('<')) << text.toStdString();
+   EXPECT_FALSE(text.contains('>')) << text.toStdString();
+   EXPECT_FALSE(text.contains('&')) << text.toStdString();
+   // The exact type is still there, as entity codes.
+   EXPECT_TRUE(text.contains("\"x#60;script#62;alert(1)#60;/script#62;\"")) << text.toStdString();
+   EXPECT_TRUE(text.contains("#38; #35;60;\"")) << text.toStdString();
+}
+
 TEST(DiagramFile, WritesEachFormatAndRefusesALink)
 {
    QTemporaryDir tmp;

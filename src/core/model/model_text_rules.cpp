@@ -24,10 +24,43 @@ QString nulIn(const QString & s)
    return (s.contains(QChar(0)) ? QStringLiteral("holds a NUL character, which must not reach a generated file") : QString());
 }
 
+// Trigraphs as a compiler that still reads them (C++14 and older in strict modes) replaces them.
+QString withTrigraphsReplaced(const QString & s)
+{
+   if (! s.contains(QLatin1String("??"))) { return s; }
+   static const QString k_sFrom = QStringLiteral("=/'()!<>-");
+   static const QString k_sTo = QStringLiteral("#\\^[]|{}~");
+   QString out;
+   out.reserve(s.size());
+   for (qsizetype i = 0; i < s.size(); ++i)
+   {
+      const qsizetype k = (((i + 2 < s.size()) && (s.at(i) == QLatin1Char('?')) && (s.at(i + 1) == QLatin1Char('?'))) ? k_sFrom.indexOf(s.at(i + 2)) : -1);
+      if (k >= 0) { out += k_sTo.at(k); i += 2; }
+      else { out += s.at(i); }
+   }
+   return out;
+}
+
+bool hasTrigraph(const QString & s) { return (withTrigraphsReplaced(s).size() != s.size()); }
+
+// A backslash that a compiler joins with the next line: at a line's end, blanks allowed after
+// it, or at the text's end, where the generated line break follows.
+bool hasLineSplice(const QString & s)
+{
+   const QString t = withTrigraphsReplaced(s);
+   for (qsizetype i = t.indexOf(QLatin1Char('\\')); i >= 0; i = t.indexOf(QLatin1Char('\\'), i + 1))
+   {
+      qsizetype j = i + 1;
+      while ((j < t.size()) && ((t.at(j) == QLatin1Char(' ')) || (t.at(j) == QLatin1Char('\t')))) { ++j; }
+      if ((j >= t.size()) || isLineBreak(t.at(j).unicode())) { return true; }
+   }
+   return false;
+}
+
 // Source text as the compiler reads it after joining the lines that end with a backslash.
 QString spliced(const QString & s)
 {
-   QString out = s;
+   QString out = withTrigraphsReplaced(s);
    out.replace(QLatin1String("\\\r\n"), QString());
    out.replace(QLatin1String("\\\n"), QString());
    out.replace(QLatin1String("\\\r"), QString());
@@ -196,6 +229,7 @@ class number_parser
    qsizetype m_i = 0;
    bool m_bIntegerOnly = false;
    QString m_sError;
+   int m_iDepth = 0;
 
    void skipBlanks() { while ((m_i < m_s.size()) && ((m_s.at(m_i) == QLatin1Char(' ')) || (m_s.at(m_i) == QLatin1Char('\t')))) { ++m_i; } }
    bool peek(QChar c) { skipBlanks(); return ((m_i < m_s.size()) && (m_s.at(m_i) == c)); }
@@ -240,6 +274,11 @@ class number_parser
 
    bool primary()
    {
+      // Each unary sign and parenthesis is one level of recursion: deep input must not exhaust
+      // the stack.
+      if (++m_iDepth > model_text_rules::k_iMaxNesting)
+      { return fail(QString("nests signs or parentheses deeper than %1 levels").arg(model_text_rules::k_iMaxNesting)); }
+      struct leave { int & i; ~leave() { --i; } } guard { m_iDepth };
       skipBlanks();
       if (m_i >= m_s.size()) { return fail(QStringLiteral("ends where a number or a name is expected")); }
       const QChar c = m_s.at(m_i);
@@ -322,6 +361,61 @@ QString model_text_rules::literalProblem(const QString & s)
       if (c == '\\') { return QStringLiteral("holds a backslash, which would start an escape sequence in the C++ string literal it is written in"); }
       if (isControl(c)) { return QString("holds %1, which a C++ string literal cannot hold as written").arg(controlName(c)); }
    }
+   if (hasTrigraph(s)) { return QStringLiteral("holds a trigraph (\"??\" and a sign), which a compiler may read as another character"); }
+   return QString();
+}
+
+QString model_text_rules::typeProblem(const QString & s)
+{
+   const QString sNul = nulIn(s);
+   if (! sNul.isEmpty()) { return sNul; }
+   QString sStack;   // open '<' and '(' of template arguments
+   bool bName = false;
+   for (qsizetype i = 0; i < s.size(); ++i)
+   {
+      const ushort c = s.at(i).unicode();
+      if (isIdentifierStart(c))
+      {
+         while ((i + 1 < s.size()) && isIdentifierChar(s.at(i + 1).unicode())) { ++i; }
+         bName = true;
+         continue;
+      }
+      if ((c == ' ') || (c == '\t') || (c == '*') || (c == '&')) { continue; }
+      if (c == ':')
+      {
+         if ((i + 1 >= s.size()) || (s.at(i + 1) != QLatin1Char(':'))) { return QStringLiteral("holds a single ':', where a C++ type may only have '::'"); }
+         ++i;
+         continue;
+      }
+      if ((c == '<') || ((c == '(') && ! sStack.isEmpty()))
+      {
+         if (sStack.size() >= k_iMaxNesting) { return QString("nests template arguments deeper than %1 levels").arg(k_iMaxNesting); }
+         sStack.append(QChar(c));
+         continue;
+      }
+      if (c == '>')
+      {
+         if (sStack.isEmpty() || (sStack.back() != QLatin1Char('<'))) { return QStringLiteral("has a '>' that closes no '<'"); }
+         sStack.chop(1);
+         continue;
+      }
+      // Numbers, commas and parentheses only inside template arguments, where they can't end
+      // the declaration the type is written in.
+      if (! sStack.isEmpty())
+      {
+         if (isDigit(c) || (c == ',')) { continue; }
+         if (c == ')')
+         {
+            if (sStack.back() != QLatin1Char('(')) { return QStringLiteral("has a ')' that closes no '('"); }
+            sStack.chop(1);
+            continue;
+         }
+      }
+      const QString sChar = (isControl(c) ? controlName(c) : QString("'%1'").arg(QChar(c)));
+      return QString("holds %1, where only a C++ type may be written: names with '::', template arguments in '<>', '*', '&' and blanks").arg(sChar);
+   }
+   if (! sStack.isEmpty()) { return QString("leaves '%1' open").arg(sStack.back()); }
+   if (! bName) { return QStringLiteral("names no type"); }
    return QString();
 }
 
@@ -343,9 +437,8 @@ QString model_text_rules::lineCommentProblem(const QString & s)
       if (isLineBreak(c)) { return QStringLiteral("holds a line break, which would end the one-line comment it is written in"); }
       if (isControl(c) && (c != '\t')) { return QString("holds %1, which a one-line comment cannot hold").arg(controlName(c)); }
    }
-   qsizetype i = s.size();
-   while ((i > 0) && ((s.at(i - 1) == QLatin1Char(' ')) || (s.at(i - 1) == QLatin1Char('\t')))) { --i; }
-   if ((i > 0) && (s.at(i - 1) == QLatin1Char('\\')))
+   if (s.contains(QLatin1String("?\?/"))) { return QStringLiteral("holds \"?\?/\", a trigraph a compiler may read as a backslash that carries the comment over to the next line"); }
+   if (hasLineSplice(s))
    { return QStringLiteral("ends with a backslash, which would carry the one-line comment it is written in over to the next line"); }
    return QString();
 }
@@ -353,6 +446,8 @@ QString model_text_rules::lineCommentProblem(const QString & s)
 QString model_text_rules::blockCommentProblem(const QString & s)
 {
    if (s.contains(QLatin1String("*/"))) { return QStringLiteral("holds \"*/\", which would end the comment it is written in"); }
+   if (s.contains(QLatin1String("?\?/"))) { return QStringLiteral("holds \"?\?/\", a trigraph a compiler may read as a backslash that joins two lines"); }
+   if (hasLineSplice(s)) { return QStringLiteral("has a backslash at the end of a line, which a compiler joins with the next line"); }
    for (const QChar & ch : s)
    {
       const ushort c = ch.unicode();
@@ -379,7 +474,11 @@ QString model_text_rules::numberTextProblem(const QString & s)
          if ((i > 0) && (i + 1 < s.size()) && isIdentifierChar(s.at(i - 1).unicode()) && isIdentifierChar(s.at(i + 1).unicode())) { continue; }
          return QStringLiteral("holds a quote that is not a digit separator, where only a number or a constant expression may be written");
       }
-      if (c == '(') { ++iDepth; continue; }
+      if (c == '(')
+      {
+         if (++iDepth > k_iMaxNesting) { return QString("nests parentheses deeper than %1 levels").arg(k_iMaxNesting); }
+         continue;
+      }
       if (c == ')')
       {
          if (iDepth == 0) { return QStringLiteral("holds a ')' without its '(', which would end the code it is written in early"); }

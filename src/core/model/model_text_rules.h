@@ -33,15 +33,27 @@ public:
       QString message() const;
    };
 
+   // Longest text of a model (a name, a description, an accessor body...), in bytes of UTF-8:
+   // far above what a model needs, far below what would exhaust memory when it is copied.
+   static constexpr qsizetype k_iMaxTextBytes = 1024 * 1024;
+   // Deepest nesting of parentheses and signs a number form may have: its reader recurses.
+   static constexpr int k_iMaxNesting = 256;
+
+   // A C++ type as written before a member's name: names qualified with "::", template
+   // arguments in balanced "<>" (with numbers, and parentheses inside them), "*", "&",
+   // cv-qualifiers and blanks; no other sign, no comment, no line break.
+   static QString typeProblem(const QString & s);
    // Text between the double quotes of a C++ string literal: no quote, backslash, line break
    // or other control character.
    static QString literalProblem(const QString & s);
    // A table name, written into string literals and into the SQL the ORM runs: a literal's
    // text, and no ';', quote or SQL comment opener (spaces and '.' stay allowed).
    static QString sqlNameProblem(const QString & s);
-   // Text after "//": no line break or other control character but tab, no final backslash.
+   // Text after "//": no line break or other control character but tab, no final backslash,
+   // no "??/".
    static QString lineCommentProblem(const QString & s);
-   // Text inside "/* ... */": no "*/", no control character but tab and line breaks.
+   // Text inside "/* ... */": no "*/", no control character but tab and line breaks, no
+   // backslash at a line's end and no "??/" (both join lines).
    static QString blockCommentProblem(const QString & s);
    // Text that is escaped where it is written: only a NUL is refused.
    static QString nulProblem(const QString & s);

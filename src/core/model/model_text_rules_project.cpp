@@ -64,7 +64,10 @@ public:
    void apply(text_rule rule, const item_ref & item, const char * szField, const QString & sValue, const char * szJsonField)
    {
       if (sValue.isEmpty()) { return; }
-      const QString sReason = rule(sValue);
+      // Counted in characters here: at least as many bytes of UTF-8.
+      const QString sReason = ((sValue.size() > model_text_rules::k_iMaxTextBytes)
+                                  ? QString("is longer than %1 bytes, the most a model text holds").arg(model_text_rules::k_iMaxTextBytes)
+                                  : rule(sValue));
       if (! sReason.isEmpty()) { add(item, QLatin1String(szField), sValue, sReason, QLatin1String(szJsonField)); }
    }
 
@@ -113,7 +116,7 @@ public:
       const property_type_ptr pType = p.getType();
       if (pType)
       {
-         if (! pType->isFromEnumeration()) { apply(& model_text_rules::nulProblem, item, "type", pType->getPrimitiveType(), "type"); }
+         if (! pType->isFromEnumeration()) { apply(& model_text_rules::typeProblem, item, "type", pType->getPrimitiveType(), "type"); }
          // A text default is escaped into a string literal; any other is written as code.
          const text_rule rule = (p.isString(true, -1) ? & model_text_rules::nulProblem : & model_text_rules::expressionProblem);
          apply(rule, item, "default value", pType->getDefaultValue(), "default");

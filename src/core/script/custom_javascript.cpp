@@ -1,5 +1,7 @@
 #include "script/custom_javascript.h"
 
+#include <QElapsedTimer>
+
 #include <QFile>
 #include <QFileInfo>
 #include <QMetaObject>
@@ -172,7 +174,35 @@ bool custom_javascript::createEngine()
    if (! m_fctRun.isCallable() || ! m_fctMakeParams.isCallable() || ! m_objHostApi.isObject()) { return false; }
    m_pEngine->globalObject().setProperty("tavrel", m_objHostApi);
    m_pWatchdog = std::make_unique<script_watchdog>();
+   m_iUsedMs = 0;
+   m_iEngineBaseBytes = script_watchdog::residentBytes();
    return true;
+}
+
+int custom_javascript::callTimeLimit() const
+{
+   if (m_iTotalTimeLimitMs <= 0) { return m_iTimeLimitMs; }
+   const qint64 iLeft = qMax<qint64>(1, m_iTotalTimeLimitMs - m_iUsedMs);
+   return ((m_iTimeLimitMs > 0) ? int(qMin<qint64>(m_iTimeLimitMs, iLeft)) : int(iLeft));
+}
+
+bool custom_javascript::totalTimeUsed() const { return ((m_iTotalTimeLimitMs > 0) && (m_iUsedMs >= m_iTotalTimeLimitMs)); }
+
+void custom_javascript::armWatchdog()
+{
+   const qint64 iTotal = ((m_iTotalMemoryLimitMb > 0) ? (qint64(m_iTotalMemoryLimitMb) * 1024 * 1024) : 0);
+   m_pWatchdog->arm(m_pEngine.get(), callTimeLimit(), m_iMemoryLimitMb, m_iEngineBaseBytes, iTotal);
+   m_callTimer.start();
+   m_iPausedMs = 0;
+}
+
+void custom_javascript::countCallTime() { m_iUsedMs += qMax<qint64>(0, m_callTimer.elapsed() - m_iPausedMs); }
+
+QString custom_javascript::timeStopReason(const QString & sAction) const
+{
+   if (totalTimeUsed())
+   { return tr("total time limit of %1 ms for the calls of one export exceeded at action '%2'").arg(m_iTotalTimeLimitMs).arg(sAction); }
+   return tr("time limit of %1 ms exceeded for action '%2'").arg(m_iTimeLimitMs).arg(sAction);
 }
 
 zy::ZyBool custom_javascript::evaluateFile(const QString & code, const QString & path)
@@ -186,7 +216,7 @@ zy::ZyBool custom_javascript::evaluateFile(const QString & code, const QString &
    QString message;
    m_bRunning = true;
    m_sCurrentAction.clear();
-   m_pWatchdog->arm(m_pEngine.get(), m_iTimeLimitMs, m_iMemoryLimitMb);
+   armWatchdog();
    try
    {
       const QJSValue result = m_pEngine->evaluate(code, path, 1, & stack);
@@ -200,8 +230,11 @@ zy::ZyBool custom_javascript::evaluateFile(const QString & code, const QString &
    }
    catch (const std::bad_alloc &) { outOfMemory = true; }
    const script_watchdog::enum_stop stop = m_pWatchdog->disarm();
+   countCallTime();
    m_bRunning = false;
 
+   if (stop == script_watchdog::stop_total_memory)
+   { return zy::ZyBool(false, tr("Custom javascript execution interrupted : total memory limit of %1 MB for one export exceeded while loading '%2'").arg(m_iTotalMemoryLimitMb).arg(path)); }
    if (stop == script_watchdog::stop_memory)
    { return zy::ZyBool(false, tr("Custom javascript execution interrupted : memory limit of %1 MB exceeded while loading '%2'").arg(m_iMemoryLimitMb).arg(path)); }
    if ((stop == script_watchdog::stop_time) || m_pEngine->isInterrupted())
@@ -243,6 +276,12 @@ zy::ZyBool custom_javascript::runExecute(model::project * pProject, model::entit
    { return zy::ZyBool(false, tr("Custom javascript stopped earlier (%1) : cannot execute action '%2'").arg(m_sStopReason, action)); }
    if (! isLoaded()) { return zy::ZyBool(false, tr("No custom javascript loaded : cannot execute action '%1'").arg(action)); }
    if (m_bRunning) { return zy::ZyBool(false, tr("Custom javascript is already running : cannot execute action '%1'").arg(action)); }
+   if (totalTimeUsed())
+   {
+      m_sStopReason = timeStopReason(action);
+      releaseEngine();
+      return zy::ZyBool(false, tr("Custom javascript execution interrupted : %1").arg(m_sStopReason));
+   }
 
    QJSEngine & engine = (* m_pEngine);
    QJSValue result;
@@ -263,15 +302,17 @@ zy::ZyBool custom_javascript::runExecute(model::project * pProject, model::entit
       const int flags = (pProject ? 1 : 0) | (pEntity ? 2 : 0) | (pProperty ? 4 : 0) | (pEnumeration ? 8 : 0);
       const QJSValue jsParams = m_fctMakeParams.call(QJSValueList() << m_iCallSerial << engine.toScriptValue(values) << flags);
 
-      m_pWatchdog->arm(m_pEngine.get(), m_iTimeLimitMs, m_iMemoryLimitMb);
+      armWatchdog();
       result = m_fctRun.call(QJSValueList() << m_fctExecute << jsParams << maxResultLength());
       // Reading a thrown value may run script code (its toString, a getter): still watched.
       outcome = readOutcome(result, action, params.value("default_value").toString());
       stop = m_pWatchdog->disarm();
+      countCallTime();
    }
    catch (const std::bad_alloc &)
    {
       stop = m_pWatchdog->disarm();
+      countCallTime();
       outOfMemory = true;
    }
    m_bRunning = false;
@@ -281,6 +322,13 @@ zy::ZyBool custom_javascript::runExecute(model::project * pProject, model::entit
    m_pCurProperty = nullptr;
    m_pCurEnumeration = nullptr;
 
+   if (stop == script_watchdog::stop_total_memory)
+   {
+      m_sStopReason = tr("total memory limit of %1 MB for one export exceeded at action '%2'").arg(m_iTotalMemoryLimitMb).arg(action);
+      result = QJSValue();
+      releaseEngine();
+      return zy::ZyBool(false, tr("Custom javascript execution interrupted : %1").arg(m_sStopReason));
+   }
    if ((stop == script_watchdog::stop_memory) || outOfMemory)
    {
       // What the script keeps in its globals would fill memory again at the next call, and an
@@ -297,7 +345,7 @@ zy::ZyBool custom_javascript::runExecute(model::project * pProject, model::entit
    {
       // A script that overran once will most likely overrun at every call (an endless loop):
       // drop it, so that an export costs one time limit and not one per generated fragment.
-      m_sStopReason = tr("time limit of %1 ms exceeded for action '%2'").arg(m_iTimeLimitMs).arg(action);
+      m_sStopReason = timeStopReason(action);
       result = QJSValue();
       releaseEngine();
       return zy::ZyBool(false, tr("Custom javascript execution interrupted : %1").arg(m_sStopReason));
@@ -348,8 +396,11 @@ void custom_javascript::scriptBreakpoint(const QString & text)
 {
    if (! m_bDebugging) { return; }
    if (m_pWatchdog) { m_pWatchdog->suspend(); }
+   QElapsedTimer paused;
+   paused.start();
    Q_EMIT onScriptBreakpoint(m_sCurrentAction, text);
-   if (m_pWatchdog) { m_pWatchdog->resume(m_iTimeLimitMs); }
+   m_iPausedMs += paused.elapsed();
+   if (m_pWatchdog) { m_pWatchdog->resume(callTimeLimit()); }
 }
 
 } // namespace tools

@@ -3,6 +3,7 @@
 #include <QHash>
 #include <QJSEngine>
 #include <QList>
+#include <QElapsedTimer>
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -51,6 +52,14 @@ private:
    plugin::base_interface * m_pPlugin = nullptr;
    int m_iTimeLimitMs = 10000;
    int m_iMemoryLimitMb = 512;
+   // What one load of the file (one export) may use over all its calls: many calls each
+   // under the limits above must not add up without end.
+   int m_iTotalTimeLimitMs = 120000;
+   int m_iTotalMemoryLimitMb = 1024;
+   qint64 m_iUsedMs = 0;
+   qint64 m_iEngineBaseBytes = -1;
+   QElapsedTimer m_callTimer;
+   qint64 m_iPausedMs = 0;
    // Why the engine was dropped during a call (time or memory); empty while it is usable.
    QString m_sStopReason;
    bool m_bDebugging = false;
@@ -101,6 +110,12 @@ public:
    // Growth of the process allowed to one call, in MB (0: no check); read when a call starts.
    int getMemoryLimit() const { return m_iMemoryLimitMb; }
    void setMemoryLimit(int mb) { m_iMemoryLimitMb = mb; }
+   // Time of all calls of one load of the file, in ms, and the growth of the process since
+   // the engine was made, in MB (0: no check).
+   int getTotalTimeLimit() const { return m_iTotalTimeLimitMs; }
+   void setTotalTimeLimit(int ms) { m_iTotalTimeLimitMs = ms; }
+   int getTotalMemoryLimit() const { return m_iTotalMemoryLimitMb; }
+   void setTotalMemoryLimit(int mb) { m_iTotalMemoryLimitMb = mb; }
    // Longest answer accepted from the script, in characters (16 Mi).
    static int maxResultLength() { return 16 * 1024 * 1024; }
    QString getFile() const { return m_sFile; }
@@ -124,6 +139,12 @@ Q_SIGNALS:
 
 private:
    void releaseEngine();
+   // The per-call deadline, shortened to what is left of the total.
+   int callTimeLimit() const;
+   bool totalTimeUsed() const;
+   void armWatchdog();
+   void countCallTime();
+   QString timeStopReason(const QString & sAction) const;
    // The steps of initEngine: the engine with its setup, then the file's top level.
    bool createEngine();
    zy::ZyBool evaluateFile(const QString & code, const QString & path);

@@ -11,10 +11,7 @@
 
 namespace tools {
 
-namespace {
-
-// Resident size of the process in bytes, -1 when unknown (the memory check is then off).
-qint64 residentBytes()
+qint64 script_watchdog::residentBytes()
 {
 #ifdef Q_OS_LINUX
    std::FILE * f = std::fopen("/proc/self/statm", "r");
@@ -29,8 +26,6 @@ qint64 residentBytes()
 #endif
 }
 
-} // namespace
-
 script_watchdog::script_watchdog() : m_thread([this]() { run(); }) { ; }
 
 script_watchdog::~script_watchdog()
@@ -40,7 +35,7 @@ script_watchdog::~script_watchdog()
    m_thread.join();
 }
 
-void script_watchdog::arm(QJSEngine * pEngine, int ms, int memoryMb)
+void script_watchdog::arm(QJSEngine * pEngine, int ms, int memoryMb, qint64 totalBase, qint64 totalLimitBytes)
 {
    const qint64 base = ((memoryMb > 0) ? residentBytes() : -1);
    {
@@ -49,6 +44,8 @@ void script_watchdog::arm(QJSEngine * pEngine, int ms, int memoryMb)
       m_eFired = stop_none;
       m_iMemoryBase = base;
       m_iMemoryLimit = ((base >= 0) ? (static_cast<qint64>(memoryMb) * 1024 * 1024) : 0);
+      m_iTotalBase = totalBase;
+      m_iTotalLimit = (((totalBase >= 0) && (totalLimitBytes > 0)) ? totalLimitBytes : 0);
       setDeadline(ms);
    }
    m_cond.notify_all();
@@ -59,6 +56,7 @@ script_watchdog::enum_stop script_watchdog::disarm()
    std::lock_guard<std::mutex> lock(m_mutex);
    m_bArmed = false;
    m_iMemoryLimit = 0;
+   m_iTotalLimit = 0;
    return m_eFired;
 }
 
@@ -72,7 +70,7 @@ void script_watchdog::resume(int ms)
 
 void script_watchdog::setDeadline(int ms)
 {
-   m_bArmed = ((ms > 0) || (m_iMemoryLimit > 0));
+   m_bArmed = ((ms > 0) || (m_iMemoryLimit > 0) || (m_iTotalLimit > 0));
    m_deadline = ((ms > 0) ? (clock::now() + std::chrono::milliseconds(ms)) : clock::time_point::max());
 }
 
@@ -91,14 +89,17 @@ void script_watchdog::run()
    {
       if (! m_bArmed) { m_cond.wait(lock); continue; }
       const clock::time_point now = clock::now();
-      const clock::time_point wake = ((m_iMemoryLimit > 0) ? std::min(m_deadline, now + k_poll) : m_deadline);
+      const bool bMemory = ((m_iMemoryLimit > 0) || (m_iTotalLimit > 0));
+      const clock::time_point wake = (bMemory ? std::min(m_deadline, now + k_poll) : m_deadline);
       m_cond.wait_until(lock, wake);
       if (! m_bArmed || m_bStop) { continue; }
       if (clock::now() >= m_deadline) { fire(stop_time); continue; }
-      if (m_iMemoryLimit > 0)
+      if (bMemory)
       {
          const qint64 resident = residentBytes();
-         if ((resident >= 0) && ((resident - m_iMemoryBase) > m_iMemoryLimit)) { fire(stop_memory); }
+         if (resident < 0) { continue; }
+         if ((m_iMemoryLimit > 0) && ((resident - m_iMemoryBase) > m_iMemoryLimit)) { fire(stop_memory); }
+         else if ((m_iTotalLimit > 0) && ((resident - m_iTotalBase) > m_iTotalLimit)) { fire(stop_total_memory); }
       }
    }
 }

@@ -438,11 +438,49 @@ void lineAndColumn(const QByteArray & data, qsizetype iOffset, int & iLine, int 
    iColumn = int(QString::fromUtf8(data.mid(iLineStart, iOffset - iLineStart)).size()) + 1;
 }
 
+// Offset of the first string of the document whose text is longer than iMax bytes (an escape
+// counts as one), -1 when there is none. One pass over the bytes: a huge text is refused before
+// the parser makes copies of it.
+qsizetype longStringOffset(const QByteArray & data, qsizetype iMax)
+{
+   const char * p = data.constData();
+   const qsizetype n = data.size();
+   for (qsizetype i = 0; i < n; ++i)
+   {
+      if (p[i] != '"') { continue; }
+      const qsizetype iStart = i;
+      qsizetype iLength = 0;
+      for (++i; (i < n) && (p[i] != '"'); ++i)
+      {
+         if (p[i] == '\\')
+         {
+            ++i;
+            if ((i < n) && (p[i] == 'u')) { i += 4; }
+         }
+         if (++iLength > iMax) { return iStart; }
+      }
+   }
+   return -1;
+}
+
 } // namespace
 
 zy::ZyBool parseText(json_text & text, const QString & fileName, model::project_ptr & result, bool bPiecewise)
 {
    result.reset();
+   {
+      const QByteArray & data = text.bytes();
+      const qsizetype iLong = longStringOffset(data, model::model_text_rules::k_iMaxTextBytes);
+      if (iLong >= 0)
+      {
+         json_reader reader(fileName);
+         int iLine = 0, iColumn = 0;
+         lineAndColumn(data, iLong, iLine, iColumn);
+         reader.errorAt(iLine, iColumn, QString("a text longer than %1 bytes starts here: a model text holds at most %1 bytes (%2 MiB)")
+                                           .arg(model::model_text_rules::k_iMaxTextBytes).arg(model::model_text_rules::k_iMaxTextBytes / (1024 * 1024)));
+         return zy::ZyBool(false, reader.text());
+      }
+   }
    auto finishProject = [& result](json_reader & reader, const model::project_ptr & pProject) -> zy::ZyBool
    {
       // Texts that would break out of the generated code where the export writes them.

@@ -1,5 +1,7 @@
 #include "storage/json_writer.h"
 
+#include <QBuffer>
+
 #include <QList>
 #include <QLocale>
 #include <QMap>
@@ -219,20 +221,44 @@ QByteArray enumerationText(const model::enumeration & e, const QByteArray & inde
 
 } // namespace
 
-QByteArray projectText(const model::project & project)
+// Items are written one at a time: the text of a large model is never held twice.
+template <class T, class F>
+bool writeArray(QIODevice & out, const QList<std::shared_ptr<T> > & lst, const QByteArray & indent, F itemText)
+{
+   qsizetype iLeft = 0;
+   for (const auto & p : lst) { if (p) { ++iLeft; } }
+   if (iLeft == 0) { return (out.write("[]") == 2); }
+   if (out.write("[\n") != 2) { return false; }
+   for (const auto & p : lst)
+   {
+      if (! p) { continue; }
+      QByteArray text = indent + "  " + itemText(* p, indent + "  ");
+      text.append((--iLeft > 0) ? ",\n" : "\n");
+      if (out.write(text) != text.size()) { return false; }
+   }
+   const QByteArray end = indent + "]";
+   return (out.write(end) == end.size());
+}
+
+bool writeProject(const model::project & project, QIODevice & out)
 {
    const QByteArray indent("  ");
-   QList<QByteArray> lstEntities;
-   for (const model::entity_ptr & p : (* project.getListOfAllEntities())) { if (p) { lstEntities.append(entityText(* p, indent + "  ")); } }
-   QList<QByteArray> lstEnums;
-   for (const model::enumeration_ptr & p : (* project.getListOfAllEnums())) { if (p) { lstEnums.append(enumerationText(* p, indent + "  ")); } }
+   const QByteArray head = "{\n" + indent + "\"name\": " + quoted(project.getName()) + ",\n" + indent + "\"entities\": ";
+   if (out.write(head) != head.size()) { return false; }
+   if (! writeArray(out, * project.getListOfAllEntities(), indent, & entityText)) { return false; }
+   const QByteArray middle = ",\n" + indent + "\"enumerations\": ";
+   if (out.write(middle) != middle.size()) { return false; }
+   if (! writeArray(out, * project.getListOfAllEnums(), indent, & enumerationText)) { return false; }
+   return (out.write("\n}\n") == 3);
+}
 
-   QByteArray out("{\n");
-   out.append(indent + "\"name\": " + quoted(project.getName()) + ",\n");
-   out.append(indent + "\"entities\": " + arrayBlock(lstEntities, indent) + ",\n");
-   out.append(indent + "\"enumerations\": " + arrayBlock(lstEnums, indent) + "\n");
-   out.append("}\n");
-   return out;
+QByteArray projectText(const model::project & project)
+{
+   QByteArray text;
+   QBuffer buffer(& text);
+   buffer.open(QIODevice::WriteOnly);
+   writeProject(project, buffer);
+   return text;
 }
 
 } // namespace json_write

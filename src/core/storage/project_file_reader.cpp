@@ -2,6 +2,7 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QSet>
 #include <QSqlError>
 
 #include <cmath>
@@ -22,21 +23,40 @@ namespace {
 // 2^53: every integer up to it is exact in a double.
 const double k_dMaxExactInteger = 9007199254740992.0;
 
-// Bounds are stored as JSON texts: a number comes back a number, a text a text.
-QVariant boundFromColumn(const QVariant & v)
+// Bounds are stored as JSON texts: a number comes back a number, a text a text. Anything else
+// was not written by Tavrel and is refused, as the JSON import refuses it: an empty string.
+QString boundFromColumn(const QVariant & v, bool bLength, QVariant & out)
 {
-   if (v.isNull()) { return QVariant(); }
-   const QJsonArray arr = QJsonDocument::fromJson("[" + v.toString().toUtf8() + "]").array();
-   if (arr.isEmpty()) { return QVariant(); }
+   out = QVariant();
+   if (v.isNull()) { return QString(); }
+   QJsonParseError error;
+   const QJsonArray arr = QJsonDocument::fromJson("[" + v.toString().toUtf8() + "]", & error).array();
+   const QString sWhat = (bLength ? QStringLiteral("a whole number of at least 0 or a text") : QStringLiteral("a number or a text"));
+   if ((error.error != QJsonParseError::NoError) || (arr.size() != 1))
+   { return QString("stored value '%1' is not %2").arg(v.toString().left(80), sWhat); }
    const QJsonValue value = arr.at(0);
-   if (value.isString()) { return QVariant(value.toString()); }
+   if (value.isString()) { out = QVariant(value.toString()); return QString(); }
    if (value.isDouble())
    {
       const double d = value.toDouble();
-      if ((double(qlonglong(d)) == d) && (std::abs(d) <= k_dMaxExactInteger)) { return QVariant(qlonglong(d)); }
-      return QVariant(d);
+      const bool bWhole = ((double(qlonglong(d)) == d) && (std::abs(d) <= k_dMaxExactInteger));
+      if (bLength && (! bWhole || (d < 0))) { return QString("stored value '%1' is not %2").arg(v.toString().left(80), sWhat); }
+      out = (bWhole ? QVariant(qlonglong(d)) : QVariant(d));
+      return QString();
    }
-   return value.toVariant();
+   return QString("stored value '%1' is not %2").arg(v.toString().left(80), sWhat);
+}
+
+// Equal texts of a large model (types, property names, namespaces) share one copy, as the JSON
+// import shares them. Bounded: texts met once would otherwise fill the table.
+QString sharedText(QSet<QString> & set, const QString & s)
+{
+   if (s.isEmpty()) { return s; }
+   const auto itr = set.constFind(s);
+   if (itr != set.constEnd()) { return (* itr); }
+   if (set.size() >= 4096) { set.clear(); }
+   set.insert(s);
+   return s;
 }
 
 // Hands the columns of a row, one after the other from a first column, to an item's setters.
@@ -46,17 +66,27 @@ class row_setter
    const QSqlQuery & m_q;
    T & m_item;
    int m_iColumn;
+   QSet<QString> & m_setTexts;
 
    QVariant next() { return m_q.value(m_iColumn++); }
 
 public:
-   row_setter(const QSqlQuery & q, T & item, int iFirstColumn) : m_q(q), m_item(item), m_iColumn(iFirstColumn) { ; }
+   row_setter(const QSqlQuery & q, T & item, int iFirstColumn, QSet<QString> & setTexts)
+      : m_q(q), m_item(item), m_iColumn(iFirstColumn), m_setTexts(setTexts) { ; }
 
-   row_setter & text(void (T::* pSet)(const QString &)) { (m_item.*pSet)(next().toString()); return (* this); }
+   row_setter & text(void (T::* pSet)(const QString &)) { (m_item.*pSet)(sharedText(m_setTexts, next().toString())); return (* this); }
    row_setter & flag(void (T::* pSet)(bool)) { (m_item.*pSet)(next().toBool()); return (* this); }
    row_setter & number(void (T::* pSet)(long)) { (m_item.*pSet)(long(next().toLongLong())); return (* this); }
    row_setter & code(void (T::* pSet)(int)) { (m_item.*pSet)(next().toInt()); return (* this); }
-   row_setter & bound(void (T::* pSet)(const QVariant &)) { (m_item.*pSet)(boundFromColumn(next())); return (* this); }
+   // A bound; a refused value leaves its reason in sError (the first one).
+   row_setter & bound(void (T::* pSet)(const QVariant &), bool bLength, const char * szField, QString & sError)
+   {
+      QVariant v;
+      const QString sProblem = boundFromColumn(next(), bLength, v);
+      if (! sProblem.isEmpty() && sError.isEmpty()) { sError = QLatin1String(szField) + QLatin1Char(' ') + sProblem; }
+      (m_item.*pSet)(v);
+      return (* this);
+   }
 };
 
 } // namespace
@@ -91,7 +121,39 @@ bool model_loader::load(model::project & project)
 {
    if (! loadProjectRow(project) || ! loadMeta()) { return false; }
    applyMeta("project", 1, project);
-   return (loadEnumerations(project) && loadEnumerationValues() && loadEntities(project) && loadProperties() && loadRelations());
+   return (loadEnumerations(project) && loadEnumerationValues() && loadEntities(project) && loadProperties() && loadRelations()
+           && checkMetaOwners());
+}
+
+bool model_loader::orphan(const char * szRow, const QString & sName, const char * szOwner, const QVariant & vOwnerSeq)
+{
+   m_sError = QString("%1 '%2' belongs to %3 %4, which the file does not hold (the file was edited or damaged)")
+                 .arg(QLatin1String(szRow), sName.left(80), QLatin1String(szOwner), vOwnerSeq.toString());
+   return false;
+}
+
+// Meta data of an item the file does not hold: refused like the other rows without their owner.
+bool model_loader::checkMetaOwners()
+{
+   for (auto itrKind = m_hashMeta.constBegin(); itrKind != m_hashMeta.constEnd(); ++itrKind)
+   {
+      const QString & sKind = itrKind.key();
+      for (auto itr = itrKind->constBegin(); itr != itrKind->constEnd(); ++itr)
+      {
+         const qlonglong lSeq = itr.key();
+         bool bKnown = false;
+         if (sKind == QLatin1String("project")) { bKnown = (lSeq == 1); }
+         else if (sKind == QLatin1String("enumeration")) { bKnown = m_hashEnums.contains(lSeq); }
+         else if (sKind == QLatin1String("entity")) { bKnown = m_hashEntities.contains(lSeq); }
+         else if (sKind == QLatin1String("property")) { bKnown = m_hashProperties.contains(lSeq); }
+         if (! bKnown)
+         {
+            const QString sKey = (itr->isEmpty() ? QString() : itr->first().first);
+            return orphan("meta data", sKey, qPrintable(sKind.left(40)), lSeq);
+         }
+      }
+   }
+   return true;
 }
 
 bool model_loader::loadProjectRow(model::project & project)
@@ -112,7 +174,11 @@ bool model_loader::loadMeta()
 {
    QSqlQuery & q = m_query;
    if (! select("SELECT owner_kind, owner_seq, meta_key, meta_value FROM t_meta_data ORDER BY seq")) { return false; }
-   while (q.next()) { m_hashMeta[q.value(0).toString()][q.value(1).toLongLong()].append(qMakePair(q.value(2).toString(), q.value(3).toString())); }
+   while (q.next())
+   {
+      m_hashMeta[q.value(0).toString()][q.value(1).toLongLong()].append(
+         qMakePair(sharedText(m_setTexts, q.value(2).toString()), sharedText(m_setTexts, q.value(3).toString())));
+   }
    return finished();
 }
 
@@ -125,7 +191,7 @@ bool model_loader::loadEnumerations(model::project & project)
    {
       auto pEnum = std::make_shared<E>();
       const qlonglong lSeq = q.value(0).toLongLong();
-      row_setter<E>(q, * pEnum, 1).number(& E::setId).text(& E::setName).text(& E::setNamespace).text(& E::setEnumName)
+      row_setter<E>(q, * pEnum, 1, m_setTexts).number(& E::setId).text(& E::setName).text(& E::setNamespace).text(& E::setEnumName)
          .flag(& E::setUseQtEnum).text(& E::setDescription).number(& E::setVersion);
       applyMeta("enumeration", lSeq, * pEnum);
       m_hashEnums.insert(lSeq, pEnum);
@@ -141,7 +207,8 @@ bool model_loader::loadEnumerationValues()
    while (q.next())
    {
       model::enumeration_ptr pEnum = m_hashEnums.value(q.value(0).toLongLong());
-      if (pEnum && ! pEnum->addKeyValue(q.value(1).toString(), q.value(2).toString()))
+      if (! pEnum) { return orphan("enumeration value", q.value(1).toString(), "enumeration", q.value(0)); }
+      if (! pEnum->addKeyValue(q.value(1).toString(), sharedText(m_setTexts, q.value(2).toString())))
       { m_sError = QString("Enumeration '%1' : value key '%2' is given more than once").arg(pEnum->getKey(), q.value(1).toString()); return false; }
    }
    return finished();
@@ -158,7 +225,7 @@ bool model_loader::loadEntities(model::project & project)
       auto pEntity = std::make_shared<E>();
       E & e = (* pEntity);
       const qlonglong lSeq = q.value(0).toLongLong();
-      row_setter<E>(q, e, 1).number(& E::setId).text(& E::setName).text(& E::setNamespace).number(& E::setVersion)
+      row_setter<E>(q, e, 1, m_setTexts).number(& E::setId).text(& E::setName).text(& E::setNamespace).number(& E::setVersion)
          .text(& E::setDescription).text(& E::setTableName).text(& E::setParentKey).flag(& E::setAbstract).flag(& E::setReadOnly)
          .text(& E::setSoftDeleteColumn).text(& E::setValidatorMethod);
       int iColumn = 12;
@@ -181,16 +248,16 @@ bool model_loader::loadProperties()
    while (q.next())
    {
       model::entity_ptr pEntity = m_hashEntities.value(q.value(1).toLongLong());
-      if (! pEntity) { continue; }
+      if (! pEntity) { return orphan("property", q.value(3).toString(), "entity", q.value(1)); }
       auto pProperty = std::make_shared<P>();
       P & p = (* pProperty);
       const qlonglong lSeq = q.value(0).toLongLong();
-      row_setter<P>(q, p, 2).number(& P::setId).text(& P::setName);
+      row_setter<P>(q, p, 2, m_setTexts).number(& P::setId).text(& P::setName);
       if (q.value(4).toBool())
       {
          auto pType = std::make_shared<model::property_type>();
          pType->setId(p.getId());
-         pType->setPrimitiveType(q.value(5).toString());
+         pType->setPrimitiveType(sharedText(m_setTexts, q.value(5).toString()));
          // No stored text: the type comes from the enumeration (resolveLinks fills it in).
          pType->setFromEnumeration(q.value(5).isNull());
          pType->setDecoration(q.value(6).toInt());
@@ -198,11 +265,15 @@ bool model_loader::loadProperties()
          pType->setDefaultValue(q.value(8).toString());
          p.setType(pType);
       }
-      row_setter<P>(q, p, 9).text(& P::setEnumerationKey).flag(& P::setPrimaryKey).text(& P::setColumnName).text(& P::setDescription)
+      QString sBound;
+      row_setter<P>(q, p, 9, m_setTexts).text(& P::setEnumerationKey).flag(& P::setPrimaryKey).text(& P::setColumnName).text(& P::setDescription)
          .number(& P::setVersion).code(& P::setAccessibility).flag(& P::setWriteAccessors).flag(& P::setObsolete).flag(& P::setReadOnly)
          .text(& P::setGetMethod).text(& P::setSetMethod).flag(& P::setTransient).flag(& P::setSerializable).flag(& P::setIndex)
-         .flag(& P::setUnique).flag(& P::setAllowNull).bound(& P::setMinValue).bound(& P::setMaxValue).bound(& P::setMinLength)
-         .bound(& P::setMaxLength).text(& P::setRegExp).text(& P::setForceSqlType).text(& P::setForceSqlAlias).text(& P::setFormat);
+         .flag(& P::setUnique).flag(& P::setAllowNull).bound(& P::setMinValue, false, "min value", sBound)
+         .bound(& P::setMaxValue, false, "max value", sBound).bound(& P::setMinLength, true, "min length", sBound)
+         .bound(& P::setMaxLength, true, "max length", sBound).text(& P::setRegExp).text(& P::setForceSqlType).text(& P::setForceSqlAlias).text(& P::setFormat);
+      if (! sBound.isEmpty())
+      { m_sError = QString("Entity '%1' : property '%2' : %3").arg(pEntity->getKey(), p.getName(), sBound); return false; }
       applyMeta("property", lSeq, p);
       m_hashProperties.insert(lSeq, pProperty);
       pEntity->addProperty(pProperty);
@@ -219,9 +290,9 @@ bool model_loader::loadRelations()
    while (q.next())
    {
       model::property_ptr pProperty = m_hashProperties.value(q.value(0).toLongLong());
-      if (! pProperty) { continue; }
+      if (! pProperty) { return orphan("relationship", q.value(3).toString(), "property", q.value(0)); }
       auto pRelation = std::make_shared<R>();
-      row_setter<R>(q, * pRelation, 1).number(& R::setId).code(& R::setType).text(& R::setTargetKey).text(& R::setForeignKey)
+      row_setter<R>(q, * pRelation, 1, m_setTexts).number(& R::setId).code(& R::setType).text(& R::setTargetKey).text(& R::setForeignKey)
          .text(& R::setForeignKeyOwner).text(& R::setExtraTable);
       pProperty->setRelation(pRelation);
    }

@@ -3,9 +3,11 @@
 #include <QHash>
 #include <QList>
 #include <QPair>
+#include <QSet>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QString>
+#include <QVariant>
 
 #include "model/model_fwd.h"
 
@@ -22,6 +24,7 @@ class model_loader
    QHash<qlonglong, model::enumeration_ptr> m_hashEnums;
    QHash<qlonglong, model::entity_ptr> m_hashEntities;
    QHash<qlonglong, model::property_ptr> m_hashProperties;
+   QSet<QString> m_setTexts;
 
    bool select(const QString & sql);
    bool finished();
@@ -34,6 +37,9 @@ class model_loader
    bool loadEntities(model::project & project);
    bool loadProperties();
    bool loadRelations();
+   bool checkMetaOwners();
+   // Refuses a row whose owner row is missing; false.
+   bool orphan(const char * szRow, const QString & sName, const char * szOwner, const QVariant & vOwnerSeq);
 
 public:
    explicit model_loader(QSqlDatabase & db);

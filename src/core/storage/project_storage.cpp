@@ -2,6 +2,7 @@
 
 #include <QAtomicInt>
 #include <QFile>
+#include <QDir>
 #include <QFileInfo>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -47,6 +48,22 @@ QString fileProblem(const QString & sFile)
    return QString();
 }
 
+// A project file is written in place: through a link it would replace another project (or
+// any file) the link points to. SQLite's journal beside it is written the same way.
+QString linkProblem(const QString & sFile)
+{
+   for (const QString & sPath : { sFile, sFile + "-journal", sFile + "-wal", sFile + "-shm" })
+   {
+      const QFileInfo info(sPath);
+      if (info.isSymLink())
+      {
+         return QString("'%1' is a symbolic link (to '%2'); a project file is not written through a link: remove the link or name the file it points to")
+            .arg(QDir::toNativeSeparators(sPath), QDir::toNativeSeparators(info.symLinkTarget()));
+      }
+   }
+   return QString();
+}
+
 // A database connection of its own, removed when the scope ends.
 class scoped_connection
 {
@@ -88,6 +105,8 @@ void project_storage::closeDatabase(QSqlDatabase & database)
 zy::ZyBool project_storage::openDatabase(const QString & projectFile, QSqlDatabase & database)
 {
    const QString sFile = QFileInfo(projectFile).absoluteFilePath();
+   const QString sLink = linkProblem(sFile);
+   if (! sLink.isEmpty()) { return zy::ZyBool(false, sLink); }
    const QString sProblem = fileProblem(sFile);
    if (! sProblem.isEmpty()) { return zy::ZyBool(false, sProblem); }
 
@@ -127,6 +146,8 @@ zy::ZyBool project_storage::openDatabase(const QString & projectFile, QSqlDataba
 zy::ZyBool project_storage::saveProject(const model::project & project, const QString & projectFile)
 {
    const QString sFile = QFileInfo(projectFile).absoluteFilePath();
+   const QString sLink = linkProblem(sFile);
+   if (! sLink.isEmpty()) { return zy::ZyBool(false, sLink); }
    const QString sProblem = fileProblem(sFile);
    if (! sProblem.isEmpty()) { return zy::ZyBool(false, sProblem); }
    const bool bNewFile = ! QFileInfo::exists(sFile);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QIODevice>
 #include <QSqlDatabase>
 #include <QString>
 
@@ -39,6 +40,9 @@ public:
    static zy::ZyBool readJsonFile(const QString & jsonFile, model::project_ptr & result);
    // The JSON model document of a project (import of the result gives the same model).
    static QByteArray toJson(const model::project & project);
+   // The same text written to a device as it is made (a large model's text is never whole in
+   // memory); false when a write fails.
+   static bool writeJson(const model::project & project, QIODevice & out);
 
    // Creates or refreshes a project file from a JSON model: the model tables are replaced and
    // "t_plugin_params" kept. On failure the existing project file is left untouched.

@@ -43,4 +43,9 @@ QByteArray project_storage::toJson(const model::project & project)
    return json_write::projectText(project);
 }
 
+bool project_storage::writeJson(const model::project & project, QIODevice & out)
+{
+   return json_write::writeProject(project, out);
+}
+
 } // namespace storage

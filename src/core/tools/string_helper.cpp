@@ -25,6 +25,11 @@ QString string_helper::toCppString(const QString & s)
          case u'\r': result += QLatin1String("\\r"); break;
          case u'\n': result += QLatin1String("\\n"); break;
          case u'\t': result += QLatin1String("\\t"); break;
+         // "??" would start a trigraph where a compiler still reads them ("??/" is a backslash).
+         case u'?':
+            if (! result.isEmpty() && (result.back() == QLatin1Char('?'))) { result += QLatin1String("\\?"); }
+            else { result += c; }
+            break;
          default:
             // Always three octal digits: a following digit can't be read as part of the escape.
             if ((code < 0x20) || (code == 0x7f)) { result += QString("\\%1").arg(static_cast<int>(code), 3, 8, QChar('0')); }

@@ -13,7 +13,7 @@ public:
    // Every generated file is written in UTF-8 without a byte-order mark.
    static void initTextStream(QTextStream * pStream);
    // Body of a C++ string literal: backslash, quote, CR, LF and tab escaped, any other control
-   // character as a three-digit octal escape.
+   // character as a three-digit octal escape, a "?" after a "?" as "\\?".
    static QString toCppString(const QString & s);
 };
 
