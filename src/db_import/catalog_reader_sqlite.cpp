@@ -66,7 +66,7 @@ bool catalog_reader::readSqlite(const QSqlDatabase & database, const import_opti
       qColumns.bindValue(0, sTable);
       if (! qColumns.exec())
       {
-         const QString sReason = qColumns.lastError().text().trimmed();
+         const QString sReason = qColumns.lastError().databaseText().trimmed();
          const QString sWhat = QString("%1 %2 cannot be read: %3").arg(object.second ? "view" : "table", sTable, sReason);
          if (! object.second || options.bStrict) { sError = sWhat; return false; }
          catalog.lstWarnings.append(sWhat + ", left out");

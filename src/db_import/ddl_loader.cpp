@@ -131,8 +131,8 @@ int authorize(void * pUser, int iAction, const char * z1, const char * z2, const
       case SQLITE_ATTACH: return refuse("ATTACH reaches files outside the script's database");
       case SQLITE_DETACH: return refuse("DETACH is not part of a schema");
       case SQLITE_PRAGMA:
-         // The full-text modules ask for the page size when they create their tables.
-         if (isOneOf(z1, { "page_size" }) && ! z2) { return SQLITE_OK; }
+         // The full-text modules read these (never set them) when they create and fill their tables.
+         if (isOneOf(z1, { "page_size", "data_version" }) && ! z2) { return SQLITE_OK; }
          if (pGuard->bCatalog && isOneOf(z1, { "table_info", "table_xinfo", "foreign_key_list", "index_list", "index_info", "index_xinfo" })) { return SQLITE_OK; }
          return refuse(QString("PRAGMA %1 is not part of a schema").arg(QString::fromUtf8(z1 ? z1 : "")));
       case SQLITE_FUNCTION:

@@ -81,7 +81,7 @@ TEST_F(ImportDbCli, UsageErrorsExitWithTwo)
    const QList<QStringList> lstCalls {
       { "import-db" }, { "import-db", "sqlite:x.db" }, { "import-db", "sqlite:x.db", "out.txt" },
       { "import-db", "--ddl", sDdl, "sqlite:x.db", "out.tavrel" }, { "import-db", "--class-names", "snake", "--ddl", sDdl, "out.tavrel" },
-      { "import-db", "--strict", "sqlite:x.db", "out.tavrel" }, { "import-db", "--bogus", "--ddl", sDdl, "out.tavrel" } };
+      { "import-db", "--name", "a-b", "--ddl", sDdl, "out.tavrel" }, { "import-db", "--bogus", "--ddl", sDdl, "out.tavrel" } };
    for (const QStringList & args : lstCalls)
    {
       const cli_result r = runTavrel(args);
@@ -97,7 +97,7 @@ TEST_F(ImportDbCli, HelpListsTheOptionsAndTheMainHelpTheCommand)
    EXPECT_EQ(r.code, 0);
    EXPECT_TRUE(r.out.startsWith("Usage: tavrel import-db SOURCE OUT")) << r.out.toStdString();
    for (const char * s : { "--ddl", "--strict", "--class-names", "--property-names", "--namespace", "--decimal-as", "--nullable",
-                           "--no-inverse", "--tables", "--exclude", "--prune", "--dry-run", "TAVREL_DB_PASSWORD" })
+                           "--no-inverse", "--tables", "--exclude", "--prune", "--dry-run", "--name", "TAVREL_DB_PASSWORD" })
    { EXPECT_TRUE(r.out.contains(s)) << s; }
    r = runTavrel({ "--help" });
    EXPECT_TRUE(r.out.contains("import-db SOURCE OUT")) << r.out.toStdString();
