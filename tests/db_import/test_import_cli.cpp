@@ -127,17 +127,17 @@ TEST_F(ImportDbCli, JsonOutputIsWrittenAndRefreshed)
 TEST_F(ImportDbCli, AFailingDdlStatementIsSkippedWithItsLineOrFailsWhenStrict)
 {
    const QString sBad = write("bad.sql", QString(k_sDdl) + "\nCREATE TABLE broken (id BIGINT PRIMARY KEY,, x);\nCREATE TABLE note (id BIGINT PRIMARY KEY);\n");
-   expectFailure(runTavrel({ "import-db", "--strict", "--ddl", sBad, m_sProject }), "bad.sql:4: statement failed");
+   expectFailure(runTavrel({ "import-db", "--strict", "--ddl", sBad, m_sProject }), "bad.sql:4:44: statement failed: near \",\": syntax error: CREATE TABLE broken");
    const cli_result r = runTavrel({ "import-db", "--ddl", sBad, m_sProject, "--dry-run" });
    EXPECT_EQ(r.code, 0) << r.err.toStdString();
-   EXPECT_TRUE(r.err.contains("warning: bad.sql:4: statement skipped")) << r.err.toStdString();
+   EXPECT_TRUE(r.err.contains("warning: bad.sql:4:44: statement skipped")) << r.err.toStdString();
    EXPECT_TRUE(r.out.contains("+ entity Note (table note)")) << r.out.toStdString();
 }
 
 TEST_F(ImportDbCli, AKeywordAsATableNameIsReportedUnlessQuoted)
 {
    const QString sKeyword = write("keyword.sql", "CREATE TABLE order (id BIGINT PRIMARY KEY);\n");
-   expectFailure(runTavrel({ "import-db", "--strict", "--ddl", sKeyword, m_sProject }), "keyword.sql:1: statement failed");
+   expectFailure(runTavrel({ "import-db", "--strict", "--ddl", sKeyword, m_sProject }), "keyword.sql:1:14: statement failed: near \"order\"");
    expectFailure(runTavrel({ "import-db", "--ddl", sKeyword, m_sProject }), "has no statement SQLite could run");
    const cli_result r = runTavrel({ "import-db", "--ddl", write("quoted.sql", "CREATE TABLE \"order\" (id BIGINT PRIMARY KEY);\n"),
                                    m_dir.path() + "/quoted.json" });
