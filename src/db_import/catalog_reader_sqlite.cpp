@@ -62,7 +62,8 @@ bool catalog_reader::readSqlite(const QSqlDatabase & database, const import_opti
    for (const auto & object : lstObjects)
    {
       const QString & sTable = object.first;
-      if (setShadow.contains(sTable) || ! options.accepts(sTable)) { continue; }
+      if (setShadow.contains(sTable)) { continue; }
+      if (! options.accepts(sTable)) { ++catalog.iFiltered; continue; }
       qColumns.bindValue(0, sTable);
       if (! qColumns.exec())
       {

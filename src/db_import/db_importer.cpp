@@ -76,7 +76,7 @@ bool db_importer::importInto(const db_catalog & catalog, const model::project_pt
    if (! mapper.getErrors().isEmpty()) { sError = mapper.getErrors().join("\n"); return false; }
    if (pFresh->getListOfAllEntities()->isEmpty())
    {
-      sError = (catalog.lstTables.isEmpty() ? QString("the source has no table or view") : QString("no table matches the --tables and --exclude filters"));
+      sError = ((catalog.lstTables.isEmpty() && (catalog.iFiltered == 0)) ? QString("the source has no table or view") : QString("no table matches the --tables and --exclude filters"));
       return false;
    }
    if (bLarge) { progress("merging into the project"); }
