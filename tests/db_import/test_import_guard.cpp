@@ -131,6 +131,18 @@ TEST_F(ImportDbGuard, ADumpsForeignKeysPragmaAndItsTransactionStillLoad)
    EXPECT_EQ(entities(path("dump.json")), QStringList { "Item" });
 }
 
+// Rows rather than tables: SQLite's own time for many tables would make the test slow.
+TEST_F(ImportDbGuard, ALongScriptSaysHowFarItIs)
+{
+   QString sScript = "CREATE TABLE item (id INTEGER PRIMARY KEY);\n";
+   const qsizetype iRows = db_import::ddl_loader::k_iProgressStatements + 1;
+   for (qsizetype i = 0; i < iRows; ++i) { sScript += QString("INSERT INTO item VALUES (%1);\n").arg(i); }
+   const cli_result r = runTavrel({ "import-db", "--ddl", write("long.sql", sScript), path("long.json") });
+   EXPECT_EQ(r.code, 0) << r.err.toStdString();
+   EXPECT_TRUE(r.err.contains(QString("tavrel: ran %1 of %2 statements...\n").arg(db_import::ddl_loader::k_iProgressStatements).arg(iRows + 1))) << r.err.toStdString();
+   EXPECT_EQ(r.err.count("statements..."), 1) << r.err.toStdString();
+}
+
 TEST_F(ImportDbGuard, AFailingStatementNamesItsLineAndColumn)
 {
    const QString sDdl = write("bad.sql", "CREATE TABLE a (id INTEGER PRIMARY KEY);\n\nCREATE TABLE b (\n   id INTEGER PRIMARY KEY,, x);\n");
