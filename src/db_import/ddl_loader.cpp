@@ -346,7 +346,8 @@ bool ddl_loader::loadText(const QString & sScript, const QString & sName, bool b
          if (p >= pEnd) { break; }
          const QByteArray sWord = firstWord(p, pEnd);
          const qsizetype iAt = (p - pBegin);
-         const QString sShown = shownStatement(QString::fromUtf8(p, int(pEnd - p)));
+         // Only the start is shown: converting the rest each time would cost its length again.
+         const QString sShown = shownStatement(QString::fromUtf8(p, int(qMin<qsizetype>(pEnd - p, 4 * k_iShownStatement))));
          if (! isSchemaStatement(sWord))
          {
             sError = place(iAt) + "statement refused: " + sShown + " (a DDL script may only create, change or drop tables, views, indexes and triggers and insert rows)";
