@@ -298,6 +298,74 @@ bool ddl_loader::load(const QString & sFile, bool bStrict, QString & sError)
    return loadText(QString::fromUtf8(f.readAll()), QFileInfo(sFile).fileName(), bStrict, sError);
 }
 
+// False when the load ends (sError says why); a statement SQLite cannot run is a warning unless
+// strict.
+bool ddl_loader::runStatement(sqlite3 * pDb, const statement & s, const QString & sName, bool bStrict, qsizetype & iRun, QString & sError)
+{
+   const QByteArray utf8 = s.sText.toUtf8();
+   const char * pBegin = utf8.constData();
+   const char * pEnd = pBegin + utf8.size();
+   const char * p = pBegin;
+   // Where a message points: a byte offset in the statement made a line and column.
+   auto place = [&](qsizetype iOffset)
+   {
+      const QString sBefore = QString::fromUtf8(pBegin, qMin<qsizetype>(iOffset, utf8.size()));
+      const qsizetype iNewline = sBefore.lastIndexOf('\n');
+      const int iLine = s.iLine + int(sBefore.count('\n'));
+      const int iColumn = ((iNewline < 0) ? (s.iColumn + int(sBefore.size())) : int(sBefore.size() - iNewline));
+      return QString("%1:%2:%3: ").arg(sName).arg(iLine).arg(iColumn);
+   };
+   // One statement may hold several when the split missed a ";" SQLite sees: each is checked.
+   while (p < pEnd)
+   {
+      p = skipBlank(p, pEnd);
+      if (p >= pEnd) { break; }
+      const QByteArray sWord = firstWord(p, pEnd);
+      const qsizetype iAt = (p - pBegin);
+      // Only the start is shown: converting the rest each time would cost its length again.
+      const QString sShown = shownStatement(QString::fromUtf8(p, int(qMin<qsizetype>(pEnd - p, 4 * k_iShownStatement))));
+      if (! isSchemaStatement(sWord))
+      {
+         sError = place(iAt) + "statement refused: " + sShown + " (a DDL script may only create, change or drop tables, views, indexes and triggers and insert rows)";
+         return false;
+      }
+      m_pGuard->sRefused.clear();
+      m_pGuard->iChecks = 0;
+      sqlite3_stmt * pStatement = nullptr;
+      const char * pTail = nullptr;
+      int rc = sqlite3_prepare_v2(pDb, p, int(pEnd - p), & pStatement, & pTail);
+      if ((rc == SQLITE_OK) && pStatement)
+      {
+         while ((rc = sqlite3_step(pStatement)) == SQLITE_ROW) { ; }
+         if (rc == SQLITE_DONE) { rc = SQLITE_OK; }
+      }
+      const QString sMessage = QString::fromUtf8(sqlite3_errmsg(pDb)).trimmed();
+      const int iOffset = ((rc == SQLITE_OK) ? -1 : sqlite3_error_offset(pDb));
+      sqlite3_finalize(pStatement);
+      if (! m_pGuard->sRefused.isEmpty())
+      {
+         sError = place(iAt) + "statement refused: " + sShown + " (" + m_pGuard->sRefused + ")";
+         return false;
+      }
+      if (rc == SQLITE_INTERRUPT)
+      {
+         sError = place(iAt) + "statement stopped: " + sShown + QString(" (it ran %1 SQLite steps, the most one statement of a DDL script may take)").arg(k_iStepLimit);
+         return false;
+      }
+      if (rc != SQLITE_OK)
+      {
+         const QString sWhere = place((iOffset >= 0) ? ((p - pBegin) + iOffset) : iAt);
+         if (bStrict) { sError = sWhere + "statement failed: " + sMessage + ": " + sShown; return false; }
+         m_lstWarnings.append(sWhere + "statement skipped: " + sMessage + ": " + sShown);
+         break;
+      }
+      ++iRun;
+      if (! pStatement || (pTail <= p)) { break; }
+      p = pTail;
+   }
+   return true;
+}
+
 bool ddl_loader::loadText(const QString & sScript, const QString & sName, bool bStrict, QString & sError)
 {
    split_error error;
@@ -325,68 +393,7 @@ bool ddl_loader::loadText(const QString & sScript, const QString & sName, bool b
    {
       if (m_fnProgress && (iDone > 0) && ((iDone % k_iProgressStatements) == 0)) { m_fnProgress(iDone, lstStatements.size()); }
       ++iDone;
-      if (isForeignKeysPragma(s.sText)) { continue; }
-      const QByteArray utf8 = s.sText.toUtf8();
-      const char * pBegin = utf8.constData();
-      const char * pEnd = pBegin + utf8.size();
-      const char * p = pBegin;
-      // Where a message points: a byte offset in the statement made a line and column.
-      auto place = [&](qsizetype iOffset)
-      {
-         const QString sBefore = QString::fromUtf8(pBegin, qMin<qsizetype>(iOffset, utf8.size()));
-         const qsizetype iNewline = sBefore.lastIndexOf('\n');
-         const int iLine = s.iLine + int(sBefore.count('\n'));
-         const int iColumn = ((iNewline < 0) ? (s.iColumn + int(sBefore.size())) : int(sBefore.size() - iNewline));
-         return QString("%1:%2:%3: ").arg(sName).arg(iLine).arg(iColumn);
-      };
-      // One statement may hold several when the split missed a ";" SQLite sees: each is checked.
-      while (p < pEnd)
-      {
-         p = skipBlank(p, pEnd);
-         if (p >= pEnd) { break; }
-         const QByteArray sWord = firstWord(p, pEnd);
-         const qsizetype iAt = (p - pBegin);
-         // Only the start is shown: converting the rest each time would cost its length again.
-         const QString sShown = shownStatement(QString::fromUtf8(p, int(qMin<qsizetype>(pEnd - p, 4 * k_iShownStatement))));
-         if (! isSchemaStatement(sWord))
-         {
-            sError = place(iAt) + "statement refused: " + sShown + " (a DDL script may only create, change or drop tables, views, indexes and triggers and insert rows)";
-            return false;
-         }
-         m_pGuard->sRefused.clear();
-         m_pGuard->iChecks = 0;
-         sqlite3_stmt * pStatement = nullptr;
-         const char * pTail = nullptr;
-         int rc = sqlite3_prepare_v2(pDb, p, int(pEnd - p), & pStatement, & pTail);
-         if ((rc == SQLITE_OK) && pStatement)
-         {
-            while ((rc = sqlite3_step(pStatement)) == SQLITE_ROW) { ; }
-            if (rc == SQLITE_DONE) { rc = SQLITE_OK; }
-         }
-         const QString sMessage = QString::fromUtf8(sqlite3_errmsg(pDb)).trimmed();
-         const int iOffset = ((rc == SQLITE_OK) ? -1 : sqlite3_error_offset(pDb));
-         sqlite3_finalize(pStatement);
-         if (! m_pGuard->sRefused.isEmpty())
-         {
-            sError = place(iAt) + "statement refused: " + sShown + " (" + m_pGuard->sRefused + ")";
-            return false;
-         }
-         if (rc == SQLITE_INTERRUPT)
-         {
-            sError = place(iAt) + "statement stopped: " + sShown + QString(" (it ran %1 SQLite steps, the most one statement of a DDL script may take)").arg(k_iStepLimit);
-            return false;
-         }
-         if (rc != SQLITE_OK)
-         {
-            const QString sWhere = place((iOffset >= 0) ? ((p - pBegin) + iOffset) : iAt);
-            if (bStrict) { sError = sWhere + "statement failed: " + sMessage + ": " + sShown; return false; }
-            m_lstWarnings.append(sWhere + "statement skipped: " + sMessage + ": " + sShown);
-            break;
-         }
-         ++iRun;
-         if (! pStatement || (pTail <= p)) { break; }
-         p = pTail;
-      }
+      if (! isForeignKeysPragma(s.sText) && ! runStatement(pDb, s, sName, bStrict, iRun, sError)) { return false; }
    }
    // The catalog reader's pragmas are let through; the script's limit no longer applies.
    m_pGuard->bCatalog = true;

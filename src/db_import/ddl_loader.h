@@ -7,6 +7,8 @@
 #include <functional>
 #include <memory>
 
+struct sqlite3;
+
 namespace db_import {
 
 // A schema kept as a SQL script: its statements run one by one on an in-memory SQLite database,
@@ -61,6 +63,8 @@ public:
    struct guard;
 
 private:
+   bool runStatement(sqlite3 * pDb, const statement & s, const QString & sName, bool bStrict, qsizetype & iRun, QString & sError);
+
    QString m_sConnection;
    QStringList m_lstWarnings;
    std::unique_ptr<guard> m_pGuard;
