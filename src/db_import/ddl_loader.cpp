@@ -22,6 +22,7 @@ struct ddl_loader::guard
    // Why the authorizer refused the statement being prepared; empty when it did not.
    QString sRefused;
    long long iChecks = 0;
+   long long iScriptChecks = 0;
 };
 
 namespace {
@@ -161,7 +162,9 @@ int countSteps(void * pUser)
 {
    auto * pGuard = static_cast<ddl_loader::guard *>(pUser);
    if (pGuard->bCatalog) { return 0; }
-   return ((++pGuard->iChecks * ddl_loader::k_iStepsPerCheck) > ddl_loader::k_iStepLimit) ? 1 : 0;
+   ++pGuard->iScriptChecks;
+   return ((((++pGuard->iChecks) * ddl_loader::k_iStepsPerCheck) > ddl_loader::k_iStepLimit) ||
+           ((pGuard->iScriptChecks * ddl_loader::k_iStepsPerCheck) > ddl_loader::k_iScriptStepLimit)) ? 1 : 0;
 }
 
 // Where the text from p on has its first character outside blanks and comments.
@@ -349,7 +352,10 @@ bool ddl_loader::runStatement(sqlite3 * pDb, const statement & s, const QString 
       }
       if (rc == SQLITE_INTERRUPT)
       {
-         sError = place(iAt) + "statement stopped: " + sShown + QString(" (it ran %1 SQLite steps, the most one statement of a DDL script may take)").arg(k_iStepLimit);
+         const bool bScript = ((m_pGuard->iScriptChecks * k_iStepsPerCheck) > k_iScriptStepLimit);
+         sError = place(iAt) + "statement stopped: " + sShown +
+                  (bScript ? QString(" (the script ran %1 SQLite steps in all, the most a DDL script may take)").arg(k_iScriptStepLimit)
+                           : QString(" (it ran %1 SQLite steps, the most one statement of a DDL script may take)").arg(k_iStepLimit));
          return false;
       }
       if (rc != SQLITE_OK)
@@ -384,6 +390,7 @@ bool ddl_loader::loadText(const QString & sScript, const QString & sName, bool b
    sqlite3_db_config(pDb, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
    sqlite3_db_config(pDb, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
    m_pGuard->bCatalog = false;
+   m_pGuard->iScriptChecks = 0;
    sqlite3_set_authorizer(pDb, & authorize, m_pGuard.get());
    sqlite3_progress_handler(pDb, k_iStepsPerCheck, & countSteps, m_pGuard.get());
 

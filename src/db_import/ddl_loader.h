@@ -18,12 +18,15 @@ namespace db_import {
 // The script is not trusted: it may only create, change and drop schema objects of its scratch
 // database and insert rows into it. Anything else (ATTACH, DETACH, VACUUM, PRAGMA, SELECT,
 // UPDATE, DELETE, temporary objects, load_extension(), virtual tables of unknown modules) is
-// refused and ends the load, and no statement may run more than k_iStepLimit SQLite steps.
+// refused and ends the load, and no statement may run more than k_iStepLimit SQLite steps, nor
+// the whole script more than k_iScriptStepLimit.
 class ddl_loader
 {
 public:
    // About a second of work for SQLite; a schema statement needs a tiny fraction of it.
    static constexpr long long k_iStepLimit = 100'000'000;
+   // The whole script: rows inserted by many statements just under the limit add up.
+   static constexpr long long k_iScriptStepLimit = 5 * k_iStepLimit;
    // How many steps run between two checks of the limit.
    static constexpr int k_iStepsPerCheck = 10'000;
 
