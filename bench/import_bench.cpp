@@ -4,6 +4,7 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QSqlRecord>
@@ -16,6 +17,7 @@
 #include <random>
 
 #include "db_import/db_importer.h"
+#include "db_import/ddl_loader.h"
 #include "model/project.h"
 #include "storage/project_storage.h"
 
@@ -179,6 +181,45 @@ bool benchSqlite(int iTables, int iRepeat, const QString & sDir, QString & sErro
    return bOk;
 }
 
+// The splitting of a script into placed statements alone (tavrel's own pass over the text).
+qint64 timeSplit(int iTables, int iRepeat)
+{
+   const QString sScript = schemaStatements(iTables).join(";\n") + ";\n";
+   std::vector<qint64> v;
+   for (int r = 0; r < iRepeat; ++r)
+   {
+      QElapsedTimer t;
+      t.start();
+      const qsizetype n = db_import::ddl_loader::split(sScript).size();
+      v.push_back(t.elapsed() + ((n < 0) ? 1 : 0));
+   }
+   return median(v);
+}
+
+// The same schema as a DDL script read by "import-db --ddl": the script's load, the catalog read
+// and the mapping timed together (the median of the runs), in milliseconds.
+qint64 timeDdl(int iTables, int iRepeat, const QString & sDir, QString & sError)
+{
+   const QString sFile = sDir + QString("/bench%1.sql").arg(iTables);
+   QFile f(sFile);
+   if (! f.open(QIODevice::WriteOnly)) { sError = f.errorString(); return -1; }
+   f.write(schemaStatements(iTables).join(";\n").toUtf8() + ";\n");
+   f.close();
+   std::vector<qint64> v;
+   for (int r = 0; r < iRepeat; ++r)
+   {
+      QElapsedTimer t;
+      t.start();
+      db_import::db_importer importer { db_import::import_options() };
+      db_import::db_catalog catalog;
+      auto pProject = std::make_shared<model::project>();
+      pProject->setName("bench");
+      if (! importer.readSource(QString(), sFile, catalog, sError) || ! importer.importInto(catalog, pProject, sError)) { return -1; }
+      v.push_back(t.elapsed());
+   }
+   return median(v);
+}
+
 #ifdef TAVREL_BENCH_DB_SERVER
 bool benchPostgresql(db_support::db_server & server, int iTables, int iRepeat, const QString & sDir, QString & sError)
 {
@@ -210,10 +251,25 @@ int main(int argc, char ** argv)
    parser.addHelpOption();
    parser.addOptions({ { "sizes", "Table counts, comma separated (default 100,1000,5000).", "LIST", "100,1000,5000" },
                        { "repeat", "Runs per figure (default 3).", "N", "3" },
-                       { "sqlite-only", "Leave PostgreSQL out." } });
+                       { "sqlite-only", "Leave PostgreSQL out." },
+                       { "ddl", "Time DDL scripts of 2,000 and 8,000 tables instead and print the ratio (4 when linear)." } });
    parser.process(app);
    QTemporaryDir dir;
    const int iRepeat = qMax(1, parser.value("repeat").toInt());
+   if (parser.isSet("ddl"))
+   {
+      QString sError;
+      const qint64 iSmall = timeDdl(2000, iRepeat, dir.path(), sError);
+      const qint64 iLarge = ((iSmall < 0) ? -1 : timeDdl(8000, iRepeat, dir.path(), sError));
+      if (iLarge < 0) { std::fprintf(stderr, "DDL: %s\n", qPrintable(sError)); return 1; }
+      std::printf("DDL script, 2,000 tables: %lld ms; 8,000 tables: %lld ms; ratio %.1f\n", (long long) iSmall, (long long) iLarge,
+                  double(iLarge) / double(qMax<qint64>(iSmall, 1)));
+      const qint64 iSplitSmall = timeSplit(2000, iRepeat);
+      const qint64 iSplitLarge = timeSplit(8000, iRepeat);
+      std::printf("splitting alone, 2,000 tables: %lld ms; 8,000 tables: %lld ms; ratio %.1f\n", (long long) iSplitSmall, (long long) iSplitLarge,
+                  double(iSplitLarge) / double(qMax<qint64>(iSplitSmall, 1)));
+      return 0;
+   }
    std::printf("| database | tables | entities | catalog rows | plain SELECT ms | catalog read ms | mapping ms | writing ms | import-db ms |\n");
    std::printf("|---|---:|---:|---:|---:|---:|---:|---:|---:|\n");
 #ifdef TAVREL_BENCH_DB_SERVER

@@ -10,7 +10,7 @@ packages=(
   python3 man-db ccache
   clang libclang-rt-14-dev
   postgresql mariadb-server libqt6sql6-psql libqt6sql6-mysql
-  graphviz libgraphviz-dev libxxhash-dev
+  graphviz libgraphviz-dev libxxhash-dev libsqlite3-dev
 )
 
 missing=()

@@ -5,6 +5,7 @@
 
 #include "db_import/db_importer.h"
 #include "model/entity.h"
+#include "model/model_names.h"
 #include "model/project.h"
 #include "tools/terminal_text.h"
 
@@ -85,7 +86,9 @@ int cli_import_db::run(const QStringList & args)
    parser.addOptions({
       { QStringList { "h", "help" }, "Show this help." },
       { "ddl", "Read the schema from a SQL script (run in an in-memory SQLite database).", "FILE" },
-      { "strict", "A DDL statement that fails ends the import (default: reported and skipped)." },
+      { "strict", "A DDL statement that fails, a view that cannot be read or a name the model cannot hold ends the import "
+                  "(default: reported and left out)." },
+      { "name", "The project's name (a C++ identifier; default: made from OUT's file name).", "NAME" },
       { "class-names", "Class names: pascal (order_item -> OrderItem, default) or keep.", "RULE" },
       { "property-names", "Property names: keep (default) or camel (unit_price -> unitPrice).", "RULE" },
       { "namespace", "Every entity in this namespace (default: one per schema).", "NS" },
@@ -113,7 +116,8 @@ int cli_import_db::run(const QStringList & args)
    db_import::import_options options;
    QString sError;
    if (! readOptions(parser, options, sError)) { return usageError(sError); }
-   if (parser.isSet("strict") && sDdl.isEmpty()) { return usageError("--strict belongs to --ddl"); }
+   const QString sName = parser.value("name");
+   if (parser.isSet("name") && ! model::model_names::isCppIdentifier(sName)) { return usageError("--name takes a C++ identifier, not '" + sName + "'"); }
 
    db_import::db_importer importer(options);
    importer.setProgress([this](const QString & s) { m_err << "tavrel: " << s << "...\n"; m_err.flush(); });
@@ -123,13 +127,25 @@ int cli_import_db::run(const QStringList & args)
    if (! bRead) { return failure(sError); }
 
    model::project_ptr pProject;
-   if (! db_import::db_importer::loadProject(sOut, pProject, sError)) { return failure(sError); }
+   const bool bNew = ! QFileInfo::exists(sOut);
+   if (! db_import::db_importer::loadProject(sOut, pProject, sError, sName)) { return failure(sError); }
    const qsizetype iWarnings = importer.getWarnings().size();
    if (! importer.importInto(catalog, pProject, sError)) { return failure(sError); }
    for (const QString & w : importer.getWarnings().mid(iWarnings)) { warning(w); }
    for (const QString & s : importer.getSummary()) { m_out << tools::terminal_text::escape(s, false) << "\n"; }
+   if (bNew || ! sName.isEmpty())
+   {
+      m_out << "Project name: " << pProject->getName() << ((bNew && sName.isEmpty()) ? " (from the file name; --name sets another)" : "") << "\n";
+   }
 
-   if (parser.isSet("dry-run")) { m_out << "Dry run: " << importer.getSummary().size() << " change(s), nothing written\n"; m_out.flush(); return 0; }
+   // The dry run checks what the write would check: it fails where the run would.
+   if (parser.isSet("dry-run"))
+   {
+      if (! db_import::db_importer::checkProject(* pProject, sError)) { return failure(sError); }
+      m_out << "Dry run: " << importer.getSummary().size() << " change(s), nothing written\n";
+      m_out.flush();
+      return 0;
+   }
    if (! db_import::db_importer::writeProject(* pProject, sOut, sError)) { return failure(sError); }
    m_out << "Imported " << pProject->getListOfAllEntities()->size() << " entities into '" << QFileInfo(sOut).absoluteFilePath() << "' ("
          << importer.getSummary().size() << " change(s))\n";

@@ -8,7 +8,7 @@
 namespace db_import {
 
 bool catalog_reader::read(const QSqlDatabase & database, enum_dialect eDialect, const QStringList & lstSchemas,
-                          const QString & sDatabase, db_catalog & catalog, QString & sError)
+                          const QString & sDatabase, db_catalog & catalog, QString & sError, const import_options & options)
 {
    catalog = db_catalog();
    catalog.eDialect = eDialect;
@@ -17,7 +17,7 @@ bool catalog_reader::read(const QSqlDatabase & database, enum_dialect eDialect, 
    {
       case dialect_sqlite:
          catalog.sDefaultSchema = "main";
-         bOk = readSqlite(database, catalog, sError);
+         bOk = readSqlite(database, options, catalog, sError);
          break;
       case dialect_postgresql:
          catalog.sDefaultSchema = "public";

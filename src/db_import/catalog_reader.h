@@ -6,17 +6,22 @@
 #include <QStringList>
 
 #include "db_import/db_catalog.h"
+#include "db_import/import_options.h"
 
 namespace db_import {
 
 // Reads tables, views, columns, keys, indexes and foreign keys from a database's catalog, a few
-// set-based queries per dialect (never one per table: schemas have thousands of tables).
+// set-based queries per dialect (SQLite: one prepared column query per table, so that a broken
+// view fails alone).
 class catalog_reader
 {
 public:
    // lstSchemas empty: every schema of the user (PostgreSQL), the URL's database (MariaDB).
+   // SQLite: tables options does not accept are never read, nor SQLite's own and virtual tables;
+   // a view SQLite cannot read is a warning in catalog.lstWarnings (an error when strict).
    static bool read(const QSqlDatabase & database, enum_dialect eDialect, const QStringList & lstSchemas,
-                    const QString & sDatabase, db_catalog & catalog, QString & sError);
+                    const QString & sDatabase, db_catalog & catalog, QString & sError,
+                    const import_options & options = import_options());
 
    // "varchar(40)" -> type "varchar", length 40; "double precision" stays as it is.
    static void setDeclaredType(db_column & column, const QString & sDeclared);
@@ -26,7 +31,7 @@ public:
    static QString quotedList(const QStringList & lst);
 
 private:
-   static bool readSqlite(const QSqlDatabase & database, db_catalog & catalog, QString & sError);
+   static bool readSqlite(const QSqlDatabase & database, const import_options & options, db_catalog & catalog, QString & sError);
    static bool readPostgresql(const QSqlDatabase & database, const QStringList & lstSchemas, db_catalog & catalog, QString & sError);
    static bool readPostgresqlKeys(QSqlQuery & query, const QString & sSchemas, db_catalog & catalog, QString & sError);
    static bool readMariadb(const QSqlDatabase & database, const QStringList & lstSchemas, db_catalog & catalog, QString & sError);

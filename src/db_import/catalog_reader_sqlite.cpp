@@ -1,16 +1,20 @@
 #include "db_import/catalog_reader.h"
 
 #include <QMap>
+#include <QRegularExpression>
+#include <QSet>
+#include <QSqlError>
 #include <QVariant>
 
 namespace db_import {
 
 namespace {
 
-const char * const k_sColumns =
-   "SELECT m.name, m.type, p.name, p.type, p.\"notnull\", p.dflt_value, p.pk "
-   "FROM sqlite_schema m JOIN pragma_table_info(m.name) p "
-   "WHERE m.type IN ('table', 'view') AND m.name NOT LIKE 'sqlite\\_%' ESCAPE '\\' ORDER BY m.name, p.cid";
+const char * const k_sObjects =
+   "SELECT name, type, sql FROM sqlite_schema WHERE type IN ('table', 'view') AND name NOT LIKE 'sqlite\\_%' ESCAPE '\\' ORDER BY name";
+
+// One query per table: a view SQLite cannot expand fails alone and is told by name.
+const char * const k_sColumns = "SELECT name, type, \"notnull\", dflt_value, pk FROM pragma_table_info(?) ORDER BY cid";
 
 const char * const k_sForeignKeys =
    "SELECT m.name, f.id, f.\"table\", f.\"from\", f.\"to\" "
@@ -23,52 +27,91 @@ const char * const k_sIndexes =
    "FROM sqlite_schema m JOIN pragma_index_list(m.name) il JOIN pragma_index_info(il.name) ii "
    "WHERE m.type = 'table' AND m.name NOT LIKE 'sqlite\\_%' ESCAPE '\\' AND il.origin <> 'pk' ORDER BY m.name, il.name, ii.seqno";
 
+// The tables SQLite keeps a virtual table's data in, by the virtual table's module.
+QStringList shadowSuffixes(const QString & sModule)
+{
+   const QString s = sModule.toLower();
+   if (s == "fts5") { return { "data", "idx", "content", "docsize", "config" }; }
+   if ((s == "fts3") || (s == "fts4")) { return { "content", "segments", "segdir", "docsize", "stat" }; }
+   if ((s == "rtree") || (s == "rtree_i32") || (s == "geopoly")) { return { "node", "rowid", "parent" }; }
+   return {};
+}
+
 } // namespace
 
-bool catalog_reader::readSqlite(const QSqlDatabase & database, db_catalog & catalog, QString & sError)
+bool catalog_reader::readSqlite(const QSqlDatabase & database, const import_options & options, db_catalog & catalog, QString & sError)
 {
+   static const QRegularExpression reVirtual("^\\s*create\\s+virtual\\s+table\\b.*?\\busing\\s+(\\w+)",
+                                             QRegularExpression::CaseInsensitiveOption | QRegularExpression::DotMatchesEverythingOption);
    QSqlQuery q(database);
-   if (! exec(q, k_sColumns, sError)) { return false; }
-   QMap<int, QString> mapKey;
-   QString sLast;
-   auto flushKey = [&]()
-   {
-      if (! sLast.isEmpty()) { catalog.table("main", sLast).lstPrimaryKey = mapKey.values(); }
-      mapKey.clear();
-   };
+   if (! exec(q, k_sObjects, sError)) { return false; }
+   QList<std::pair<QString, bool>> lstObjects;
+   QSet<QString> setShadow;
    while (q.next())
    {
-      const QString sTable = q.value(0).toString();
-      if (sTable != sLast) { flushKey(); sLast = sTable; }
-      db_table & t = catalog.table("main", sTable);
-      t.bView = (q.value(1).toString() == "view");
-      db_column c;
-      c.sName = q.value(2).toString();
-      setDeclaredType(c, q.value(3).toString());
-      c.bNotNull = q.value(4).toBool();
-      if (! q.value(5).isNull()) { c.sDefault = q.value(5).toString(); }
-      if (q.value(6).toInt() > 0) { mapKey.insert(q.value(6).toInt(), c.sName); }
-      t.lstColumns.append(c);
+      const QString sName = q.value(0).toString();
+      const QRegularExpressionMatch m = reVirtual.match(q.value(2).toString().left(4096));
+      if (! m.hasMatch()) { lstObjects.append({ sName, (q.value(1).toString() == "view") }); continue; }
+      catalog.lstWarnings.append(QString("virtual table %1 (%2) left out, and the tables SQLite keeps its data in").arg(sName, m.captured(1)));
+      for (const QString & sSuffix : shadowSuffixes(m.captured(1))) { setShadow.insert(sName + "_" + sSuffix); }
    }
-   flushKey();
 
+   QSqlQuery qColumns(database);
+   qColumns.setForwardOnly(true);
+   if (! qColumns.prepare(k_sColumns)) { sError = "reading the catalog failed: " + qColumns.lastError().text().trimmed(); return false; }
+   for (const auto & object : lstObjects)
+   {
+      const QString & sTable = object.first;
+      if (setShadow.contains(sTable)) { continue; }
+      if (! options.accepts(sTable)) { ++catalog.iFiltered; continue; }
+      qColumns.bindValue(0, sTable);
+      if (! qColumns.exec())
+      {
+         const QString sReason = qColumns.lastError().databaseText().trimmed();
+         const QString sWhat = QString("%1 %2 cannot be read: %3").arg(object.second ? "view" : "table", sTable, sReason);
+         if (! object.second || options.bStrict) { sError = sWhat; return false; }
+         catalog.lstWarnings.append(sWhat + ", left out");
+         continue;
+      }
+      db_table & t = catalog.table("main", sTable);
+      t.bView = object.second;
+      QMap<int, QString> mapKey;
+      while (qColumns.next())
+      {
+         db_column c;
+         c.sName = qColumns.value(0).toString();
+         setDeclaredType(c, qColumns.value(1).toString());
+         c.bNotNull = qColumns.value(2).toBool();
+         if (! qColumns.value(3).isNull()) { c.sDefault = qColumns.value(3).toString(); }
+         if (qColumns.value(4).toInt() > 0) { mapKey.insert(qColumns.value(4).toInt(), c.sName); }
+         t.lstColumns.append(c);
+      }
+      t.lstPrimaryKey = mapKey.values();
+   }
+
+   // Keys and indexes of the tables read above only.
+   auto tableOf = [&catalog](const QString & sTable) -> db_table *
+   {
+      auto it = catalog.hashIndex.constFind(db_catalog::keyOf("main", sTable));
+      return ((it == catalog.hashIndex.constEnd()) ? nullptr : & catalog.lstTables[it.value()]);
+   };
    if (! exec(q, k_sForeignKeys, sError)) { return false; }
    QString sLastKey;
    while (q.next())
    {
-      db_table & t = catalog.table("main", q.value(0).toString());
+      db_table * pTable = tableOf(q.value(0).toString());
+      if (! pTable) { continue; }
       const QString sKey = q.value(0).toString() + "/" + q.value(1).toString();
-      if (sKey != sLastKey) { t.lstForeignKeys.append(db_foreign_key { {}, "main", q.value(2).toString(), {} }); sLastKey = sKey; }
-      t.lstForeignKeys.last().lstColumns.append(q.value(3).toString());
-      if (! q.value(4).isNull()) { t.lstForeignKeys.last().lstTargetColumns.append(q.value(4).toString()); }
+      if (sKey != sLastKey) { pTable->lstForeignKeys.append(db_foreign_key { {}, "main", q.value(2).toString(), {} }); sLastKey = sKey; }
+      pTable->lstForeignKeys.last().lstColumns.append(q.value(3).toString());
+      if (! q.value(4).isNull()) { pTable->lstForeignKeys.last().lstTargetColumns.append(q.value(4).toString()); }
    }
 
    if (! exec(q, k_sIndexes, sError)) { return false; }
    while (q.next())
    {
-      db_table & t = catalog.table("main", q.value(0).toString());
-      const QString sIndex = q.value(1).toString();
-      t.addIndexColumn(sIndex, q.value(2).toBool(), q.value(3).toString());
+      db_table * pTable = tableOf(q.value(0).toString());
+      if (pTable) { pTable->addIndexColumn(q.value(1).toString(), q.value(2).toBool(), q.value(3).toString()); }
    }
    return true;
 }

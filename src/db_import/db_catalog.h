@@ -70,6 +70,10 @@ struct db_catalog
    QString sDefaultSchema;
    QList<db_table> lstTables;
    QHash<QString, qsizetype> hashIndex;
+   // What was left out on the way ("virtual table docs (fts5) left out ...").
+   QStringList lstWarnings;
+   // Tables --tables and --exclude kept from being read at all.
+   qsizetype iFiltered = 0;
 
    static QString keyOf(const QString & sSchema, const QString & sTable) { return sSchema + QChar(0x1f) + sTable; }
    // The table of that name, added (empty) when it is not there yet.

@@ -5,6 +5,7 @@
 #include "db_import/db_source.h"
 #include "db_import/model_mapper.h"
 #include "db_import/model_merger.h"
+#include "db_import/name_rules.h"
 #include "model/project.h"
 #include "storage/project_storage.h"
 
@@ -25,9 +26,11 @@ bool db_importer::readSource(const QString & sSource, const QString & sDdlFile, 
    if (! sDdlFile.isEmpty())
    {
       ddl_loader loader;
+      loader.setProgress([this](qsizetype iDone, qsizetype iAll) { progress(QString("ran %1 of %2 statements").arg(iDone).arg(iAll)); });
       const bool bOk = (loader.load(sDdlFile, m_options.bStrict, sError) &&
-                        catalog_reader::read(loader.database(), dialect_sqlite, QStringList(), QString(), catalog, sError));
+                        catalog_reader::read(loader.database(), dialect_sqlite, QStringList(), QString(), catalog, sError, m_options));
       m_lstWarnings.append(loader.getWarnings());
+      m_lstWarnings.append(catalog.lstWarnings);
       return bOk;
    }
    db_source source;
@@ -42,9 +45,24 @@ bool db_importer::readSource(const QString & sSource, const QString & sDdlFile, 
    {
       QSqlDatabase database;
       if (! source.open(database, sError)) { return false; }
-      bOk = catalog_reader::read(database, source.getDialect(), source.getSchemas(), source.getDatabase(), catalog, sError);
+      bOk = catalog_reader::read(database, source.getDialect(), source.getSchemas(), source.getDatabase(), catalog, sError, m_options);
    }
    source.close();
+   m_lstWarnings.append(catalog.lstWarnings);
+   // The source is opened read-only: a journal left by a writer that stopped half-way cannot be
+   // rolled back here, and the user's file is not for us to change.
+   if (! bOk && (source.getDialect() == dialect_sqlite))
+   {
+      for (const char * szSuffix : { "-journal", "-wal" })
+      {
+         const QString sJournal = source.getDatabase() + szSuffix;
+         if (! QFileInfo::exists(sJournal)) { continue; }
+         sError += QString("\n'%1' was left by a program that stopped while writing to the database; tavrel only reads the database "
+                           "and does not finish that write. Open the database once with the program that wrote it, or with "
+                           "\"sqlite3 '%2' 'PRAGMA quick_check'\", which recovers it, then import again.").arg(sJournal, source.getDatabase());
+         break;
+      }
+   }
    return bOk;
 }
 
@@ -55,9 +73,10 @@ bool db_importer::importInto(const db_catalog & catalog, const model::project_pt
    model_mapper mapper(catalog, m_options);
    const model::project_ptr pFresh = mapper.map(pProject->getName());
    m_lstWarnings.append(mapper.getWarnings());
+   if (! mapper.getErrors().isEmpty()) { sError = mapper.getErrors().join("\n"); return false; }
    if (pFresh->getListOfAllEntities()->isEmpty())
    {
-      sError = (catalog.lstTables.isEmpty() ? QString("the source has no table or view") : QString("no table matches the --tables and --exclude filters"));
+      sError = ((catalog.lstTables.isEmpty() && (catalog.iFiltered == 0)) ? QString("the source has no table or view") : QString("no table matches the --tables and --exclude filters"));
       return false;
    }
    if (bLarge) { progress("merging into the project"); }
@@ -66,31 +85,42 @@ bool db_importer::importInto(const db_catalog & catalog, const model::project_pt
    return true;
 }
 
-bool db_importer::loadProject(const QString & sFile, model::project_ptr & pProject, QString & sError)
+bool db_importer::loadProject(const QString & sFile, model::project_ptr & pProject, QString & sError, const QString & sName)
 {
    const QFileInfo info(sFile);
    if (! info.exists())
    {
       pProject = std::make_shared<model::project>();
-      pProject->setName(info.completeBaseName());
+      pProject->setName(sName.isEmpty() ? projectNameFor(sFile) : sName);
       return true;
    }
    const bool bJson = (info.suffix().toLower() == "json");
    const zy::ZyBool ok = (bJson ? storage::project_storage::readJsonFile(sFile, pProject) : storage::project_storage::loadProject(sFile, pProject));
    if (! ok) { sError = "cannot refresh '" + sFile + "': " + ok.getDesc(); }
+   else if (! sName.isEmpty()) { pProject->setName(sName); }
    return bool(ok);
+}
+
+QString db_importer::projectNameFor(const QString & sFile)
+{
+   const QString sBase = QFileInfo(sFile).completeBaseName();
+   const bool bDigit = (! sBase.isEmpty() && sBase.at(0).isDigit());
+   return name_rules::identifier(bDigit ? ("project_" + sBase) : sBase, name_rules::style_keep, "project_", "project");
+}
+
+bool db_importer::checkProject(const model::project & project, QString & sError)
+{
+   const zy::ZyInvalidValueX problems = project.checkSchema();
+   if (problems.isEmpty()) { return true; }
+   QStringList lst;
+   for (const auto & e : problems) { lst.append(e.getMessage()); }
+   sError = "the imported model has problems, nothing written:\n" + lst.join("\n");
+   return false;
 }
 
 bool db_importer::writeProject(const model::project & project, const QString & sFile, QString & sError)
 {
-   const zy::ZyInvalidValueX problems = project.checkSchema();
-   if (! problems.isEmpty())
-   {
-      QStringList lst;
-      for (const auto & e : problems) { lst.append(e.getMessage()); }
-      sError = "the imported model has problems, nothing written:\n" + lst.join("\n");
-      return false;
-   }
+   if (! checkProject(project, sError)) { return false; }
    if (QFileInfo(sFile).suffix().toLower() == "tavrel")
    {
       const zy::ZyBool ok = storage::project_storage::saveProject(project, sFile);

@@ -36,8 +36,13 @@ public:
    bool importInto(const db_catalog & catalog, const model::project_ptr & pProject, QString & sError);
 
    // The project a file holds (.tavrel or .json), or a new one named after the file when it does
-   // not exist yet.
-   static bool loadProject(const QString & sFile, model::project_ptr & pProject, QString & sError);
+   // not exist yet (see projectNameFor); sName, when given, names it either way.
+   static bool loadProject(const QString & sFile, model::project_ptr & pProject, QString & sError, const QString & sName = QString());
+   // A C++ identifier made from the file's name: "my-project.tavrel" -> "my_project",
+   // "2024 shop.json" -> "project_2024_shop".
+   static QString projectNameFor(const QString & sFile);
+   // The schema check a write makes: false with every problem when the project cannot be written.
+   static bool checkProject(const model::project & project, QString & sError);
    // Writes through the storage entry points: an existing file stays as it was on failure, and a
    // model with schema errors is not written.
    static bool writeProject(const model::project & project, const QString & sFile, QString & sError);

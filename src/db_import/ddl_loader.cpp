@@ -3,20 +3,39 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QSqlDriver>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QUuid>
 
+#include <sqlite3.h>
+
+#include <cctype>
+
 namespace db_import {
+
+// What the scratch connection's authorizer and step counter share with the loader.
+struct ddl_loader::guard
+{
+   // Catalog mode: the script has run and the catalog reader asks its pragmas.
+   bool bCatalog = false;
+   // Why the authorizer refused the statement being prepared; empty when it did not.
+   QString sRefused;
+   long long iChecks = 0;
+   long long iScriptChecks = 0;
+};
 
 namespace {
 
-// Where a quoted name, literal or comment that starts at i ends (the index after it).
+const qsizetype k_iShownStatement = 70;
+
+// Where a quoted name, literal or comment that starts at i ends (the index after it); -1 when
+// it is never closed ("--" ends with the script).
 qsizetype skipQuoted(const QString & s, qsizetype i)
 {
    const QChar c = s.at(i);
    if ((c == '-') && (s.mid(i, 2) == "--")) { const qsizetype e = s.indexOf('\n', i); return ((e < 0) ? s.size() : e); }
-   if ((c == '/') && (s.mid(i, 2) == "/*")) { const qsizetype e = s.indexOf("*/", i + 2); return ((e < 0) ? s.size() : (e + 2)); }
+   if ((c == '/') && (s.mid(i, 2) == "/*")) { const qsizetype e = s.indexOf("*/", i + 2); return ((e < 0) ? -1 : (e + 2)); }
    const QChar cEnd = ((c == '[') ? QChar(']') : c);
    qsizetype j = i + 1;
    while (j < s.size())
@@ -29,7 +48,7 @@ qsizetype skipQuoted(const QString & s, qsizetype i)
       }
       ++j;
    }
-   return s.size();
+   return -1;
 }
 
 bool startsQuoted(const QString & s, qsizetype i)
@@ -38,15 +57,171 @@ bool startsQuoted(const QString & s, qsizetype i)
    return ((c == '\'') || (c == '"') || (c == '`') || (c == '[') || ((c == '-') && (s.mid(i, 2) == "--")) || ((c == '/') && (s.mid(i, 2) == "/*")));
 }
 
-// A trigger's body holds statements of its own: its ";" ends the trigger only after END.
-bool insideTrigger(const QString & sStatement)
+QString openerName(QChar c)
 {
-   static const QRegularExpression reTrigger("^\\s*create\\s+(temp\\w*\\s+)?trigger\\b", QRegularExpression::CaseInsensitiveOption);
-   static const QRegularExpression reEnd("\\bend\\s*$", QRegularExpression::CaseInsensitiveOption);
-   return (reTrigger.match(sStatement).hasMatch() && ! reEnd.match(sStatement).hasMatch());
+   switch (c.unicode())
+   {
+      case '\'': return "string literal";
+      case '/': return "comment";
+      default: return QString("quoted name (%1)").arg(c);
+   }
+}
+
+bool isWordChar(QChar c) { return (c.isLetterOrNumber() || (c == '_')); }
+
+// A statement whose first words are CREATE [TEMP] TRIGGER.
+bool startsTrigger(const QString & s, qsizetype iFirst, qsizetype iEnd)
+{
+   static const QRegularExpression re("\\Gcreate\\s+(temp\\w*\\s+)?trigger\\b", QRegularExpression::CaseInsensitiveOption);
+   // The words are near the start: a bounded look keeps a huge statement linear.
+   return re.match(QStringView(s).mid(iFirst, qMin<qsizetype>(iEnd - iFirst, 64))).hasMatch();
+}
+
+// The text before i, blanks left out, ends with the word END.
+bool endsWithEnd(const QString & s, qsizetype iStart, qsizetype i)
+{
+   while ((i > iStart) && s.at(i - 1).isSpace()) { --i; }
+   if ((i - iStart) < 3) { return false; }
+   if (QStringView(s).mid(i - 3, 3).compare(QLatin1String("end"), Qt::CaseInsensitive) != 0) { return false; }
+   return (((i - 3) == iStart) || ! isWordChar(s.at(i - 4)));
+}
+
+// Line and column (from 1) of positions asked for in increasing order, counted once.
+class line_counter
+{
+   const QString & m_s;
+   qsizetype m_iPos = 0;
+   qsizetype m_iLineStart = 0;
+   int m_iLine = 1;
+
+public:
+   explicit line_counter(const QString & s) : m_s(s) { ; }
+   void at(qsizetype iPos, int & iLine, int & iColumn)
+   {
+      for (; m_iPos < iPos; ++m_iPos)
+      {
+         if (m_s.at(m_iPos) == '\n') { ++m_iLine; m_iLineStart = m_iPos + 1; }
+      }
+      iLine = m_iLine;
+      iColumn = int(iPos - m_iLineStart) + 1;
+   }
+};
+
+sqlite3 * handleOf(const QSqlDatabase & db)
+{
+   const QVariant v = db.driver()->handle();
+   if (! v.isValid() || (qstrcmp(v.typeName(), "sqlite3*") != 0)) { return nullptr; }
+   return * static_cast<sqlite3 * const *>(v.constData());
+}
+
+bool isOneOf(const char * s, std::initializer_list<const char *> lst)
+{
+   if (! s) { return false; }
+   for (const char * t : lst) { if (qstricmp(s, t) == 0) { return true; } }
+   return false;
+}
+
+// Everything a script could use to reach past its scratch database is refused here, whatever
+// statement it hides in (a view, a trigger, a default value).
+int authorize(void * pUser, int iAction, const char * z1, const char * z2, const char * zDatabase, const char *)
+{
+   auto * pGuard = static_cast<ddl_loader::guard *>(pUser);
+   auto refuse = [pGuard](const QString & s) { if (pGuard->sRefused.isEmpty()) { pGuard->sRefused = s; } return SQLITE_DENY; };
+   switch (iAction)
+   {
+      case SQLITE_ATTACH: return refuse("ATTACH reaches files outside the script's database");
+      case SQLITE_DETACH: return refuse("DETACH is not part of a schema");
+      case SQLITE_PRAGMA:
+         // The full-text modules read these (never set them) when they create and fill their tables.
+         if (isOneOf(z1, { "page_size", "data_version" }) && ! z2) { return SQLITE_OK; }
+         if (pGuard->bCatalog && isOneOf(z1, { "table_info", "table_xinfo", "foreign_key_list", "index_list", "index_info", "index_xinfo" })) { return SQLITE_OK; }
+         return refuse(QString("PRAGMA %1 is not part of a schema").arg(QString::fromUtf8(z1 ? z1 : "")));
+      case SQLITE_FUNCTION:
+         if (isOneOf(z2, { "load_extension", "fts3_tokenizer", "readfile", "writefile", "edit" }))
+         { return refuse(QString("%1() is not allowed").arg(QString::fromUtf8(z2))); }
+         return SQLITE_OK;
+      case SQLITE_CREATE_TEMP_INDEX: case SQLITE_CREATE_TEMP_TABLE: case SQLITE_CREATE_TEMP_TRIGGER: case SQLITE_CREATE_TEMP_VIEW:
+      case SQLITE_DROP_TEMP_INDEX: case SQLITE_DROP_TEMP_TABLE: case SQLITE_DROP_TEMP_TRIGGER: case SQLITE_DROP_TEMP_VIEW:
+         return refuse("temporary objects are not part of a schema");
+      case SQLITE_CREATE_VTABLE: case SQLITE_DROP_VTABLE:
+         if (isOneOf(z2, { "fts3", "fts4", "fts5", "rtree", "rtree_i32", "geopoly" })) { break; }
+         return refuse(QString("virtual tables of module '%1' are not allowed").arg(QString::fromUtf8(z2 ? z2 : "")));
+      case SQLITE_ALTER_TABLE:
+         if (! isOneOf(z1, { "main" })) { return refuse("only the script's own database may be changed"); }
+         return SQLITE_OK;
+      case SQLITE_READ: case SQLITE_SELECT: case SQLITE_RECURSIVE: case SQLITE_TRANSACTION: case SQLITE_SAVEPOINT:
+         return SQLITE_OK;
+      default: break;
+   }
+   // Creating, dropping and writing: only in the main database.
+   if (zDatabase && ! isOneOf(zDatabase, { "main" })) { return refuse(QString("only the script's own database may be changed, not '%1'").arg(QString::fromUtf8(zDatabase))); }
+   return SQLITE_OK;
+}
+
+int countSteps(void * pUser)
+{
+   auto * pGuard = static_cast<ddl_loader::guard *>(pUser);
+   if (pGuard->bCatalog) { return 0; }
+   ++pGuard->iScriptChecks;
+   return ((((++pGuard->iChecks) * ddl_loader::k_iStepsPerCheck) > ddl_loader::k_iStepLimit) ||
+           ((pGuard->iScriptChecks * ddl_loader::k_iStepsPerCheck) > ddl_loader::k_iScriptStepLimit)) ? 1 : 0;
+}
+
+// Where the text from p on has its first character outside blanks and comments.
+const char * skipBlank(const char * p, const char * pEnd)
+{
+   while (p < pEnd)
+   {
+      if (std::isspace(static_cast<unsigned char>(* p))) { ++p; continue; }
+      if (((pEnd - p) >= 2) && (p[0] == '-') && (p[1] == '-')) { while ((p < pEnd) && (* p != '\n')) { ++p; } continue; }
+      if (((pEnd - p) >= 2) && (p[0] == '/') && (p[1] == '*'))
+      {
+         p += 2;
+         while (((pEnd - p) >= 2) && ! ((p[0] == '*') && (p[1] == '/'))) { ++p; }
+         p = qMin(p + 2, pEnd);
+         continue;
+      }
+      break;
+   }
+   return p;
+}
+
+QByteArray firstWord(const char * p, const char * pEnd)
+{
+   const char * pWord = p;
+   while ((p < pEnd) && std::isalpha(static_cast<unsigned char>(* p))) { ++p; }
+   return QByteArray(pWord, int(p - pWord)).toUpper();
+}
+
+// The statements a schema script is made of.
+bool isSchemaStatement(const QByteArray & sWord)
+{
+   for (const char * s : { "CREATE", "ALTER", "DROP", "INSERT", "REPLACE", "BEGIN", "COMMIT", "END", "ROLLBACK", "SAVEPOINT", "RELEASE" })
+   { if (sWord == s) { return true; } }
+   return false;
+}
+
+// "PRAGMA foreign_keys=OFF", which dumps start with: the scratch database never checks keys.
+bool isForeignKeysPragma(const QString & s)
+{
+   static const QRegularExpression re("^\\s*pragma\\s+(main\\s*\\.\\s*)?foreign_keys\\s*(=\\s*\\w+|\\(\\s*\\w+\\s*\\))?\\s*;?\\s*$",
+                                      QRegularExpression::CaseInsensitiveOption);
+   return re.match(s).hasMatch();
+}
+
+// One line of a statement for a message.
+QString shownStatement(const QString & s)
+{
+   QString sLine = s.section('\n', 0, 0).trimmed();
+   if ((sLine.size() > k_iShownStatement) || (sLine.size() < s.trimmed().size())) { sLine = sLine.left(k_iShownStatement) + " ..."; }
+   return sLine;
 }
 
 } // namespace
+
+ddl_loader::ddl_loader() : m_pGuard(std::make_unique<guard>())
+{
+}
 
 ddl_loader::~ddl_loader()
 {
@@ -58,31 +233,60 @@ ddl_loader::~ddl_loader()
    QSqlDatabase::removeDatabase(m_sConnection);
 }
 
-QList<ddl_loader::statement> ddl_loader::split(const QString & sScript)
+QList<ddl_loader::statement> ddl_loader::split(const QString & sScript, split_error * pError)
 {
    QList<statement> lst;
+   line_counter lines(sScript);
+   if (pError) { * pError = split_error(); }
    // A statement's line is that of its first character outside blanks and comments.
-   auto append = [&lst, &sScript](qsizetype iStart, qsizetype iEnd)
+   auto first = [&sScript](qsizetype iStart, qsizetype iEnd)
    {
       qsizetype iFirst = iStart;
       while (iFirst < iEnd)
       {
          if (sScript.at(iFirst).isSpace()) { ++iFirst; continue; }
          if ((sScript.mid(iFirst, 2) != "--") && (sScript.mid(iFirst, 2) != "/*")) { break; }
-         iFirst = qMin(skipQuoted(sScript, iFirst), iEnd);
+         const qsizetype iAfter = skipQuoted(sScript, iFirst);
+         iFirst = ((iAfter < 0) ? iEnd : qMin(iAfter, iEnd));
       }
+      return iFirst;
+   };
+   auto append = [&](qsizetype iStart, qsizetype iEnd)
+   {
+      const qsizetype iFirst = first(iStart, iEnd);
       const QString sText = sScript.mid(iFirst, iEnd - iFirst).trimmed();
-      if (! sText.isEmpty()) { lst.append(statement { int(sScript.left(iFirst).count('\n')) + 1, sText }); }
+      if (sText.isEmpty()) { return; }
+      statement s;
+      lines.at(iFirst, s.iLine, s.iColumn);
+      s.sText = sText;
+      lst.append(s);
    };
    qsizetype iStart = 0;
+   int iTrigger = -1;   // unknown for the statement at iStart
    qsizetype i = 0;
    while (i < sScript.size())
    {
-      if (startsQuoted(sScript, i)) { i = skipQuoted(sScript, i); continue; }
-      if ((sScript.at(i) == ';') && ! insideTrigger(sScript.mid(iStart, i - iStart)))
+      if (startsQuoted(sScript, i))
       {
+         const qsizetype iAfter = skipQuoted(sScript, i);
+         if (iAfter >= 0) { i = iAfter; continue; }
          append(iStart, i);
-         iStart = i + 1;
+         if (pError)
+         {
+            lines.at(i, pError->iLine, pError->iColumn);
+            pError->sWhat = openerName(sScript.at(i)) + " opened here is never closed";
+         }
+         return lst;
+      }
+      if (sScript.at(i) == ';')
+      {
+         if (iTrigger < 0) { iTrigger = (startsTrigger(sScript, first(iStart, i), i) ? 1 : 0); }
+         if ((iTrigger == 0) || endsWithEnd(sScript, iStart, i))
+         {
+            append(iStart, i);
+            iStart = i + 1;
+            iTrigger = -1;
+         }
       }
       ++i;
    }
@@ -94,23 +298,113 @@ bool ddl_loader::load(const QString & sFile, bool bStrict, QString & sError)
 {
    QFile f(sFile);
    if (! f.open(QIODevice::ReadOnly)) { sError = "cannot read DDL file '" + sFile + "': " + f.errorString(); return false; }
-   const QString sScript = QString::fromUtf8(f.readAll());
+   return loadText(QString::fromUtf8(f.readAll()), QFileInfo(sFile).fileName(), bStrict, sError);
+}
+
+// False when the load ends (sError says why); a statement SQLite cannot run is a warning unless
+// strict.
+bool ddl_loader::runStatement(sqlite3 * pDb, const statement & s, const QString & sName, bool bStrict, qsizetype & iRun, QString & sError)
+{
+   const QByteArray utf8 = s.sText.toUtf8();
+   const char * pBegin = utf8.constData();
+   const char * pEnd = pBegin + utf8.size();
+   const char * p = pBegin;
+   // Where a message points: a byte offset in the statement made a line and column.
+   auto place = [&](qsizetype iOffset)
+   {
+      const QString sBefore = QString::fromUtf8(pBegin, qMin<qsizetype>(iOffset, utf8.size()));
+      const qsizetype iNewline = sBefore.lastIndexOf('\n');
+      const int iLine = s.iLine + int(sBefore.count('\n'));
+      const int iColumn = ((iNewline < 0) ? (s.iColumn + int(sBefore.size())) : int(sBefore.size() - iNewline));
+      return QString("%1:%2:%3: ").arg(sName).arg(iLine).arg(iColumn);
+   };
+   // One statement may hold several when the split missed a ";" SQLite sees: each is checked.
+   while (p < pEnd)
+   {
+      p = skipBlank(p, pEnd);
+      if (p >= pEnd) { break; }
+      const QByteArray sWord = firstWord(p, pEnd);
+      const qsizetype iAt = (p - pBegin);
+      // Only the start is shown: converting the rest each time would cost its length again.
+      const QString sShown = shownStatement(QString::fromUtf8(p, int(qMin<qsizetype>(pEnd - p, 4 * k_iShownStatement))));
+      if (! isSchemaStatement(sWord))
+      {
+         sError = place(iAt) + "statement refused: " + sShown + " (a DDL script may only create, change or drop tables, views, indexes and triggers and insert rows)";
+         return false;
+      }
+      m_pGuard->sRefused.clear();
+      m_pGuard->iChecks = 0;
+      sqlite3_stmt * pStatement = nullptr;
+      const char * pTail = nullptr;
+      int rc = sqlite3_prepare_v2(pDb, p, int(pEnd - p), & pStatement, & pTail);
+      if ((rc == SQLITE_OK) && pStatement)
+      {
+         while ((rc = sqlite3_step(pStatement)) == SQLITE_ROW) { ; }
+         if (rc == SQLITE_DONE) { rc = SQLITE_OK; }
+      }
+      const QString sMessage = QString::fromUtf8(sqlite3_errmsg(pDb)).trimmed();
+      const int iOffset = ((rc == SQLITE_OK) ? -1 : sqlite3_error_offset(pDb));
+      sqlite3_finalize(pStatement);
+      if (! m_pGuard->sRefused.isEmpty())
+      {
+         sError = place(iAt) + "statement refused: " + sShown + " (" + m_pGuard->sRefused + ")";
+         return false;
+      }
+      if (rc == SQLITE_INTERRUPT)
+      {
+         const bool bScript = ((m_pGuard->iScriptChecks * k_iStepsPerCheck) > k_iScriptStepLimit);
+         sError = place(iAt) + "statement stopped: " + sShown +
+                  (bScript ? QString(" (the script ran %1 SQLite steps in all, the most a DDL script may take)").arg(k_iScriptStepLimit)
+                           : QString(" (it ran %1 SQLite steps, the most one statement of a DDL script may take)").arg(k_iStepLimit));
+         return false;
+      }
+      if (rc != SQLITE_OK)
+      {
+         const QString sWhere = place((iOffset >= 0) ? ((p - pBegin) + iOffset) : iAt);
+         if (bStrict) { sError = sWhere + "statement failed: " + sMessage + ": " + sShown; return false; }
+         m_lstWarnings.append(sWhere + "statement skipped: " + sMessage + ": " + sShown);
+         break;
+      }
+      ++iRun;
+      if (! pStatement || (pTail <= p)) { break; }
+      p = pTail;
+   }
+   return true;
+}
+
+bool ddl_loader::loadText(const QString & sScript, const QString & sName, bool bStrict, QString & sError)
+{
+   split_error error;
+   const QList<statement> lstStatements = split(sScript, & error);
+   if (! error.sWhat.isEmpty()) { sError = QString("%1:%2:%3: %4").arg(sName).arg(error.iLine).arg(error.iColumn).arg(error.sWhat); return false; }
+
    m_sConnection = "tavrel_ddl_" + QUuid::createUuid().toString(QUuid::Id128);
    QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", m_sConnection);
    db.setDatabaseName(":memory:");
    if (! db.open()) { sError = "cannot open an in-memory SQLite database: " + db.lastError().text(); return false; }
-   QSqlQuery q(db);
-   q.exec("PRAGMA foreign_keys = OFF");
-   const QString sName = QFileInfo(sFile).fileName();
-   int iRun = 0;
-   for (const statement & s : split(sScript))
+   sqlite3 * pDb = handleOf(db);
+   if (! pDb) { sError = "the Qt SQLite driver gives no SQLite handle: the DDL script cannot be run safely"; return false; }
+   QSqlQuery(db).exec("PRAGMA foreign_keys = OFF");
+   sqlite3_limit(pDb, SQLITE_LIMIT_ATTACHED, 0);
+   sqlite3_db_config(pDb, SQLITE_DBCONFIG_ENABLE_LOAD_EXTENSION, 0, nullptr);
+   sqlite3_db_config(pDb, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+   sqlite3_db_config(pDb, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+   m_pGuard->bCatalog = false;
+   m_pGuard->iScriptChecks = 0;
+   sqlite3_set_authorizer(pDb, & authorize, m_pGuard.get());
+   sqlite3_progress_handler(pDb, k_iStepsPerCheck, & countSteps, m_pGuard.get());
+
+   qsizetype iRun = 0;
+   qsizetype iDone = 0;
+   for (const statement & s : lstStatements)
    {
-      if (q.exec(s.sText)) { ++iRun; continue; }
-      const QString sLine = QString("%1:%2: ").arg(sName).arg(s.iLine);
-      if (bStrict) { sError = sLine + "statement failed: " + q.lastError().text().trimmed(); return false; }
-      m_lstWarnings.append(sLine + "statement skipped: " + q.lastError().text().trimmed());
+      if (m_fnProgress && (iDone > 0) && ((iDone % k_iProgressStatements) == 0)) { m_fnProgress(iDone, lstStatements.size()); }
+      ++iDone;
+      if (! isForeignKeysPragma(s.sText) && ! runStatement(pDb, s, sName, bStrict, iRun, sError)) { return false; }
    }
-   if (iRun == 0) { sError = "DDL file '" + sFile + "' has no statement SQLite could run"; return false; }
+   // The catalog reader's pragmas are let through; the script's limit no longer applies.
+   m_pGuard->bCatalog = true;
+   if (iRun == 0) { sError = "DDL file '" + sName + "' has no statement SQLite could run"; return false; }
    return true;
 }
 

@@ -4,36 +4,74 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+#include <memory>
+
+struct sqlite3;
+
 namespace db_import {
 
 // A schema kept as a SQL script: its statements run one by one on an in-memory SQLite database,
-// which is then read like any other. A statement SQLite cannot run is reported with the line it
-// starts on and skipped, or ends the load when strict.
+// which is then read like any other. A statement SQLite cannot run is reported with its line and
+// column and skipped, or ends the load when strict.
+//
+// The script is not trusted: it may only create, change and drop schema objects of its scratch
+// database and insert rows into it. Anything else (ATTACH, DETACH, VACUUM, PRAGMA, SELECT,
+// UPDATE, DELETE, temporary objects, load_extension(), virtual tables of unknown modules) is
+// refused and ends the load, and no statement may run more than k_iStepLimit SQLite steps, nor
+// the whole script more than k_iScriptStepLimit.
 class ddl_loader
 {
 public:
+   // About a second of work for SQLite; a schema statement needs a tiny fraction of it.
+   static constexpr long long k_iStepLimit = 100'000'000;
+   // The whole script: rows inserted by many statements just under the limit add up.
+   static constexpr long long k_iScriptStepLimit = 5 * k_iStepLimit;
+   // How many steps run between two checks of the limit.
+   static constexpr int k_iStepsPerCheck = 10'000;
+
    struct statement
    {
       int iLine = 0;
+      int iColumn = 0;
       QString sText;
    };
+   // A comment, quoted name or literal the script opens and never closes.
+   struct split_error
+   {
+      int iLine = 0;
+      int iColumn = 0;
+      QString sWhat;   // empty when the script has none
+   };
 
-   ddl_loader() = default;
+   ddl_loader();
    ~ddl_loader();
    ddl_loader(const ddl_loader &) = delete;
    ddl_loader & operator=(const ddl_loader &) = delete;
 
    bool load(const QString & sFile, bool bStrict, QString & sError);
+   // The script itself; sName is the file name the messages give.
+   bool loadText(const QString & sScript, const QString & sName, bool bStrict, QString & sError);
    QSqlDatabase database() const;
-   // "schema.sql:12: statement skipped: reason", one per skipped statement.
+   // "schema.sql:12:5: statement skipped: reason", one per skipped statement.
    QStringList getWarnings() const { return m_lstWarnings; }
+   // Called every k_iProgressStatements statements with the count run so far.
+   void setProgress(const std::function<void(qsizetype, qsizetype)> & fn) { m_fnProgress = fn; }
+   static constexpr qsizetype k_iProgressStatements = 20'000;
 
-   // The statements of a script: split at ";" outside quotes, comments and trigger bodies.
-   static QList<statement> split(const QString & sScript);
+   // The statements of a script: split at ";" outside quotes, comments and trigger bodies. An
+   // unclosed comment, quoted name or literal ends the list and is described in pError.
+   static QList<statement> split(const QString & sScript, split_error * pError = nullptr);
+
+   struct guard;
 
 private:
+   bool runStatement(sqlite3 * pDb, const statement & s, const QString & sName, bool bStrict, qsizetype & iRun, QString & sError);
+
    QString m_sConnection;
    QStringList m_lstWarnings;
+   std::unique_ptr<guard> m_pGuard;
+   std::function<void(qsizetype, qsizetype)> m_fnProgress;
 };
 
 } // namespace db_import

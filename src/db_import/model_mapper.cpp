@@ -3,6 +3,7 @@
 #include "db_import/name_rules.h"
 #include "db_import/type_mapping.h"
 #include "model/entity.h"
+#include "model/model_text_rules.h"
 #include "model/project.h"
 #include "model/property.h"
 #include "model/property_type.h"
@@ -48,7 +49,7 @@ model::project_ptr model_mapper::map(const QString & sProjectName)
    m_pProject->setName(sProjectName);
    for (const db_table & t : m_catalog.lstTables)
    {
-      if (! m_options.accepts(t.sName)) { continue; }
+      if (! m_options.accepts(t.sName) || ! representable(t)) { continue; }
       if (isJoinTable(t)) { m_setJoinTables.insert(db_catalog::keyOf(t.sSchema, t.sName)); continue; }
       addEntity(t);
    }
@@ -65,16 +66,37 @@ model::project_ptr model_mapper::map(const QString & sProjectName)
    return m_pProject;
 }
 
+bool model_mapper::representable(const db_table & table)
+{
+   const QString sTable = qualifiedName(m_catalog, table.sSchema, table.sName);
+   const QString sProblem = model::model_text_rules::sqlNameProblem(sTable);
+   if (sProblem.isEmpty()) { return true; }
+   leaveOut(QString("table %1 left out: its name %2").arg(model::model_text_rules::shown(sTable), sProblem));
+   return false;
+}
+
+bool model_mapper::representable(const db_table & table, const db_column & column)
+{
+   const QString sProblem = model::model_text_rules::literalProblem(column.sName);
+   if (sProblem.isEmpty()) { return true; }
+   const QString sTable = qualifiedName(m_catalog, table.sSchema, table.sName);
+   const QString s = QString("column %1 of table %2 left out: its name %3").arg(model::model_text_rules::shown(column.sName), model::model_text_rules::shown(sTable), sProblem);
+   leaveOut(s);
+   return false;
+}
+
 // Its primary key is two single-column foreign keys to imported tables and it has no other column.
 bool model_mapper::isJoinTable(const db_table & table) const
 {
-   if (table.bView || (table.lstColumns.size() != 2) || (table.lstPrimaryKey.size() != 2) || (table.lstForeignKeys.size() != 2)) { return false; }
+   if (table.bView || (table.lstColumns.size() != 2) ||
+       ! model::model_text_rules::literalProblem(table.lstColumns.at(0).sName).isEmpty() || ! model::model_text_rules::literalProblem(table.lstColumns.at(1).sName).isEmpty() || (table.lstPrimaryKey.size() != 2) || (table.lstForeignKeys.size() != 2)) { return false; }
    if (table.lstForeignKeys.at(0).lstColumns == table.lstForeignKeys.at(1).lstColumns) { return false; }
    for (const db_foreign_key & k : table.lstForeignKeys)
    {
       if ((k.lstColumns.size() != 1) || ! table.lstPrimaryKey.contains(k.lstColumns.first())) { return false; }
       const db_table * pTarget = m_catalog.find(k.sTargetSchema, k.sTargetTable);
-      if (! pTarget || pTarget->bView || ! m_options.accepts(pTarget->sName) || (pTarget->lstPrimaryKey.size() != 1)) { return false; }
+      if (! pTarget || pTarget->bView || ! m_options.accepts(pTarget->sName) || (pTarget->lstPrimaryKey.size() != 1) ||
+          ! model::model_text_rules::sqlNameProblem(qualifiedName(m_catalog, pTarget->sSchema, pTarget->sName)).isEmpty()) { return false; }
    }
    return true;
 }
@@ -136,6 +158,7 @@ void model_mapper::addColumns(const db_table & table)
    const model::entity_ptr pEntity = m_hashEntities.value(db_catalog::keyOf(table.sSchema, table.sName));
    for (const db_column & c : table.lstColumns)
    {
+      if (! representable(table, c)) { continue; }
       const bool bKey = ((table.lstPrimaryKey.size() == 1) && (table.lstPrimaryKey.first() == c.sName));
       const db_foreign_key * pKey = (bKey ? nullptr : relationKey(table, c.sName));
       if (pKey) { addManyToOne(table, pEntity, c, * pKey); }

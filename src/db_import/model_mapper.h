@@ -17,6 +17,8 @@ class model_mapper
    const db_catalog & m_catalog;
    const import_options & m_options;
    QStringList m_lstWarnings;
+   // Names the model cannot hold, when import_options::bStrict makes them errors.
+   QStringList m_lstErrors;
    model::project_ptr m_pProject;
    // Catalog key of a table -> its entity; join tables have none.
    QHash<QString, model::entity_ptr> m_hashEntities;
@@ -42,6 +44,7 @@ public:
    model::project_ptr map(const QString & sProjectName);
    // One line per table or column the model cannot hold as it is, naming it.
    QStringList getWarnings() const { return m_lstWarnings; }
+   QStringList getErrors() const { return m_lstErrors; }
 
    // The table an entity stands for: its "table", else its name.
    static QString tableOf(const model::entity & entity);
@@ -64,6 +67,11 @@ private:
                                    const model::entity_ptr & pTarget, const QString & sForeignKey);
    QString styledPropertyName(const QString & s) const;
    void warn(const QString & s) { m_lstWarnings.append(s); }
+   // A table or column left out: a warning, an error when strict.
+   void leaveOut(const QString & s) { (m_options.bStrict ? m_lstErrors : m_lstWarnings).append(s); }
+   // Why the model cannot hold the table's (or the column's) name; empty when it can.
+   bool representable(const db_table & table);
+   bool representable(const db_table & table, const db_column & column);
 };
 
 } // namespace db_import

@@ -25,7 +25,7 @@ public:
    // sName, or sName2, sName3... the first not in setTaken (which gets it).
    static QString unique(const QString & sName, QSet<QString> & setTaken);
 
-private:
+   // sDigitPrefix before a leading digit, sEmpty when s has no word.
    static QString identifier(const QString & s, enum_style eStyle, const QString & sDigitPrefix, const QString & sEmpty);
 };
 

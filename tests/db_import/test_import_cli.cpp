@@ -81,7 +81,7 @@ TEST_F(ImportDbCli, UsageErrorsExitWithTwo)
    const QList<QStringList> lstCalls {
       { "import-db" }, { "import-db", "sqlite:x.db" }, { "import-db", "sqlite:x.db", "out.txt" },
       { "import-db", "--ddl", sDdl, "sqlite:x.db", "out.tavrel" }, { "import-db", "--class-names", "snake", "--ddl", sDdl, "out.tavrel" },
-      { "import-db", "--strict", "sqlite:x.db", "out.tavrel" }, { "import-db", "--bogus", "--ddl", sDdl, "out.tavrel" } };
+      { "import-db", "--name", "a-b", "--ddl", sDdl, "out.tavrel" }, { "import-db", "--bogus", "--ddl", sDdl, "out.tavrel" } };
    for (const QStringList & args : lstCalls)
    {
       const cli_result r = runTavrel(args);
@@ -97,7 +97,7 @@ TEST_F(ImportDbCli, HelpListsTheOptionsAndTheMainHelpTheCommand)
    EXPECT_EQ(r.code, 0);
    EXPECT_TRUE(r.out.startsWith("Usage: tavrel import-db SOURCE OUT")) << r.out.toStdString();
    for (const char * s : { "--ddl", "--strict", "--class-names", "--property-names", "--namespace", "--decimal-as", "--nullable",
-                           "--no-inverse", "--tables", "--exclude", "--prune", "--dry-run", "TAVREL_DB_PASSWORD" })
+                           "--no-inverse", "--tables", "--exclude", "--prune", "--dry-run", "--name", "TAVREL_DB_PASSWORD" })
    { EXPECT_TRUE(r.out.contains(s)) << s; }
    r = runTavrel({ "--help" });
    EXPECT_TRUE(r.out.contains("import-db SOURCE OUT")) << r.out.toStdString();
@@ -127,17 +127,17 @@ TEST_F(ImportDbCli, JsonOutputIsWrittenAndRefreshed)
 TEST_F(ImportDbCli, AFailingDdlStatementIsSkippedWithItsLineOrFailsWhenStrict)
 {
    const QString sBad = write("bad.sql", QString(k_sDdl) + "\nCREATE TABLE broken (id BIGINT PRIMARY KEY,, x);\nCREATE TABLE note (id BIGINT PRIMARY KEY);\n");
-   expectFailure(runTavrel({ "import-db", "--strict", "--ddl", sBad, m_sProject }), "bad.sql:4: statement failed");
+   expectFailure(runTavrel({ "import-db", "--strict", "--ddl", sBad, m_sProject }), "bad.sql:4:44: statement failed: near \",\": syntax error: CREATE TABLE broken");
    const cli_result r = runTavrel({ "import-db", "--ddl", sBad, m_sProject, "--dry-run" });
    EXPECT_EQ(r.code, 0) << r.err.toStdString();
-   EXPECT_TRUE(r.err.contains("warning: bad.sql:4: statement skipped")) << r.err.toStdString();
+   EXPECT_TRUE(r.err.contains("warning: bad.sql:4:44: statement skipped")) << r.err.toStdString();
    EXPECT_TRUE(r.out.contains("+ entity Note (table note)")) << r.out.toStdString();
 }
 
 TEST_F(ImportDbCli, AKeywordAsATableNameIsReportedUnlessQuoted)
 {
    const QString sKeyword = write("keyword.sql", "CREATE TABLE order (id BIGINT PRIMARY KEY);\n");
-   expectFailure(runTavrel({ "import-db", "--strict", "--ddl", sKeyword, m_sProject }), "keyword.sql:1: statement failed");
+   expectFailure(runTavrel({ "import-db", "--strict", "--ddl", sKeyword, m_sProject }), "keyword.sql:1:14: statement failed: near \"order\"");
    expectFailure(runTavrel({ "import-db", "--ddl", sKeyword, m_sProject }), "has no statement SQLite could run");
    const cli_result r = runTavrel({ "import-db", "--ddl", write("quoted.sql", "CREATE TABLE \"order\" (id BIGINT PRIMARY KEY);\n"),
                                    m_dir.path() + "/quoted.json" });
