@@ -327,6 +327,25 @@ QStringList model_integrity::fileCollisions(const project & p, bool bForExport)
          }
       }
    }
+
+   // A file system takes at most 255 bytes a name: a longer one fails halfway through an export.
+   const qsizetype k_iMaxName = 255;
+   for (qsizetype i = 0; i < lstItems.size(); ++i)
+   {
+      const QString sFile = lstItems.at(i).sFlat + QLatin1String(".gen.cpp");
+      const qsizetype iBytes = sFile.toUtf8().size();
+      if (iBytes <= k_iMaxName) { continue; }
+      QString sWho = label(i);
+      sWho[0] = sWho.at(0).toUpper();
+      lst.append(QString("%1 gives the generated file name '%2', %3 bytes long : a file name may have at most %4 bytes")
+                    .arg(sWho, sFile).arg(iBytes).arg(k_iMaxName));
+   }
+   const QString sLongest = sProject + QLatin1String("_precompiled_header.gen.h");
+   if (sLongest.toUtf8().size() > k_iMaxName)
+   {
+      lst.append(QString("Project '%1' gives the generated file name '%2', %3 bytes long : a file name may have at most %4 bytes")
+                    .arg(sProject, sLongest).arg(sLongest.toUtf8().size()).arg(k_iMaxName));
+   }
    return lst;
 }
 
