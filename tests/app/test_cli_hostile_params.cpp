@@ -95,7 +95,7 @@ TEST_F(CliHostile, ParametersNoPluginReadsAreUsageErrors)
    EXPECT_EQ(r.code, 0) << text(r);
 
    // The right plug-in's own parameters, and the C++ ones in full, still export.
-   r = runTavrel({ "export", m_sModel, "--plugin", "TavrelSqlExport", "--TavrelSqlExport_dialect=sqlite", "--TavrelSqlExport_path=" + path("out") });
+   r = runTavrel({ "export", m_sModel, "--plugin", "TavrelSqlExport", "--TavrelSqlExport_dialect=sqlite", "--TavrelSqlExport_path=" + path("out/schema.sql") });
    EXPECT_EQ(r.code, 0) << text(r);
    r = exportWith({ "--TavrelCppExport_generate_pimpl=0", "--TavrelCppExport_template_type=1", "--TavrelCppExport_generate_custom_files=0" });
    EXPECT_EQ(r.code, 0) << text(r);
@@ -114,8 +114,8 @@ TEST_F(CliHostile, EmptyOrDamagedLockIsTakenOver)
       EXPECT_TRUE(QFileInfo::exists(path("out/include/shop_Customer.gen.h")));
    }
 
-   // A lock naming a process that cannot exist is one left behind.
-   ASSERT_TRUE(test_support::writeAll(lockFile(), "2147483647\n\ntavrel\n"));
+   // A lock naming (on this machine) a process that cannot exist is one left behind.
+   ASSERT_TRUE(test_support::writeAll(lockFile(), "2147483647\ntavrel\n\n"));
    const cli_result r = exportWith({});
    EXPECT_EQ(r.code, 0) << text(r);
    EXPECT_TRUE(r.err.contains("of an export that is no longer running was taken over")) << text(r);
