@@ -168,10 +168,14 @@ TEST_F(CliHostile, ExportPathBelowAFileNamesTheFile)
       {
          const cli_result r = exportWith(extra, sOut);
          EXPECT_EQ(r.code, 1) << text(r);
-         EXPECT_TRUE(r.err.contains("Export path '" + path(sOut) + "' cannot be a directory : '" + path("plain") + "' is a file, not a directory")) << text(r);
+         EXPECT_TRUE(r.err.contains("tavrel: Cannot export : the export path '" + path(sOut) + "' lies below '" + path("plain") + "', which is a file, not a directory")) << text(r);
          EXPECT_FALSE(r.err.contains("dialog")) << text(r);
       }
    }
+   // The file itself as the export path, in a dry run too.
+   const cli_result r = exportWith({ "--dry-run" }, "plain");
+   EXPECT_EQ(r.code, 1) << text(r);
+   EXPECT_TRUE(r.err.contains("the export path '" + path("plain") + "' is an existing file, not a directory")) << text(r);
    EXPECT_EQ(test_support::readAll(path("plain")), QByteArray("a file\n"));
 }
 

@@ -67,9 +67,8 @@ QString cpp_builder::getLumorPath(bool bForceCheck, bool bWithPwdPrefix) const
    if (p.isEmpty() || (bCheck && ! QDir(p).exists())) { return QString(); }
    if (! bRelative) { return p; }
 
-   // A missing directory (a dry run) gives the same relative path its export would.
    QString d = m_pCppExport->getCppExportPath(true);
-   if (d.isEmpty()) { return p; }
+   if (d.isEmpty() || ! QDir(d).exists()) { return p; }
    QString r = QDir(d).relativeFilePath(p);
    r.replace("\\", "/");
    if (! r.endsWith("/")) { r += "/"; }

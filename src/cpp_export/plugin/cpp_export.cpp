@@ -273,10 +273,12 @@ zy::ZyBool cpp_export::exportProject(model::project & project)
    {
       QString sResolved = getCppExportPath(true);
       const QString sFile = fileOnTheWay(sResolved);
+      if (! sFile.isEmpty() && (sFile == QDir::cleanPath(QFileInfo(sResolved).absoluteFilePath())))
+      { return zy::ZyBool(false, tr("Cannot export : the export path '") + sResolved + tr("' is an existing file, not a directory")); }
       if (! sFile.isEmpty())
       {
-         return zy::ZyBool(false, tr("Export path '") + sResolved + tr("' cannot be a directory : '") + QDir::toNativeSeparators(sFile) +
-                                  tr("' is a file, not a directory"));
+         return zy::ZyBool(false, tr("Cannot export : the export path '") + sResolved + tr("' lies below '") + QDir::toNativeSeparators(sFile) +
+                                  tr("', which is a file, not a directory"));
       }
       if (bDryRun && ! QDir(sResolved).exists())
       { Q_EMIT onMessage(tr("Export directory '") + sResolved + tr("' doesn't exist : a dry run does not create it"), 1, 10000); }
