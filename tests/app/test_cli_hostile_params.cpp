@@ -1,6 +1,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSqlDatabase>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -151,12 +152,35 @@ TEST_F(CliHostile, DryRunAndCheckMakeNoDirectoryNorLock)
       EXPECT_FALSE(QFileInfo::exists(path("fresh"))) << option.toStdString();
    }
 
+   // After a real export, a dry run of a changed model leaves the record as it was.
+   ASSERT_EQ(exportWith({}).code, 0);
+   auto record = [this]()
+   {
+      QSqlDatabase db;
+      storage::export_record::files files;
+      EXPECT_TRUE(storage::project_storage::openDatabase(path("shop.tavrel"), db).getValue());
+      EXPECT_TRUE(storage::export_record::read(db, "TavrelCppExport", QDir(path("out")).absolutePath(), files).getValue());
+      storage::project_storage::closeDatabase(db);
+      return files;
+   };
+   const storage::export_record::files before = record();
+   ASSERT_FALSE(before.isEmpty());
+   QByteArray json = test_support::readAll(m_sModel);
+   ASSERT_TRUE(json.contains("\"Row identifier\""));
+   ASSERT_TRUE(test_support::writeAll(m_sModel, json.replace("\"Row identifier\"", "\"Row number\"")));
+   const QStringList tree = test_support::treeState(path("out"));
+   cli_result r = exportWith({ "--dry-run" });
+   EXPECT_EQ(r.code, 0) << text(r);
+   EXPECT_TRUE(r.out.contains("M include/shop_Base.gen.h\n")) << text(r);
+   EXPECT_EQ(record(), before);
+   EXPECT_EQ(test_support::treeState(path("out")), tree);
+
    // A damaged lock in an existing directory stays as it is: a dry run takes no lock.
    ASSERT_TRUE(test_support::writeAll(lockFile(), "garbage"));
-   const cli_result r = exportWith({ "--dry-run" });
+   r = exportWith({ "--dry-run" });
    EXPECT_EQ(r.code, 0) << text(r);
    EXPECT_EQ(test_support::readAll(lockFile()), QByteArray("garbage"));
-   EXPECT_EQ(test_support::treeState(path("out"), { ".tavrel_export.lock" }), QStringList());
+   EXPECT_EQ(test_support::treeState(path("out"), { ".tavrel_export.lock" }), tree);
 }
 
 TEST_F(CliHostile, ExportPathBelowAFileNamesTheFile)
