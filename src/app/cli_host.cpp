@@ -254,6 +254,17 @@ int cli_host::cmdDump(const QStringList & args)
 int cli_host::cmdCheck(const QStringList & args, const QStringList & allArgs)
 {
    if (args.size() != 1) { return usageError("check needs PROJECT"); }
+   // Only a plug-in's PIMPL switch changes what check says; it must be one a plug-in reads.
+   const QList<plugin_parameters> lstParams = allPluginParameters();
+   for (const QString & a : allArgs)
+   {
+      if (! isPluginParameter(a)) { continue; }
+      const plugin_parameters * pOwner = nullptr;
+      for (const plugin_parameters & params : lstParams) { if (params.concerns(a)) { pOwner = & params; break; } }
+      if (! pOwner) { return usageError("unknown plug-in parameter '" + plugin_parameters::nameOf(a) + "' (check reads only --<plug-in>_generate_pimpl=0|1)"); }
+      const QString why = pOwner->usageError(a);
+      if (! why.isEmpty()) { return usageError(why); }
+   }
    model::project_ptr project;
    if (! openProject(args.at(0), project)) { return exit_failure; }
    const zy::ZyInvalidValueX errors = project->checkSchema();
@@ -293,6 +304,16 @@ int cli_host::cmdPlugins()
    return exit_ok;
 }
 
+QList<plugin_parameters> cli_host::allPluginParameters()
+{
+   QList<plugin_parameters> lst;
+   for (const plugin_info & info : plugin_finder::findPlugins())
+   {
+      if (info.exportPlugin) { lst.append(plugin_parameters(info.exportPlugin->getName(), info.exportPlugin->getCommandLineInfos())); }
+   }
+   return lst;
+}
+
 plugin::export_interface * cli_host::findExportPlugin(const QString & pluginName, QString & sError)
 {
    QList<plugin_info> lst = plugin_finder::findPlugins();
@@ -317,11 +338,13 @@ int cli_host::cmdExport(const QStringList & positional, const QStringList & allA
    plugin::export_interface * pPlugin = findExportPlugin(flags.plugin, sNoPlugin);
    if (! pPlugin) { return failure(sNoPlugin); }
 
-   // The plug-in's parameters are checked against its own description before anything is opened.
+   // The plug-in's parameters are checked against its own description before anything is opened;
+   // a parameter it would not read is a mistake too, not something to pass over.
    const plugin_parameters params(pPlugin->getName(), pPlugin->getCommandLineInfos());
    for (const QString & a : allArgs)
    {
-      const QString why = params.usageError(a);
+      if (! isPluginParameter(a)) { continue; }
+      const QString why = (params.concerns(a) ? params.usageError(a) : params.foreignError(a, allPluginParameters()));
       if (! why.isEmpty()) { return usageError(why); }
    }
 

@@ -13,6 +13,8 @@ namespace view { class main_wnd; }
 
 namespace app {
 
+class plugin_parameters;
+
 // Exit codes of the command-line host.
 enum enum_exit { exit_ok = 0, exit_failure = 1, exit_usage = 2 };
 
@@ -64,6 +66,8 @@ private:
    // Exports, then again each time the model, the user script or a template changes, until
    // Ctrl+C.
    int cmdWatch(const QStringList & positional, const QStringList & allArgs, const export_flags & flags);
+   // The command-line parameters of every export plug-in found.
+   static QList<plugin_parameters> allPluginParameters();
    plugin::export_interface * findExportPlugin(const QString & pluginName, QString & sError);
    // After the plug-in ran successfully: stale files, record, the lines and summary printed.
    int finishExport(plugin::export_interface * pPlugin, const plugin::export_files & files, const export_flags & flags, qint64 iStartMs);

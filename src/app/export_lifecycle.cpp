@@ -38,17 +38,22 @@ void dropEmptiedFolders(const QString & root, const QString & removedFile)
 }
 
 // A recorded file the export no longer produces: what becomes of it.
-enum stale_kind { stale_gone, stale_custom, stale_edited, stale_removable };
+enum stale_kind { stale_gone, stale_outside, stale_custom, stale_edited, stale_removable };
 
 stale_kind judge(const QString & root, const QString & relPath, const QByteArray & hash)
 {
+   // A record that names a place outside the export directory was not written by an export
+   // (a tampered or damaged project file): that place is not even looked at.
+   const QString sClean = QDir::cleanPath(relPath);
+   if (relPath.isEmpty() || QDir::isAbsolutePath(relPath) || (sClean == QLatin1String(".")) || (sClean == QLatin1String("..")) ||
+       sClean.startsWith(QLatin1String("../")))
+   { return stale_outside; }
    const QString sPath = root + '/' + relPath;
    const QFileInfo info(sPath);
    if (! info.exists() && ! info.isSymLink()) { return stale_gone; }
-   // Nothing outside the export directory, nor reached through a link, is ever removed.
+   // Nothing reached through a link is ever removed.
    const QString sParent = QFileInfo(QDir::cleanPath(sPath)).path();
-   if (QDir::isAbsolutePath(relPath) || QDir::cleanPath(relPath).startsWith(QLatin1String("../")) ||
-       (QDir(sParent).canonicalPath() != QDir::cleanPath(QDir(root).canonicalPath() + '/' + QFileInfo(relPath).path())))
+   if (QDir(sParent).canonicalPath() != QDir::cleanPath(QDir(root).canonicalPath() + '/' + QFileInfo(relPath).path()))
    { return stale_edited; }
    // The user's own files are never removed.
    if (relPath.startsWith(QLatin1String("custom/"))) { return stale_custom; }
@@ -105,6 +110,7 @@ zy::ZyBool export_lifecycle::finish(const QString & plugin, const plugin::export
       switch (judge(sRoot, sRel, oldRecord.value(sRel)))
       {
          case stale_gone: break;
+         case stale_outside: outcome.kept.append(sRel + " : recorded, but outside the export directory : left alone"); break;
          case stale_custom: outcome.kept.append(sRel + " : user file no longer used by the model, kept"); break;
          case stale_edited: outcome.kept.append(sRel + " : no longer generated but changed since the last export, kept"); break;
          case stale_removable:

@@ -67,8 +67,8 @@ QString plugin_parameters::usageError(const QString & arg) const
    const item * p = find(name);
    if (! p) { return "unknown plug-in parameter '" + name + "' (accepted : " + names().join(", ") + ")"; }
    const QString value = valueOf(arg);
-   // An empty value leaves the stored setting, as the plug-in reads it.
-   if (value.isEmpty()) { return QString(); }
+   // An empty value would silently keep the stored setting: the user meant something else.
+   if (value.isEmpty()) { return "plug-in parameter " + name + " needs a value (" + name + "=" + (p->choiceText.isEmpty() ? QString("VALUE") : p->choiceText) + ")"; }
    if ((p->kind == kind_flag) && ! p->choices.contains(value))
    { return "bad value '" + value + "' for " + name + " (accepted : " + p->choiceText + ")"; }
    if (p->kind == kind_number)
@@ -78,6 +78,27 @@ QString plugin_parameters::usageError(const QString & arg) const
       if (! ok) { return "bad value '" + value + "' for " + name + " (accepted : " + p->choiceText + ")"; }
    }
    return QString();
+}
+
+QString plugin_parameters::foreignError(const QString & arg, const QList<plugin_parameters> & lstOthers) const
+{
+   const QString name = nameOf(arg);
+   for (const plugin_parameters & other : lstOthers)
+   {
+      if ((other.m_sPrefix == m_sPrefix) || ! other.concerns(arg)) { continue; }
+      const QString sOther = other.m_sPrefix.mid(2, other.m_sPrefix.size() - 3);
+      return "plug-in parameter '" + name + "' belongs to the plug-in " + sOther + ", not to " + m_sPrefix.mid(2, m_sPrefix.size() - 3) +
+             " (choose it with --plugin " + sOther + ")";
+   }
+   // A wrong letter case is the likeliest slip: name the parameter meant.
+   for (const plugin_parameters & other : lstOthers)
+   {
+      for (const item & it : other.m_lst)
+      {
+         if (it.name.compare(name, Qt::CaseInsensitive) == 0) { return "unknown plug-in parameter '" + name + "' (did you mean " + it.name + "?)"; }
+      }
+   }
+   return "unknown plug-in parameter '" + name + "' (accepted : " + names().join(", ") + ")";
 }
 
 QString plugin_parameters::exportError(const QString & arg, const std::function<QString(const QString &)> & resolveDir) const

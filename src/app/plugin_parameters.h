@@ -38,8 +38,12 @@ public:
    QStringList names() const;
    const QList<item> & items() const { return m_lst; }
 
-   // Usage error of one argument (unknown name, value of the wrong form); empty when it is fine.
+   // Usage error of one argument addressed to this plug-in (unknown name, no value, value of the
+   // wrong form); empty when it is fine or the argument is not this plug-in's.
    QString usageError(const QString & arg) const;
+   // Why arg, a plug-in parameter this plug-in does not concern, is refused: another plug-in's
+   // (lstOthers holds every plug-in found), a wrong letter case, or no plug-in's at all.
+   QString foreignError(const QString & arg, const QList<plugin_parameters> & lstOthers) const;
    // A well-formed value that still cannot give a complete export (a number outside the listed
    // values, a file that cannot be read, an export directory that is a file); empty when none.
    // resolveDir turns an export directory as given into the path used.

@@ -29,6 +29,8 @@ QString pathCharacterProblem(const QString & s)
       if (c == '#') { return QStringLiteral("holds '#'"); }
       if (c == '$') { return QStringLiteral("holds a '$' that is not an environment reference ($$(NAME), ${NAME} or $NAME)"); }
    }
+   // CMake reads "\"" as a quote inside the text, so the closing quote would be lost.
+   if (s.endsWith('\\')) { return QStringLiteral("ends with a backslash, which would escape the quote that closes it"); }
    return QString();
 }
 

@@ -201,6 +201,32 @@ private:
    }
 };
 
+// A file system takes at most 255 bytes a name: a longer one fails halfway through an export.
+// The source file is the longest of an item's names, the precompiled header the project's.
+QStringList longFileNames(const project & p, bool bForExport)
+{
+   const qsizetype k_iMaxName = 255;
+   QStringList lst;
+   auto check = [&](const QString & sWho, const QString & sFile)
+   {
+      const qsizetype iBytes = sFile.toUtf8().size();
+      if (iBytes <= k_iMaxName) { return; }
+      lst.append(QString("%1 gives the generated file name '%2', %3 bytes long : a file name may have at most %4 bytes")
+                    .arg(sWho, sFile).arg(iBytes).arg(k_iMaxName));
+   };
+   auto flat = [](const QString & sKey) { return QString(sKey).replace(QLatin1String("::"), QLatin1String("_")); };
+   for (const entity_ptr & pEntity : (* p.getListOfAllEntities()))
+   {
+      if (pEntity && (! bForExport || (pEntity->getId() != 0))) { check("Entity '" + pEntity->getKey() + "'", flat(pEntity->getKey()) + ".gen.cpp"); }
+   }
+   for (const enumeration_ptr & pEnum : (* p.getListOfAllEnums()))
+   {
+      if (pEnum && (! bForExport || (pEnum->getId() != 0))) { check("Enumeration '" + pEnum->getKey() + "'", flat(pEnum->getKey()) + ".gen.cpp"); }
+   }
+   check("Project '" + p.getName() + "'", p.getName() + "_precompiled_header.gen.h");
+   return lst;
+}
+
 } // namespace
 
 QList<QList<qsizetype> > model_integrity::parentCycles(const list_of_entity & lstEntities)
@@ -327,6 +353,7 @@ QStringList model_integrity::fileCollisions(const project & p, bool bForExport)
          }
       }
    }
+   lst.append(longFileNames(p, bForExport));
    return lst;
 }
 

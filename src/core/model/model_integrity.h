@@ -25,7 +25,8 @@ public:
    // ("::" replaced by "_"), keys that differ only in letter case (one include guard, one file on
    // a case-insensitive disk), or a project-level file's name. One message per clash, naming the
    // keys and the file. bForExport: items of id 0 (never exported) are left out and a repeated
-   // key counts too (checkSchema reports those on their own).
+   // key counts too (checkSchema reports those on their own). Also every generated file name
+   // longer than a file system takes (255 bytes).
    static QStringList fileCollisions(const project & p, bool bForExport);
 
    // One message per broken rule, each naming the item ("Entity 'a::B' : name ..."). Empty

@@ -78,8 +78,9 @@ QString cpp_builder::getLumorPath(bool bForceCheck, bool bWithPwdPrefix) const
 
 zy::ZyBool cpp_builder::checkExportPaths(const QString & sExportDir)
 {
-   // An empty path names no directory (QDir would take it for the current one).
-   if (sExportDir.isEmpty() || ! QDir(sExportDir).exists()) { return zy::ZyBool(false, "Directory to export entities doesn't exist : " + sExportDir); }
+   // An empty path names no directory (QDir would take it for the current one); a dry run
+   // exports into a missing one as into an empty one.
+   if (sExportDir.isEmpty() || (! isDryRun() && ! QDir(sExportDir).exists())) { return zy::ZyBool(false, "Directory to export entities doesn't exist : " + sExportDir); }
    model::global_params_ptr pParams = context::ctx_global::getGlobalParams();
    if (! pParams) { return zy::ZyBool(false, "Cannot access to global parameters"); }
    // The path is written into the generated CMake and qmake files: refused before anything is
@@ -93,6 +94,12 @@ zy::ZyBool cpp_builder::checkExportPaths(const QString & sExportDir)
    const QString L = pParams->getLumorPath(true);
    if (L.isEmpty()) { return zy::ZyBool(false, "You must define a Lumor library path in Tavrel global settings (menu 'Tools >> Global settings') before exporting to C++ project"); }
    if (! QDir(L).exists()) { return zy::ZyBool(false, "Lumor library path is not valid : " + L); }
+   // The project files get the path with '\\' read as '/': it must still name the directory.
+   if (getLumorPath(true, false).isEmpty())
+   {
+      return zy::ZyBool(false, "Lumor library path is not valid : " + model::model_text_rules::shown(L) +
+                               "\nWith its backslashes read as '/', as the generated project files read them, it names no directory");
+   }
    return zy::ZyBool(true);
 }
 
@@ -111,8 +118,31 @@ bool cpp_builder::confirmSchemaErrors(model::project & project) const
 zy::ZyBool cpp_builder::lockExportDirectory(QLockFile & lock, const QString & sExportDir)
 {
    const QDir dir(sExportDir);
-   // One export at a time in a directory: two would mix their files. One left by a killed
-   // process is taken over.
+   const QString sLockFile = dir.absoluteFilePath(lockFileName());
+   const QString sShown = QDir::toNativeSeparators(sLockFile);
+   const QFileInfo info(sLockFile);
+   // A link is never written through, nor read: it is replaced by a lock of our own.
+   if (info.isSymLink())
+   {
+      const QString sTarget = info.symLinkTarget();
+      if (! QFile::remove(sLockFile)) { return zy::ZyBool(false, "The lock file '" + sShown + "' is a symbolic link that cannot be removed : " + sExportDir); }
+      Q_EMIT onMessage("The lock file '" + sShown + "' was a symbolic link (to '" + QDir::toNativeSeparators(sTarget) +
+                       "') : the link was removed and its target left alone", 2, k_iDuration);
+   }
+   else if (info.exists())
+   {
+      // An empty or damaged lock names no process: nobody holds it, and nobody ever would.
+      qint64 iPid = 0;
+      QString sHost, sApp;
+      if (! lock.getLockInfo(& iPid, & sHost, & sApp) || (iPid <= 0))
+      {
+         if (info.isDir() || ! QFile::remove(sLockFile)) { return zy::ZyBool(false, "The lock file '" + sShown + "' is damaged and cannot be removed : " + sExportDir); }
+         Q_EMIT onMessage("The lock file '" + sShown + "' named no process (empty or damaged) : it was taken over", 2, k_iDuration);
+      }
+   }
+   const bool bLeftBehind = QFileInfo::exists(sLockFile);
+   // One export at a time in a directory: two would mix their files. One left by a process that
+   // is gone (or is not this program) is taken over.
    lock.setStaleLockTime(0);
    if (! lock.tryLock(0) && (lock.error() == QLockFile::LockFailedError))
    {
@@ -120,8 +150,9 @@ zy::ZyBool cpp_builder::lockExportDirectory(QLockFile & lock, const QString & sE
       QString sHost, sApp;
       lock.getLockInfo(& iPid, & sHost, & sApp);
       return zy::ZyBool(false, "Another export into this directory is running (process " + QString::number(iPid) + ", lock file '" +
-                               QDir::toNativeSeparators(dir.absoluteFilePath(lockFileName())) + "') : " + sExportDir);
+                               sShown + "') : " + sExportDir);
    }
+   if (bLeftBehind && lock.isLocked()) { Q_EMIT onMessage("The lock file '" + sShown + "' of an export that is no longer running was taken over", 2, k_iDuration); }
    // A lock that cannot be made at all (a directory that can't be written) is left to the
    // creation of the directories, which says why.
    return zy::ZyBool(true);
@@ -230,10 +261,13 @@ zy::ZyBool cpp_builder::build(model::project & project)
    if (! lstCollisions.isEmpty()) { return zy::ZyBool(false, "Nothing was exported, generated files would overwrite each other :\n- " + lstCollisions.join("\n- ")); }
 
    QDir dir(D);
-   // The lock goes with this call however it ends.
+   // The lock goes with this call however it ends. A dry run writes nothing, not even the lock.
    QLockFile lock(dir.absoluteFilePath(lockFileName()));
-   ok = lockExportDirectory(lock, D);
-   if (! ok) { return ok; }
+   if (! isDryRun())
+   {
+      ok = lockExportDirectory(lock, D);
+      if (! ok) { return ok; }
+   }
 
    m_sWriteRoot = D;
    struct write_root_reset { QString & root; ~write_root_reset() { root.clear(); } } resetRoot{ m_sWriteRoot };

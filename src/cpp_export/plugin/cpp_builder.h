@@ -129,10 +129,10 @@ protected:
 
 private:
    // Steps of build(), in their order.
-   static zy::ZyBool checkExportPaths(const QString & sExportDir);
+   zy::ZyBool checkExportPaths(const QString & sExportDir);
    // True when the model has no errors or the user goes on despite them.
    bool confirmSchemaErrors(model::project & project) const;
-   static zy::ZyBool lockExportDirectory(QLockFile & lock, const QString & sExportDir);
+   zy::ZyBool lockExportDirectory(QLockFile & lock, const QString & sExportDir);
    zy::ZyBool makeExportDirectories(const QDir & dir);
    // Each entity, then each enumeration: its two files, the script's notice, its custom files.
    zy::ZyBool exportItems(model::project & project, const model::list_of_entity & lstEntities, const QString & sExportDir);

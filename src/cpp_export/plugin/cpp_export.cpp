@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
 #include <QGuiApplication>
 
 #include "context/ctx_global.h"
@@ -48,6 +49,23 @@ const char * const k_sKeyScript = "CUSTOM_JAVASCRIPT";
 
 // First value of a command-line parameter, empty when absent.
 QString firstArg(const QStringList & lst) { return (lst.isEmpty() ? QString() : lst.first()); }
+
+// The first step of a path, from the path itself up, that exists and is no directory: no
+// directory can be made below it. Empty when there is none.
+QString fileOnTheWay(const QString & sPath)
+{
+   QString sStep = QDir::cleanPath(QFileInfo(sPath).absoluteFilePath());
+   // Each turn drops one component, so the walk ends at the root.
+   while (! sStep.isEmpty())
+   {
+      const QFileInfo info(sStep);
+      if (info.exists()) { return (info.isDir() ? QString() : sStep); }
+      const QString sParent = info.path();
+      if (sParent == sStep) { break; }
+      sStep = sParent;
+   }
+   return QString();
+}
 
 } // namespace
 
@@ -98,6 +116,18 @@ void cpp_export::readFile(const QString & path, QString & target) const
    // The template keeps its line ends as written (the parser handles CR LF).
    const QString text = tools::readTextFile(path, tools::line_ends::as_written);
    if (! text.isEmpty()) { target = text; }
+}
+
+QString cpp_export::customTemplateProblem() const
+{
+   if (m_eCppTemplate != cpp_template::custom) { return QString(); }
+   // An empty template gives empty class files, which an export would count as unchanged.
+   QStringList lstMissing;
+   if (m_sCustomCppTemplate_HPP.isEmpty()) { lstMissing.append("header template (--" + getName() + "_template_header=FILE)"); }
+   if (m_sCustomCppTemplate_CPP.isEmpty()) { lstMissing.append("source template (--" + getName() + "_template_source=FILE)"); }
+   if (lstMissing.isEmpty()) { return QString(); }
+   return tr("Custom templates are selected (") + getName() + tr("_template_type=4) but no ") + lstMissing.join(tr(" and no ")) +
+          tr(" is set : nothing was exported");
 }
 
 void cpp_export::clearSettings()
@@ -233,10 +263,26 @@ zy::ZyBool cpp_export::exportProject(model::project & project)
 
    applyCommandLine();
 
+   const QString sTemplateProblem = customTemplateProblem();
+   if (! sTemplateProblem.isEmpty()) { return zy::ZyBool(false, sTemplateProblem); }
+
+   // A dry run writes nothing, the export directory included: a missing one is exported into as
+   // an empty one.
+   const bool bDryRun = (getExportFiles() && getExportFiles()->isDryRun());
    if (! m_sCppExportPath.isEmpty())
    {
       QString sResolved = getCppExportPath(true);
-      if (! QDir(sResolved).exists())
+      const QString sFile = fileOnTheWay(sResolved);
+      if (! sFile.isEmpty() && (sFile == QDir::cleanPath(QFileInfo(sResolved).absoluteFilePath())))
+      { return zy::ZyBool(false, tr("Cannot export : the export path '") + sResolved + tr("' is an existing file, not a directory")); }
+      if (! sFile.isEmpty())
+      {
+         return zy::ZyBool(false, tr("Cannot export : the export path '") + sResolved + tr("' lies below '") + QDir::toNativeSeparators(sFile) +
+                                  tr("', which is a file, not a directory"));
+      }
+      if (bDryRun && ! QDir(sResolved).exists())
+      { Q_EMIT onMessage(tr("Export directory '") + sResolved + tr("' doesn't exist : a dry run does not create it"), 1, 10000); }
+      else if (! QDir(sResolved).exists())
       {
          QString sTitle = "Tavrel - " + getName();
          QString sText = "Export directory '" + sResolved + "' doesn't exist.\nDo you want to create it and start the export process ?";
@@ -245,13 +291,13 @@ zy::ZyBool cpp_export::exportProject(model::project & project)
       }
    }
 
-   if (m_sCppExportPath.isEmpty() || ! QDir(getCppExportPath(true)).exists())
+   if (m_sCppExportPath.isEmpty() || (! bDryRun && ! QDir(getCppExportPath(true)).exists()))
    {
       m_sCppExportPath = project.getLocation();
       if (! showSettings()) { m_sCppExportPath.clear(); return zy::ZyBool(true, QString()); }
    }
 
-   if (m_sCppExportPath.isEmpty() || ! QDir(getCppExportPath(true)).exists())
+   if (m_sCppExportPath.isEmpty() || (! bDryRun && ! QDir(getCppExportPath(true)).exists()))
    { return zy::ZyBool(false, tr("Export path to create C++ files doesn't exist : '") + m_sCppExportPath + "'"); }
 
    if (m_pCustomScript && ! m_pCustomScript->isDebugging()) { m_pCustomScript.reset(); }

@@ -82,6 +82,9 @@ public Q_SLOTS:
    QWidget * getPreviewWidget() override;
    void terminate() override;
    zy::ZyBool exportProject(model::project & project) override;
+   // Why the custom class style cannot export (a template text it needs is empty); empty when
+   // it can or another style is chosen.
+   QString customTemplateProblem() const;
 
 protected:
    void readFile(const QString & path, QString & target) const;
