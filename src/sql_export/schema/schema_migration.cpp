@@ -264,6 +264,22 @@ QString schema_migration::write(const migration_plan & plan, const sql_dialect &
    return s;
 }
 
+void schema_migration::keyByName(sql_schema & from, sql_schema & to, const migration_renames & renames)
+{
+   for (sql_table & t : to.lstTables)
+   {
+      t.sKey = "t:" + t.sName;
+      for (sql_column & c : t.lstColumns) { c.sKey = "c:" + c.sName; }
+   }
+   for (sql_table & t : from.lstTables)
+   {
+      const QString sNew = renames.hashTables.value(t.sName, t.sName);
+      t.sKey = "t:" + sNew;
+      const QHash<QString, QString> hashColumns = renames.hashColumns.value(sNew);
+      for (sql_column & c : t.lstColumns) { c.sKey = "c:" + hashColumns.value(c.sName, c.sName); }
+   }
+}
+
 bool schema_migration::shareIds(const model::project & a, const model::project & b)
 {
    QSet<QString> setA;
