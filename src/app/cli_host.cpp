@@ -244,6 +244,12 @@ int cli_host::cmdDump(const QStringList & args)
    if (! openProject(args.at(0), project)) { return exit_failure; }
    m_out << QString::fromUtf8(storage::project_storage::toJson(* project));
    m_out.flush();
+   // Standard output sent to a file on a full disk: the dump is not whole.
+   if (m_out.status() != QTextStream::Ok)
+   {
+      const QFileDevice * pDevice = qobject_cast<const QFileDevice *>(m_out.device());
+      return failure("cannot write the dump to standard output: " + (pDevice ? pDevice->errorString() : QString("write error")));
+   }
    return exit_ok;
 }
 

@@ -193,7 +193,18 @@ int cli_migrate::run(const QStringList & args)
    }
    const QString sScript = sql_export::schema_migration::write(plan, dialect, { pOld->getName(), QFileInfo(lstFiles.at(0)).fileName() },
                                                                { pNew->getName(), QFileInfo(lstFiles.at(1)).fileName() });
-   if (sOut.isEmpty()) { m_out << sScript; m_out.flush(); return 0; }
+   if (sOut.isEmpty())
+   {
+      m_out << sScript;
+      m_out.flush();
+      // Standard output sent to a file on a full disk: the script is not whole.
+      if (m_out.status() != QTextStream::Ok)
+      {
+         const QFileDevice * pDevice = qobject_cast<const QFileDevice *>(m_out.device());
+         return message("cannot write the migration to standard output: " + (pDevice ? pDevice->errorString() : QString("write error")), 1);
+      }
+      return 0;
+   }
    QString sReason;
    if (sql_export::script_file::write(sOut, sScript, sReason) == sql_export::script_file::outcome_refused) { return message(sReason, 1); }
    m_out << "Wrote a migration of " << plan.lstSteps.size() << " steps to '" << tools::terminal_text::escape(QFileInfo(sOut).absoluteFilePath(), false) << "'\n";
