@@ -174,7 +174,8 @@ int cli_migrate::run(const QStringList & args)
          const QString sError = addRename(* pOld, * pNew, sRename, renames);
          if (! sError.isEmpty()) { return message(sError, 2, true); }
       }
-      sql_export::schema_migration::keyByName(from, to, renames);
+      const QString sConflict = sql_export::schema_migration::keyByName(from, to, renames);
+      if (! sConflict.isEmpty()) { return message("--rename: " + sConflict, 2, true); }
    }
    for (const QString & s : to.lstWarnings) { message("warning: " + s, 0); }
    const sql_export::migration_plan plan = sql_export::schema_migration::plan(from, to, dialect);

@@ -107,6 +107,10 @@ TEST_F(SqlMigrateByName, RenameOnlyWhenTheUserSaysSo)
    const test_support::cli_result bad = test_support::runTavrel({ "migrate", sV1, sV2, "--dialect", "sqlite", "--rename", "Item.nothing=cost" });
    EXPECT_EQ(bad.code, 2);
    EXPECT_TRUE(bad.err.contains("Item.nothing=cost")) << bad.err.toStdString();
+   // Nor may two old columns end with one name.
+   const test_support::cli_result twice = test_support::runTavrel({ "migrate", sV1, sV2, "--dialect", "sqlite", "--rename", "Item=Item", "--rename", "Item.price=qty" });
+   EXPECT_EQ(twice.code, 2);
+   EXPECT_TRUE(twice.err.contains("would both become column qty")) << twice.err.toStdString();
 }
 
 // Models that carry their ids still match by id: a rename needs no option.

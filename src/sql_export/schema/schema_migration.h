@@ -49,7 +49,9 @@ public:
    static QString write(const migration_plan & plan, const sql_dialect & dialect, const migration_end & from, const migration_end & to);
    // Keys every table and column by its name (a renamed one by its new name) for models whose
    // ids were not given by the user: ids numbered in document order would match by position.
-   static void keyByName(sql_schema & from, sql_schema & to, const migration_renames & renames);
+   // Returns why the renames cannot be followed (two old tables or columns given one name), or
+   // an empty text.
+   static QString keyByName(sql_schema & from, sql_schema & to, const migration_renames & renames);
    // False when both models hold items and none of their entity and property ids is in the other.
    static bool shareIds(const model::project & a, const model::project & b);
 };
