@@ -194,6 +194,11 @@ int cli_migrate::run(const QStringList & args)
    }
    const QString sScript = sql_export::schema_migration::write(plan, dialect, { pOld->getName(), QFileInfo(lstFiles.at(0)).fileName() },
                                                                { pNew->getName(), QFileInfo(lstFiles.at(1)).fileName() });
+   return writeScript(sOut, sScript, plan.lstSteps.size());
+}
+
+int cli_migrate::writeScript(const QString & sOut, const QString & sScript, qsizetype iSteps)
+{
    if (sOut.isEmpty())
    {
       m_out << sScript;
@@ -208,7 +213,7 @@ int cli_migrate::run(const QStringList & args)
    }
    QString sReason;
    if (sql_export::script_file::write(sOut, sScript, sReason) == sql_export::script_file::outcome_refused) { return message(sReason, 1); }
-   m_out << "Wrote a migration of " << plan.lstSteps.size() << " steps to '" << tools::terminal_text::escape(QFileInfo(sOut).absoluteFilePath(), false) << "'\n";
+   m_out << "Wrote a migration of " << iSteps << " steps to '" << tools::terminal_text::escape(QFileInfo(sOut).absoluteFilePath(), false) << "'\n";
    m_out.flush();
    return 0;
 }

@@ -29,6 +29,8 @@ public:
 
 private:
    int message(const QString & text, int iExit, bool bHint = false);
+   // The script on standard output or into sOut; the exit code.
+   int writeScript(const QString & sOut, const QString & sScript, qsizetype iSteps);
    // Adds one "--rename" value; the reason it names nothing of the models, or empty.
    static QString addRename(const model::project & oldModel, const model::project & newModel, const QString & sRename,
                             sql_export::migration_renames & renames);
