@@ -245,9 +245,10 @@ int cli_host::cmdDump(const QStringList & args)
    if (! openProject(args.at(0), project)) { return exit_failure; }
    m_out.flush();
    // Straight to the output as it is made: the text of a large model is never whole in memory.
+   // On a full disk the dump is not whole: say why.
    QFile out;
    if (! out.open(stdout, QIODevice::WriteOnly) || ! storage::project_storage::writeJson(* project, out) || ! out.flush())
-   { return failure("cannot write the dump: " + out.errorString()); }
+   { return failure("cannot write the dump to standard output: " + out.errorString()); }
    return exit_ok;
 }
 

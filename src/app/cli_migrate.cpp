@@ -1,10 +1,16 @@
 #include "cli_migrate.h"
 
 #include <QCommandLineParser>
+#include <QFile>
 #include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 #include "cli_diagram.h"
+#include "model/entity.h"
 #include "model/project.h"
+#include "model/property.h"
 #include "sql_export/schema/schema_migration.h"
 #include "sql_export/schema/script_file.h"
 #include "tools/terminal_text.h"
@@ -14,12 +20,96 @@ namespace app {
 const char * cli_migrate::usageText()
 {
    return "Usage: tavrel migrate OLD NEW --dialect sqlite|postgresql|mariadb [-o FILE]\n"
+          "                      [--rename ENTITY=NEW_ENTITY] [--rename ENTITY.PROPERTY=NEW_PROPERTY]\n"
           "                      [--allow-destructive] [--check] [--include-obsolete]\n"
           "Writes the SQL that turns a database made for the model OLD into one for the model NEW\n"
-          "(each a .tavrel or .json file). Entities and properties are matched by id, so a renamed\n"
-          "one is renamed in the database. Steps that lose data (dropping a table or a column,\n"
-          "narrowing a type) are refused unless --allow-destructive. --check writes nothing and\n"
-          "exits 1 when the database needs a migration, 0 when it does not.\n";
+          "(each a .tavrel or .json file). When both models carry their ids (a project file, or a\n"
+          "JSON model that writes them), entities and properties are matched by id, so a renamed\n"
+          "one is renamed in the database. Otherwise tables and columns are matched by name, and a\n"
+          "rename is one only when --rename says so (else it is a drop and an add). Steps that lose\n"
+          "data (dropping a table or a column, narrowing a type) are refused unless\n"
+          "--allow-destructive. --check writes nothing and exits 1 when the database needs a\n"
+          "migration, 0 when it does not.\n";
+}
+
+bool cli_migrate::carriesIds(const QString & sFile)
+{
+   if (! sFile.endsWith(QLatin1String(".json"), Qt::CaseInsensitive)) { return true; }
+   QFile file(sFile);
+   if (! file.open(QIODevice::ReadOnly)) { return false; }
+   const QJsonArray lstEntities = QJsonDocument::fromJson(file.readAll()).object().value("entities").toArray();
+   for (const QJsonValue & e : lstEntities)
+   {
+      if (e.toObject().contains("id")) { return true; }
+      for (const QJsonValue & p : e.toObject().value("properties").toArray()) { if (p.toObject().contains("id")) { return true; } }
+   }
+   return false;
+}
+
+namespace {
+
+model::entity_ptr findEntity(const model::project & p, const QString & sName)
+{
+   if (const model::entity_ptr pByKey = p.getEntityByKey(sName)) { return pByKey; }
+   model::entity_ptr pFound;
+   for (const model::entity_ptr & e : * p.getListOfAllEntities())
+   {
+      if (! e || (e->getName() != sName)) { continue; }
+      if (pFound) { return model::entity_ptr(); }   // two namespaces hold that name: the key is needed
+      pFound = e;
+   }
+   return pFound;
+}
+
+// The column of a property of the entity or of its ancestors, by property or column name.
+QString columnOf(const model::entity & e, const QString & sName)
+{
+   for (const model::entity * p = & e; p; p = p->getParent().get())
+   {
+      for (const model::property_ptr & x : p->getOwnProperties())
+      {
+         if (! x) { continue; }
+         const QString sColumn = sql_export::schema_builder::columnName(* x);
+         if (! sColumn.isEmpty() && ((x->getName() == sName) || (sColumn == sName))) { return sColumn; }
+      }
+   }
+   return QString();
+}
+
+} // namespace
+
+QString cli_migrate::addRename(const model::project & oldModel, const model::project & newModel, const QString & sRename,
+                               sql_export::migration_renames & renames)
+{
+   const qsizetype iEqual = sRename.indexOf('=');
+   const QString sFrom = sRename.left(iEqual).trimmed(), sTo = sRename.mid(iEqual + 1).trimmed();
+   if ((iEqual < 0) || sFrom.isEmpty() || sTo.isEmpty())
+   { return "--rename '" + sRename + "' is not OLD=NEW (Entity=NewEntity or Entity.old=new)"; }
+   // "Entity.old=new": a property of one entity; "Old=New": an entity. "::" joins namespaces.
+   const qsizetype iDot = sFrom.lastIndexOf('.');
+   if (iDot < 0)
+   {
+      const model::entity_ptr pOld = findEntity(oldModel, sFrom), pNew = findEntity(newModel, sTo);
+      if (! pOld) { return "--rename '" + sRename + "': no single entity '" + sFrom + "' in the old model"; }
+      if (! pNew) { return "--rename '" + sRename + "': no single entity '" + sTo + "' in the new model"; }
+      renames.hashTables.insert(sql_export::schema_builder::tableName(* pOld), sql_export::schema_builder::tableName(* pNew));
+      return QString();
+   }
+   const QString sEntity = sFrom.left(iDot), sProperty = sFrom.mid(iDot + 1);
+   model::entity_ptr pNew = findEntity(newModel, sEntity), pOld = findEntity(oldModel, sEntity);
+   // The entity by its new name: the old one is the one renamed to it.
+   if (pNew && ! pOld)
+   {
+      const QString sNewTable = sql_export::schema_builder::tableName(* pNew);
+      for (auto itr = renames.hashTables.cbegin(); itr != renames.hashTables.cend(); ++itr)
+      { if (itr.value() == sNewTable) { for (const model::entity_ptr & e : * oldModel.getListOfAllEntities()) { if (e && (sql_export::schema_builder::tableName(* e) == itr.key())) { pOld = e; } } } }
+   }
+   if (! pOld || ! pNew) { return "--rename '" + sRename + "': no single entity '" + sEntity + "' in both models (rename the entity first with --rename Old=New)"; }
+   const QString sOldColumn = columnOf(* pOld, sProperty), sNewColumn = columnOf(* pNew, sTo);
+   if (sOldColumn.isEmpty()) { return "--rename '" + sRename + "': entity '" + sEntity + "' of the old model has no column for '" + sProperty + "'"; }
+   if (sNewColumn.isEmpty()) { return "--rename '" + sRename + "': entity '" + sEntity + "' of the new model has no column for '" + sTo + "'"; }
+   renames.hashColumns[sql_export::schema_builder::tableName(* pNew)].insert(sOldColumn, sNewColumn);
+   return QString();
 }
 
 int cli_migrate::message(const QString & text, int iExit, bool bHint)
@@ -38,6 +128,7 @@ int cli_migrate::run(const QStringList & args)
       { QStringList { "h", "help" }, "Show this help." },
       { "dialect", "sqlite, postgresql or mariadb.", "DIALECT" },
       { QStringList { "o", "output" }, "The file to write (default: standard output).", "FILE" },
+      { "rename", "Match by name, with this entity or property renamed (OLD=NEW, Entity.old=new); repeatable.", "RENAME" },
       { "allow-destructive", "Write the steps that lose data too." },
       { "check", "Write nothing; exit 1 when a migration is needed." },
       { "include-obsolete", "Keep the columns of obsolete properties." } });
@@ -65,14 +156,27 @@ int cli_migrate::run(const QStringList & args)
       const zy::ZyBool ok = cli_diagram::readModel(lstFiles.at(i), p);
       if (! ok || ! p) { return message(ok.getDesc().isEmpty() ? "cannot read '" + lstFiles.at(i) + "'" : ok.getDesc(), 1); }
    }
-   if (! sql_export::schema_migration::shareIds(* pOld, * pNew))
+   const QStringList lstRenames = parser.values("rename");
+   const bool bByName = (! lstRenames.isEmpty() || ! carriesIds(lstFiles.at(0)) || ! carriesIds(lstFiles.at(1)));
+   if (! bByName && ! sql_export::schema_migration::shareIds(* pOld, * pNew))
    { return message("'" + lstFiles.at(0) + "' and '" + lstFiles.at(1) + "' are not versions of one model: they share no entity or property id", 1); }
 
    const sql_export::sql_dialect dialect(eDialect);
    sql_export::schema_options options;
    options.bIncludeObsolete = parser.isSet("include-obsolete");
-   const sql_export::sql_schema from = sql_export::schema_builder::build(* pOld, dialect, options);
-   const sql_export::sql_schema to = sql_export::schema_builder::build(* pNew, dialect, options);
+   sql_export::sql_schema from = sql_export::schema_builder::build(* pOld, dialect, options);
+   sql_export::sql_schema to = sql_export::schema_builder::build(* pNew, dialect, options);
+   if (bByName)
+   {
+      sql_export::migration_renames renames;
+      for (const QString & sRename : lstRenames)
+      {
+         const QString sError = addRename(* pOld, * pNew, sRename, renames);
+         if (! sError.isEmpty()) { return message(sError, 2, true); }
+      }
+      const QString sConflict = sql_export::schema_migration::keyByName(from, to, renames);
+      if (! sConflict.isEmpty()) { return message("--rename: " + sConflict, 2, true); }
+   }
    for (const QString & s : to.lstWarnings) { message("warning: " + s, 0); }
    const sql_export::migration_plan plan = sql_export::schema_migration::plan(from, to, dialect);
    if (parser.isSet("check"))
@@ -90,10 +194,26 @@ int cli_migrate::run(const QStringList & args)
    }
    const QString sScript = sql_export::schema_migration::write(plan, dialect, { pOld->getName(), QFileInfo(lstFiles.at(0)).fileName() },
                                                                { pNew->getName(), QFileInfo(lstFiles.at(1)).fileName() });
-   if (sOut.isEmpty()) { m_out << sScript; m_out.flush(); return 0; }
+   return writeScript(sOut, sScript, plan.lstSteps.size());
+}
+
+int cli_migrate::writeScript(const QString & sOut, const QString & sScript, qsizetype iSteps)
+{
+   if (sOut.isEmpty())
+   {
+      m_out << sScript;
+      m_out.flush();
+      // Standard output sent to a file on a full disk: the script is not whole.
+      if (m_out.status() != QTextStream::Ok)
+      {
+         const QFileDevice * pDevice = qobject_cast<const QFileDevice *>(m_out.device());
+         return message("cannot write the migration to standard output: " + (pDevice ? pDevice->errorString() : QString("write error")), 1);
+      }
+      return 0;
+   }
    QString sReason;
    if (sql_export::script_file::write(sOut, sScript, sReason) == sql_export::script_file::outcome_refused) { return message(sReason, 1); }
-   m_out << "Wrote a migration of " << plan.lstSteps.size() << " steps to '" << tools::terminal_text::escape(QFileInfo(sOut).absoluteFilePath(), false) << "'\n";
+   m_out << "Wrote a migration of " << iSteps << " steps to '" << tools::terminal_text::escape(QFileInfo(sOut).absoluteFilePath(), false) << "'\n";
    m_out.flush();
    return 0;
 }

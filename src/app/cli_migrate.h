@@ -3,6 +3,9 @@
 #include <QStringList>
 #include <QTextStream>
 
+#include "model/model_fwd.h"
+#include "sql_export/schema/schema_migration.h"
+
 namespace app {
 
 // "tavrel migrate OLD NEW --dialect D [-o FILE] [--allow-destructive] [--check]": the SQL that
@@ -20,9 +23,17 @@ public:
    int run(const QStringList & args);
 
    static const char * usageText();
+   // Whether the ids of a model file were the user's: a project file keeps its items' ids, a
+   // JSON model has them only when it writes an "id" for an entity or a property.
+   static bool carriesIds(const QString & sFile);
 
 private:
    int message(const QString & text, int iExit, bool bHint = false);
+   // The script on standard output or into sOut; the exit code.
+   int writeScript(const QString & sOut, const QString & sScript, qsizetype iSteps);
+   // Adds one "--rename" value; the reason it names nothing of the models, or empty.
+   static QString addRename(const model::project & oldModel, const model::project & newModel, const QString & sRename,
+                            sql_export::migration_renames & renames);
 };
 
 } // namespace app

@@ -504,3 +504,68 @@ QString model_text_rules::bodyProblem(const QString & s) { return codeProblem(s,
 QString model_text_rules::expressionProblem(const QString & s) { return codeProblem(s, QStringLiteral("([{"), QStringLiteral(")]}"), false); }
 
 } // namespace model
+
+namespace model {
+
+QString model_text_rules::sqlTypeProblem(const QString & s)
+{
+   // Words that would make the rest of the column definition say more than its type.
+   static const QStringList s_lstClauseWords {
+      "always", "as", "auto_increment", "autoincrement", "cascade", "check", "collate", "comment", "constraint", "default",
+      "delete", "drop", "foreign", "generated", "identity", "index", "key", "not", "null", "on", "primary", "references",
+      "select", "stored", "table", "unique", "update", "virtual" };
+   const qsizetype k_iMaxWords = 6;
+   const qsizetype k_iMaxNumbers = 3;
+   const qsizetype n = s.size();
+   qsizetype i = 0, iWords = 0;
+   bool bParameters = false, bArray = false;
+   const auto blanks = [&]() { while ((i < n) && ((s.at(i) == QLatin1Char(' ')) || (s.at(i) == QLatin1Char('\t')))) { ++i; } };
+   const auto digits = [&]() { const qsizetype iStart = i; while ((i < n) && isDigit(s.at(i).unicode())) { ++i; } return (i > iStart); };
+   blanks();
+   if (i >= n) { return QStringLiteral("is blank: an SQL type name is expected"); }
+   while (i < n)
+   {
+      const ushort c = s.at(i).unicode();
+      if (isIdentifierStart(c))
+      {
+         if (bArray) { return QStringLiteral("has a word after its array suffix: only an SQL type may be forced"); }
+         const qsizetype iStart = i;
+         while ((i < n) && isIdentifierChar(s.at(i).unicode())) { ++i; }
+         const QString sWord = s.mid(iStart, i - iStart);
+         if (s_lstClauseWords.contains(sWord.toLower()))
+         { return QString("holds the word '%1', which would add a clause to the column: only an SQL type may be forced").arg(sWord); }
+         if (++iWords > k_iMaxWords) { return QStringLiteral("has more words than an SQL type name"); }
+      }
+      else if ((c == '(') && (iWords > 0) && ! bParameters && ! bArray)
+      {
+         bParameters = true;
+         ++i;
+         for (qsizetype k = 0; ; ++k)
+         {
+            blanks();
+            if ((k >= k_iMaxNumbers) || ! digits()) { return QStringLiteral("has parameters that are not one to three unsigned integers separated by commas"); }
+            blanks();
+            if ((i < n) && (s.at(i) == QLatin1Char(','))) { ++i; continue; }
+            if ((i < n) && (s.at(i) == QLatin1Char(')'))) { ++i; break; }
+            return QStringLiteral("has parameters that are not one to three unsigned integers separated by commas");
+         }
+      }
+      else if ((c == '[') && (iWords > 0))
+      {
+         bArray = true;
+         ++i;
+         digits();
+         if ((i >= n) || (s.at(i) != QLatin1Char(']'))) { return QStringLiteral("has an array suffix that is not '[]' or '[N]'"); }
+         ++i;
+      }
+      else
+      {
+         const QString sChar = (isControl(c) ? controlName(c) : QString("'%1'").arg(QChar(c)));
+         return QString("holds %1 where an SQL type's name, numeric parameters or array suffix is expected: only an SQL type may be forced").arg(sChar);
+      }
+      blanks();
+   }
+   return QString();
+}
+
+} // namespace model

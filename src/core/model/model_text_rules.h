@@ -55,6 +55,10 @@ public:
    // Text inside "/* ... */": no "*/", no control character but tab and line breaks, no
    // backslash at a line's end and no "??/" (both join lines).
    static QString blockCommentProblem(const QString & s);
+   // A forced SQL type, written into the column definition as it is: one to six words, at most
+   // one list of unsigned integers in parentheses, words such as "WITH TIME ZONE" or "UNSIGNED"
+   // after it and "[]" suffixes; no word that would start a constraint, a default or a clause.
+   static QString sqlTypeProblem(const QString & s);
    // Text that is escaped where it is written: only a NUL is refused.
    static QString nulProblem(const QString & s);
    // Characters allowed where a number is expected: identifiers, digits, "::", ".", digit

@@ -109,7 +109,9 @@ public:
       limit(item, "min length", p.getMinLength(), "min_length");
       limit(item, "max length", p.getMaxLength(), "max_length");
       apply(& model_text_rules::nulProblem, item, "reg exp", p.getRegExp(), "reg_exp");
-      apply(& model_text_rules::nulProblem, item, "forced SQL type", p.getForceSqlType(), "force_sql_type");
+      // Named in full: the JSON import reports a field by its path only.
+      if (! p.getForceSqlType().isEmpty())
+      { add(item, QString("forced SQL type of '%1.%2'").arg(item.pEntity->getName(), p.getName()), p.getForceSqlType(), model_text_rules::sqlTypeProblem(p.getForceSqlType()), QStringLiteral("force_sql_type")); }
       apply(& model_text_rules::nulProblem, item, "forced SQL alias", p.getForceSqlAlias(), "force_sql_alias");
       apply(& model_text_rules::nulProblem, item, "format", p.getFormat(), "format");
 

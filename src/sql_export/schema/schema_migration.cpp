@@ -264,6 +264,33 @@ QString schema_migration::write(const migration_plan & plan, const sql_dialect &
    return s;
 }
 
+QString schema_migration::keyByName(sql_schema & from, sql_schema & to, const migration_renames & renames)
+{
+   for (sql_table & t : to.lstTables)
+   {
+      t.sKey = "t:" + t.sName;
+      for (sql_column & c : t.lstColumns) { c.sKey = "c:" + c.sName; }
+   }
+   QSet<QString> setTables;
+   for (sql_table & t : from.lstTables)
+   {
+      const QString sNew = renames.hashTables.value(t.sName, t.sName);
+      if (setTables.contains(sNew)) { return "two tables of the old model would both become table " + sNew; }
+      setTables.insert(sNew);
+      t.sKey = "t:" + sNew;
+      const QHash<QString, QString> hashColumns = renames.hashColumns.value(sNew);
+      QSet<QString> setColumns;
+      for (sql_column & c : t.lstColumns)
+      {
+         const QString sColumn = hashColumns.value(c.sName, c.sName);
+         if (setColumns.contains(sColumn)) { return "two columns of table " + t.sName + " would both become column " + sColumn; }
+         setColumns.insert(sColumn);
+         c.sKey = "c:" + sColumn;
+      }
+   }
+   return QString();
+}
+
 bool schema_migration::shareIds(const model::project & a, const model::project & b)
 {
    QSet<QString> setA;

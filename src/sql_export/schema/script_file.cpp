@@ -3,7 +3,8 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
+
+#include "tools/file_writer.h"
 
 namespace sql_export {
 
@@ -38,11 +39,9 @@ script_file::enum_outcome script_file::write(const QString & sFile, const QStrin
    QFile current(sFile);
    if (current.exists() && current.open(QIODevice::ReadOnly) && (current.readAll() == data)) { return outcome_unchanged; }
    current.close();
-   QSaveFile file(sFile);
-   if (! file.open(QIODevice::WriteOnly) || (file.write(data) != data.size()) || ! file.commit())
+   if (! tools::file_writer::replace(sFile, data, sReason))
    {
-      sReason = "Cannot write the SQL script '" + QDir::toNativeSeparators(sFile) + "' : " + file.errorString();
-      file.cancelWriting();
+      sReason = "Cannot write the SQL script '" + QDir::toNativeSeparators(sFile) + "' : " + sReason;
       return outcome_refused;
    }
    return outcome_written;

@@ -59,11 +59,14 @@ QString sql_dialect::quote(const QString & sIdentifier) const
 QString sql_dialect::literal(const QString & sText) const
 {
    QString s = sText;
-   // MariaDB reads a backslash as an escape inside a literal by default.
-   if (m_eDialect == dialect_mariadb) { s.replace('\\', "\\\\"); }
+   // MariaDB reads a backslash as an escape inside a literal by default; PostgreSQL does so too
+   // when standard_conforming_strings is off, but never inside E'': both get it doubled.
+   const bool bBackslash = s.contains(QLatin1Char('\\'));
+   if ((m_eDialect != dialect_sqlite) && bBackslash) { s.replace('\\', "\\\\"); }
    s.replace('\'', "''");
    s.remove(QChar(0));
-   return '\'' + s + '\'';
+   const QString sPrefix = (((m_eDialect == dialect_postgresql) && bBackslash) ? QStringLiteral("E") : QString());
+   return sPrefix + '\'' + s + '\'';
 }
 
 QString sql_dialect::objectName(const QString & sPrefix, const QString & sTable, const QString & sColumn) const
