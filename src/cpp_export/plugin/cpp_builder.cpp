@@ -76,10 +76,13 @@ QString cpp_builder::getLumorPath(bool bForceCheck, bool bWithPwdPrefix) const
    return r;
 }
 
-zy::ZyBool cpp_builder::checkExportPaths(const QString & sExportDir)
+zy::ZyBool cpp_builder::checkExportPaths(const QString & sExportDir) const
 {
    // An empty path names no directory (QDir would take it for the current one).
-   if (sExportDir.isEmpty() || ! QDir(sExportDir).exists()) { return zy::ZyBool(false, "Directory to export entities doesn't exist : " + sExportDir); }
+   const bool bMissing = (sExportDir.isEmpty() || ! QDir(sExportDir).exists());
+   // A dry run may list the files of a directory it would create.
+   if (bMissing && (sExportDir.isEmpty() || ! isDryRun() || QFileInfo::exists(sExportDir)))
+   { return zy::ZyBool(false, "Directory to export entities doesn't exist : " + sExportDir); }
    model::global_params_ptr pParams = context::ctx_global::getGlobalParams();
    if (! pParams) { return zy::ZyBool(false, "Cannot access to global parameters"); }
    // The path is written into the generated CMake and qmake files: refused before anything is

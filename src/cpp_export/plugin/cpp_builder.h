@@ -129,7 +129,7 @@ protected:
 
 private:
    // Steps of build(), in their order.
-   static zy::ZyBool checkExportPaths(const QString & sExportDir);
+   zy::ZyBool checkExportPaths(const QString & sExportDir) const;
    // True when the model has no errors or the user goes on despite them.
    bool confirmSchemaErrors(model::project & project) const;
    static zy::ZyBool lockExportDirectory(QLockFile & lock, const QString & sExportDir);

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
 #include <QGuiApplication>
 
 #include "context/ctx_global.h"
@@ -233,10 +234,15 @@ zy::ZyBool cpp_export::exportProject(model::project & project)
 
    applyCommandLine();
 
+   // A dry run lists what would be written into a directory still to be made, and makes none.
+   const bool bDryRun = (getExportFiles() && getExportFiles()->isDryRun());
+   const auto usable = [bDryRun](const QString & dir)
+   { return QDir(dir).exists() || (bDryRun && ! dir.isEmpty() && ! QFileInfo::exists(dir)); };
+
    if (! m_sCppExportPath.isEmpty())
    {
       QString sResolved = getCppExportPath(true);
-      if (! QDir(sResolved).exists())
+      if (! usable(sResolved))
       {
          QString sTitle = "Tavrel - " + getName();
          QString sText = "Export directory '" + sResolved + "' doesn't exist.\nDo you want to create it and start the export process ?";
@@ -245,13 +251,13 @@ zy::ZyBool cpp_export::exportProject(model::project & project)
       }
    }
 
-   if (m_sCppExportPath.isEmpty() || ! QDir(getCppExportPath(true)).exists())
+   if (m_sCppExportPath.isEmpty() || ! usable(getCppExportPath(true)))
    {
       m_sCppExportPath = project.getLocation();
       if (! showSettings()) { m_sCppExportPath.clear(); return zy::ZyBool(true, QString()); }
    }
 
-   if (m_sCppExportPath.isEmpty() || ! QDir(getCppExportPath(true)).exists())
+   if (m_sCppExportPath.isEmpty() || ! usable(getCppExportPath(true)))
    { return zy::ZyBool(false, tr("Export path to create C++ files doesn't exist : '") + m_sCppExportPath + "'"); }
 
    if (m_pCustomScript && ! m_pCustomScript->isDebugging()) { m_pCustomScript.reset(); }
