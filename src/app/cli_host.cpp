@@ -12,7 +12,9 @@
 #include <QDateTime>
 #include <QDialog>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+#include <QTemporaryDir>
 #include <QTimer>
 
 #include <cstdio>
@@ -244,8 +246,26 @@ int cli_host::cmdImport(const QStringList & args)
 int cli_host::cmdDump(const QStringList & args)
 {
    if (args.size() != 1) { return usageError("dump needs PROJECT"); }
+   QString sPath = args.at(0);
+   // A text conversion (git diff) may hand over a temporary copy without the extension: the
+   // content tells what it is, and a renamed copy is opened, the given file left untouched.
+   QTemporaryDir tmpDir;
+   const QFileInfo info(sPath);
+   const QString sSuffix = info.suffix().toLower();
+   if (info.isFile() && (sSuffix != QLatin1String("tavrel")) && (sSuffix != QLatin1String("json")))
+   {
+      QFile file(sPath);
+      if (! file.open(QIODevice::ReadOnly)) { return failure("cannot read '" + sPath + "' : " + file.errorString()); }
+      const QByteArray head = file.read(64);
+      const QString sKind = (head.startsWith(QByteArrayLiteral("SQLite format 3\0")) ? QStringLiteral("tavrel")
+                             : (head.trimmed().startsWith('{') ? QStringLiteral("json") : QString()));
+      if (sKind.isEmpty()) { return failure("cannot dump '" + sPath + "' : neither a project file nor a JSON model"); }
+      const QString sCopy = tmpDir.filePath("project." + sKind);
+      if (! tmpDir.isValid() || ! QFile::copy(sPath, sCopy)) { return failure("cannot copy '" + sPath + "' to a temporary folder"); }
+      sPath = sCopy;
+   }
    model::project_ptr project;
-   if (! openProject(args.at(0), project)) { return exit_failure; }
+   if (! openProject(sPath, project)) { return exit_failure; }
    m_out << QString::fromUtf8(storage::project_storage::toJson(* project));
    m_out.flush();
    return exit_ok;
