@@ -11,8 +11,8 @@ fail() { echo "FAILED: $*" >&2; exit 1; }
 rm -rf "$work"; mkdir -p "$work"
 cmake --install "$build" --prefix "$work/staged" >/dev/null
 mv "$work/staged" "$work/moved"
-[ -f "$work/moved/lib/cmake/Tavrel/TavrelConfig.cmake" ] || fail "no TavrelConfig.cmake installed"
-[ -f "$work/moved/lib/cmake/Tavrel/TavrelConfigVersion.cmake" ] || fail "no version file installed"
+ls "$work"/moved/lib*/cmake/Tavrel/TavrelConfig.cmake >/dev/null 2>&1 || fail "no TavrelConfig.cmake installed"
+ls "$work"/moved/lib*/cmake/Tavrel/TavrelConfigVersion.cmake >/dev/null 2>&1 || fail "no version file installed"
 
 cp -r "$src/tests/install/consumer" "$work/project"
 export HOME="$work/home" XDG_CONFIG_HOME="$work/home/.config" QT_QPA_PLATFORM=offscreen
