@@ -42,6 +42,9 @@ has "$r" "TavrelCppExport" "plug-in names"; has "$r" "TavrelSqlExport" "plug-in 
 r="$(offers tavrel export model.json --TavrelCppExport_)"
 has "$r" "--TavrelCppExport_path=" "C++ parameters"; has "$r" "--TavrelCppExport_generate_pimpl=" "C++ parameters"
 lacks "$r" "--TavrelSqlExport_dialect=" "C++ parameters"
+# bash splits "--Plugin_parameter=value" at "=": the value is any file or folder.
+r="$(offers tavrel export model.json --TavrelCppExport_path = '')"
+has "$r" "sub" "parameter value"; has "$r" "notes.txt" "parameter value"
 r="$(offers tavrel export model.json --TavrelSql)"
 has "$r" "--TavrelSqlExport_dialect=" "SQL parameters"
 
