@@ -63,4 +63,14 @@ grep -q "shelf" "$gen/include/greenhouse_Tray.gen.h" || fail "Tray's header lack
 [ "$(objects_of greenhouse_Tray.gen.cpp)" != "$tray_obj" ] || fail "Tray's source was not recompiled"
 [ "$(objects_of greenhouse_Seedling.gen.cpp)" = "$seed_obj" ] || fail "Seedling's source was recompiled"
 grep -q "no work to do" <<<"$(ninja -C "$b" -n)" || fail "the build after the change is not complete"
+
+# A model the import refuses stops configure with the import's reason.
+cp -r "$src/tests/install/consumer" "$work/broken"
+sed -i 's/"slots", "type": "int"/"slots", "type": 12/' "$work/broken/greenhouse.json"
+if cmake -S "$work/broken" -B "$work/broken/build" -G Ninja -DCMAKE_PREFIX_PATH="$work/moved" \
+         -DLUMOR_FIXTURE="$src/tests/compile_check/lumor" >"$work/broken.log" 2>&1; then
+  fail "configure took a broken model"
+fi
+grep -q "tavrel_export_cpp: cannot read the model" "$work/broken.log" || fail "no clear message: $(cat "$work/broken.log")"
+grep -q "expected a string" "$work/broken.log" || fail "the import's reason is not shown: $(cat "$work/broken.log")"
 echo "consumer project: exported at build time, rebuilt only what the model change touched"
