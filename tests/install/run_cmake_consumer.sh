@@ -64,6 +64,16 @@ grep -q "shelf" "$gen/include/greenhouse_Tray.gen.h" || fail "Tray's header lack
 [ "$(objects_of greenhouse_Seedling.gen.cpp)" = "$seed_obj" ] || fail "Seedling's source was recompiled"
 grep -q "no work to do" <<<"$(ninja -C "$b" -n)" || fail "the build after the change is not complete"
 
+# The user script is an input too: its change reaches only the file it writes.
+grep -q "tray note: first" "$gen/include/greenhouse_Tray.gen.h" || fail "the script did not run"
+tray_obj="$(objects_of greenhouse_Tray.gen.cpp)"
+seed_obj="$(objects_of greenhouse_Seedling.gen.cpp)"
+sed -i 's/tray note: first/tray note: second/' "$work/project/tray_note.js"
+cmake --build "$b" >"$work/build5.log" 2>&1 || { cat "$work/build5.log" >&2; fail "build after the script change"; }
+grep -q "tray note: second" "$gen/include/greenhouse_Tray.gen.h" || fail "a script change did not run the export"
+[ "$(objects_of greenhouse_Tray.gen.cpp)" != "$tray_obj" ] || fail "Tray's source was not recompiled after the script change"
+[ "$(objects_of greenhouse_Seedling.gen.cpp)" = "$seed_obj" ] || fail "Seedling's source was recompiled after the script change"
+
 # A model the import refuses stops configure with the import's reason.
 cp -r "$src/tests/install/consumer" "$work/broken"
 sed -i 's/"slots", "type": "int"/"slots", "type": 12/' "$work/broken/greenhouse.json"
