@@ -20,6 +20,24 @@ install(FILES ${CMAKE_SOURCE_DIR}/data/tavrel-gui.desktop DESTINATION ${CMAKE_IN
 install(FILES ${CMAKE_SOURCE_DIR}/data/tavrel.svg DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
 install(FILES ${CMAKE_SOURCE_DIR}/docs/tavrel.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 
+# The CMake package: find_package(Tavrel) gives the imported program Tavrel::tavrel and
+# tavrel_export_cpp(). Its paths are relative to the package folder, so the tree can move.
+include(CMakePackageConfigHelpers)
+set(TAVREL_INSTALL_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/Tavrel)
+install(EXPORT TavrelTargets NAMESPACE Tavrel:: DESTINATION ${TAVREL_INSTALL_CMAKE_DIR})
+configure_package_config_file(${CMAKE_SOURCE_DIR}/cmake/package/TavrelConfig.cmake.in
+                              ${CMAKE_BINARY_DIR}/cmake/TavrelConfig.cmake
+                              INSTALL_DESTINATION ${TAVREL_INSTALL_CMAKE_DIR})
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/cmake/TavrelConfigVersion.cmake
+                                 VERSION ${PROJECT_VERSION} COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_BINARY_DIR}/cmake/TavrelConfig.cmake ${CMAKE_BINARY_DIR}/cmake/TavrelConfigVersion.cmake
+              ${CMAKE_SOURCE_DIR}/cmake/package/TavrelExportCpp.cmake
+        DESTINATION ${TAVREL_INSTALL_CMAKE_DIR})
+
+# Editors validate models against the schema; the shell completes commands, options and files.
+install(FILES ${CMAKE_SOURCE_DIR}/share/schema/tavrel-model.schema.json DESTINATION ${TAVREL_INSTALL_DATA_DIR})
+install(FILES ${CMAKE_SOURCE_DIR}/share/completion/tavrel DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME tavrel)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})

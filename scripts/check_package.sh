@@ -10,7 +10,8 @@ fail() { echo "package check FAILED: $*" >&2; exit 1; }
 list="$(dpkg-deb -c "$deb")"
 for f in ./usr/bin/tavrel ./usr/bin/tavrel-gui ./usr/share/applications/tavrel-gui.desktop \
          ./usr/share/man/man1/tavrel.1 ./usr/share/doc/tavrel/user_guide.html \
-         ./usr/share/tavrel/examples/shop.json; do
+         ./usr/share/tavrel/examples/shop.json ./usr/share/tavrel/tavrel-model.schema.json \
+         ./usr/share/bash-completion/completions/tavrel ./usr/lib/cmake/Tavrel/TavrelConfig.cmake; do
   grep -qF " $f" <<<"$list" || fail "$f missing from $deb"
 done
 grep -q '/tavrel/plugins/libTavrelCppExport.so' <<<"$list" || fail "plug-in missing from $deb"

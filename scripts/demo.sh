@@ -5,7 +5,9 @@ root="$(cd "$(dirname "$0")/.." && pwd)"
 build="${TAVREL_BUILD_DIR:-$root/build}"
 
 "$root/scripts/install_deps.sh"
-"$root/scripts/build.sh"
+# Only the command-line program and the plug-ins it loads: the tests, the desktop program and
+# the benchmark are left to scripts/test.sh, which builds them into the same folder.
+"$root/scripts/build.sh" tavrel TavrelCppExport TavrelSqlExport
 
 tavrel="$build/bin/tavrel"
 demo="$build/demo"

@@ -7,7 +7,7 @@ packages=(
   qt6-base-dev qt6-declarative-dev libqt6sql6-sqlite qt6-tools-dev qt6-tools-dev-tools
   libgl-dev libgtest-dev libgmock-dev googletest
   xvfb xauth
-  python3 man-db ccache
+  python3 python3-jsonschema git man-db ccache
   clang libclang-rt-14-dev
   postgresql mariadb-server libqt6sql6-psql libqt6sql6-mysql
   graphviz libgraphviz-dev libxxhash-dev libsqlite3-dev

@@ -15,6 +15,14 @@ int cli_host::finishExport(plugin::export_interface * pPlugin, const plugin::exp
    export_outcome outcome;
    const zy::ZyBool ok = export_lifecycle::finish(pPlugin->getName(), files, flags.dryRun, flags.keepStale, outcome);
    if (! ok) { return failure(ok.getDesc()); }
+   if (flags.listOutputs)
+   {
+      // Nothing but the paths on stdout, so that a build system reads them as they are.
+      for (const plugin::export_files::file & f : files.files())
+      { m_out << tools::terminal_text::escape(QDir::cleanPath(f.path), false) << "\n"; }
+      m_out.flush();
+      return exit_ok;
+   }
 
    // A plain export lists what it removed; a dry run what it would change.
    for (const QString & sLine : outcome.lines)

@@ -13,7 +13,9 @@
 #include <QDateTime>
 #include <QDialog>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+#include <QTemporaryDir>
 #include <QTimer>
 
 #include <cstdio>
@@ -86,13 +88,14 @@ struct cli_options
    QCommandLineOption check{"check", "Like --dry-run, and exit 1 when the generated files are not up to date (for CI)."};
    QCommandLineOption diff{"diff", "With --dry-run or --check: the unified diff of each changed file."};
    QCommandLineOption verbose{"verbose", "Also list the unchanged files."};
+   QCommandLineOption listOutputs{"list-outputs", "Write nothing; print the absolute path of every file the export would generate, one per line (for build systems)."};
    QCommandLineOption watch{"watch", "Export, then export again whenever the model, the user script or a template changes (Ctrl+C ends)."};
    QCommandLineOption keepStale{"keep-stale", "Keep the files the last export generated and this one no longer does."};
 
    explicit cli_options(QCommandLineParser & parser)
    {
       parser.setApplicationDescription("Tavrel command-line host: import, check and export entity models.\n\n" + QString(k_sCommands));
-      parser.addOptions({ help, version, plugin, lumor, yes, no, dryRun, check, diff, verbose, keepStale, watch });
+      parser.addOptions({ help, version, plugin, lumor, yes, no, dryRun, check, diff, verbose, listOutputs, keepStale, watch });
       parser.addPositionalArgument("command", "import, dump, check, diagram, migrate, plugins or export.");
       parser.addPositionalArgument("arguments", "Arguments of the command.", "[arguments...]");
    }
@@ -178,7 +181,7 @@ int cli_host::run(const QStringList & args)
    bool bExport = (command == "export");
    if (! bExport)
    {
-      for (const QCommandLineOption * o : { & opt.plugin, & opt.lumor, & opt.yes, & opt.no, & opt.dryRun, & opt.check, & opt.diff, & opt.verbose, & opt.keepStale, & opt.watch })
+      for (const QCommandLineOption * o : { & opt.plugin, & opt.lumor, & opt.yes, & opt.no, & opt.dryRun, & opt.check, & opt.diff, & opt.verbose, & opt.listOutputs, & opt.keepStale, & opt.watch })
       {
          if (parser.isSet(* o)) { return usageError("option --" + o->names().first() + " belongs to the export command"); }
       }
@@ -207,13 +210,16 @@ int cli_host::run(const QStringList & args)
       flags.yes = parser.isSet(opt.yes);
       flags.no = parser.isSet(opt.no);
       flags.check = parser.isSet(opt.check);
-      flags.dryRun = (flags.check || parser.isSet(opt.dryRun));
+      flags.listOutputs = parser.isSet(opt.listOutputs);
+      flags.dryRun = (flags.check || flags.listOutputs || parser.isSet(opt.dryRun));
       flags.diff = parser.isSet(opt.diff);
       flags.verbose = parser.isSet(opt.verbose);
       flags.keepStale = parser.isSet(opt.keepStale);
       flags.watch = parser.isSet(opt.watch);
       if (flags.diff && ! flags.dryRun) { return usageError("--diff goes with --dry-run or --check"); }
       if (flags.watch && flags.check) { return usageError("--watch and --check exclude each other"); }
+      if (flags.listOutputs && (flags.check || flags.diff || flags.watch || parser.isSet(opt.dryRun)))
+      { return usageError("--list-outputs goes with none of --dry-run, --check, --diff and --watch"); }
       return (flags.watch ? cmdWatch(positional, args.mid(1), flags) : cmdExport(positional, args.mid(1), flags));
    }
    return usageError("unknown command '" + command + "'");
@@ -241,8 +247,26 @@ int cli_host::cmdImport(const QStringList & args)
 int cli_host::cmdDump(const QStringList & args)
 {
    if (args.size() != 1) { return usageError("dump needs PROJECT"); }
+   QString sPath = args.at(0);
+   // A text conversion (git diff) may hand over a temporary copy without the extension: the
+   // content tells what it is, and a renamed copy is opened, the given file left untouched.
+   QTemporaryDir tmpDir;
+   const QFileInfo info(sPath);
+   const QString sSuffix = info.suffix().toLower();
+   if (info.isFile() && (sSuffix != QLatin1String("tavrel")) && (sSuffix != QLatin1String("json")))
+   {
+      QFile file(sPath);
+      if (! file.open(QIODevice::ReadOnly)) { return failure("cannot read '" + sPath + "' : " + file.errorString()); }
+      const QByteArray head = file.read(64);
+      const QString sKind = (head.startsWith(QByteArrayLiteral("SQLite format 3\0")) ? QStringLiteral("tavrel")
+                             : (head.trimmed().startsWith('{') ? QStringLiteral("json") : QString()));
+      if (sKind.isEmpty()) { return failure("cannot dump '" + sPath + "' : neither a project file nor a JSON model"); }
+      const QString sCopy = tmpDir.filePath("project." + sKind);
+      if (! tmpDir.isValid() || ! QFile::copy(sPath, sCopy)) { return failure("cannot copy '" + sPath + "' to a temporary folder"); }
+      sPath = sCopy;
+   }
    model::project_ptr project;
-   if (! openProject(args.at(0), project)) { return exit_failure; }
+   if (! openProject(sPath, project)) { return exit_failure; }
    m_out.flush();
    // Straight to the output as it is made: the text of a large model is never whole in memory.
    // On a full disk the dump is not whole: say why.

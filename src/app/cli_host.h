@@ -29,6 +29,7 @@ struct export_flags
    bool check = false;
    bool diff = false;
    bool verbose = false;
+   bool listOutputs = false; // a dry run that prints only the paths it would write
    bool keepStale = false;
    bool watch = false;
 };

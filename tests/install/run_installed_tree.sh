@@ -14,11 +14,13 @@ p="$work/moved"
 
 for f in bin/tavrel bin/tavrel-gui share/doc/tavrel/user_guide.html share/tavrel/samples/custom_script.js \
          share/tavrel/examples/shop.json share/applications/tavrel-gui.desktop \
-         share/icons/hicolor/scalable/apps/tavrel.svg share/man/man1/tavrel.1; do
+         share/icons/hicolor/scalable/apps/tavrel.svg share/man/man1/tavrel.1 \
+         share/tavrel/tavrel-model.schema.json share/bash-completion/completions/tavrel; do
   [ -f "$p/$f" ] || fail "missing $f"
 done
 ls "$p"/lib*/tavrel/plugins/*TavrelCppExport* >/dev/null 2>&1 || fail "plug-in not installed"
 ls "$p"/lib*/libtavrelcore.so.* >/dev/null 2>&1 || fail "core library not installed"
+ls "$p"/lib*/cmake/Tavrel/TavrelConfig.cmake >/dev/null 2>&1 || fail "CMake package not installed"
 ls "$p"/lib*/libtavrelgui.so.* >/dev/null 2>&1 || fail "GUI library not installed"
 
 # No installed file may name the build or the source tree. A sanitizer build keeps the source

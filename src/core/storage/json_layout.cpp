@@ -116,6 +116,7 @@ bool split(const char * pText, qsizetype iSize, layout & out)
    out = layout();
    scanner scan(pText, iSize);
    bool bName = false;
+   bool bSchema = false;
    if (! scan.take('{')) { return false; }
    for (;;)
    {
@@ -125,9 +126,16 @@ bool split(const char * pText, qsizetype iSize, layout & out)
       const bool bIsName = scan.isKey(iKey, "name");
       const bool bIsEntities = scan.isKey(iKey, "entities");
       const bool bIsEnumerations = scan.isKey(iKey, "enumerations");
+      const bool bIsSchema = scan.isKey(iKey, "$schema");
       if (! scan.take(':')) { return false; }
       scan.skipBlanks();
-      if (bIsName && ! bName)
+      if (bIsSchema && ! bSchema)
+      {
+         // Only for editors: the reader has no use for it.
+         if (! scan.skipString(false)) { return false; }
+         bSchema = true;
+      }
+      else if (bIsName && ! bName)
       {
          out.name.iBegin = scan.pos();
          if (! scan.skipString(false)) { return false; }

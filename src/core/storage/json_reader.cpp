@@ -61,7 +61,10 @@ public:
    // Takes the document's only reference, so that each item can be freed once read.
    void readProject(QJsonObject root)
    {
-      object_reader obj(m_reader, root, QString(), { "name", "entities", "enumerations" });
+      // "$schema" names the schema an editor checks the document with.
+      object_reader obj(m_reader, root, QString(), { "$schema", "name", "entities", "enumerations" });
+      QString sSchema;
+      obj.readString("$schema", sSchema);
       readName(obj);
       readItemList(root, obj, "enumerations", & model_reader::readEnumeration);
       readItemList(root, obj, "entities", & model_reader::readEntity);
