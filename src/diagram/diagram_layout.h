@@ -10,8 +10,8 @@ namespace diagram {
 // The largest graph laid out by Graphviz: its layout time grows much faster than the graph, and
 // past this size one layout takes minutes and gigabytes. Text formats (dot, mermaid) have no
 // such bound.
-constexpr int k_iMaxLaidOutBoxes = 600;
-constexpr int k_iMaxLaidOutEdges = 1200;
+constexpr int k_iMaxLaidOutBoxes = 300;
+constexpr int k_iMaxLaidOutEdges = 600;
 
 // Empty when the graph can be laid out, else why not and what to do instead.
 QString layoutSizeProblem(const graph & g);

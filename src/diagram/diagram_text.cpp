@@ -110,7 +110,12 @@ QString lineText(const box_line & line)
 QString toDot(const graph & g)
 {
    QString s = QLatin1String("digraph model {\n"
-                             "  graph [rankdir=TB, nodesep=0.5, ranksep=0.6, fontname=\"Helvetica\"];\n"
+                             "  graph [rankdir=TB, nodesep=0.5, ranksep=0.6, fontname=\"Helvetica\"];\n");
+   // Past a few dozen crossing relations the layout's crossing and placement passes and its
+   // curved edges take minutes: bounded passes and straight edges keep it to seconds.
+   if ((g.boxes.size() > k_iSimpleLayoutBoxes) || (g.edges.size() > k_iSimpleLayoutEdges))
+   { s += QLatin1String("  graph [nslimit=1, nslimit1=1, mclimit=0.1, splines=line];\n"); }
+   s += QLatin1String(
                              "  node [shape=plain, fontname=\"Helvetica\", fontsize=10];\n"
                              "  edge [fontname=\"Helvetica\", fontsize=9, arrowsize=0.7, labeldistance=1.8];\n");
    for (int i = 0; i < g.boxes.size(); ++i)

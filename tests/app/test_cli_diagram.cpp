@@ -187,7 +187,7 @@ TEST(CliDiagram, GraphTooLargeForALayoutIsRefusedAtOnce)
 
    test_support::cli_result r = test_support::runTavrel({ "diagram", tmp.filePath("big.tavrel"), "-o", tmp.filePath("big.svg") });
    EXPECT_EQ(r.code, 1);
-   EXPECT_TRUE(r.err.contains("the diagram has 3000 entities and 6000 relations; a picture is laid out for at most 600 entities")) << r.err.toStdString();
+   EXPECT_TRUE(r.err.contains("the diagram has 3000 entities and 6000 relations; a picture is laid out for at most 300 entities")) << r.err.toStdString();
    EXPECT_FALSE(QFileInfo::exists(tmp.filePath("big.svg")));
 
    r = test_support::runTavrel({ "diagram", tmp.filePath("big.tavrel"), "-o", tmp.filePath("big.mmd") });

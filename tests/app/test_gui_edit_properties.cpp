@@ -182,6 +182,15 @@ TEST_F(GuiEditProperties, FieldsAreMarkedByTheRulesOfWhereTheyAreWritten)
       EXPECT_FALSE(problemOf(d, "m_txtGetMethod").isEmpty());
       type(d, "m_txtMaxLength", "12; x");
       EXPECT_FALSE(problemOf(d, "m_txtMaxLength").isEmpty());
+      // A type is a C++ type, a forced SQL type an SQL type: no statement rides along.
+      pick(d, "m_cboType", "int; } void evil() { system(\"id\"); } struct Z { int");
+      EXPECT_FALSE(problemOf(d, "m_cboType").isEmpty());
+      pick(d, "m_cboType", "std::pair<long, QString>");
+      EXPECT_TRUE(problemOf(d, "m_cboType").isEmpty()) << problemOf(d, "m_cboType").toStdString();
+      type(d, "m_txtForceSqlType", "INT, PRIMARY KEY (id)); DROP TABLE victim; CREATE TABLE zz (id INT");
+      EXPECT_FALSE(problemOf(d, "m_txtForceSqlType").isEmpty());
+      type(d, "m_txtForceSqlType", "NUMERIC(10, 2)");
+      EXPECT_TRUE(problemOf(d, "m_txtForceSqlType").isEmpty()) << problemOf(d, "m_txtForceSqlType").toStdString();
       EXPECT_FALSE(okButton(d)->isEnabled());
       bChecked = true;
       d->reject();

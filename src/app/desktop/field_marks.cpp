@@ -97,7 +97,9 @@ QString wholeNumber(const QString & s)
    return (sReason.isEmpty() ? text::numberProblem(s, true) : sReason);
 }
 
-QString typeText(const QString & s) { return (s.trimmed().isEmpty() ? QObject::tr("is empty") : text::nulProblem(s)); }
+QString typeText(const QString & s) { return (s.trimmed().isEmpty() ? QObject::tr("is empty") : text::typeProblem(s)); }
+QString cppType(const QString & s) { return (s.isEmpty() ? QString() : text::typeProblem(s)); }
+QString sqlType(const QString & s) { return (s.isEmpty() ? QString() : text::sqlTypeProblem(s)); }
 
 } // namespace field_rules
 

@@ -70,6 +70,9 @@ QString wholeNumber(const QString & s);
 QString body(const QString & s);
 QString expression(const QString & s);
 QString typeText(const QString & s);
+// An optional C++ type, an optional forced SQL type: empty, or by the import's rule.
+QString cppType(const QString & s);
+QString sqlType(const QString & s);
 } // namespace field_rules
 
 } // namespace desktop

@@ -43,7 +43,7 @@ const text_field k_texts[] = {
    { "m_txtGetMethod", "Get method body", & model::property::getGetMethod, & model::property::setGetMethod, & field_rules::body },
    { "m_txtSetMethod", "Set method body", & model::property::getSetMethod, & model::property::setSetMethod, & field_rules::body },
    { "m_txtRegExp", "Regular expression", & model::property::getRegExp, & model::property::setRegExp, & field_rules::escaped },
-   { "m_txtForceSqlType", "Forced SQL type", & model::property::getForceSqlType, & model::property::setForceSqlType, & field_rules::escaped },
+   { "m_txtForceSqlType", "Forced SQL type", & model::property::getForceSqlType, & model::property::setForceSqlType, & field_rules::sqlType },
    { "m_txtForceSqlAlias", "Forced SQL alias", & model::property::getForceSqlAlias, & model::property::setForceSqlAlias, & field_rules::escaped },
    { "m_txtFormat", "Format", & model::property::getFormat, & model::property::setFormat, & field_rules::escaped },
 };
@@ -104,7 +104,7 @@ QWidget * property_dialog::createGeneralPage(const model::property & p, const mo
    m_txtName = addLine(pForm, "m_txtName", tr("Name"), p.getName(), & field_rules::name);
    m_cboType = addCombo(pForm, "m_cboType", tr("Type"), QStringList { QString() } + commonTypes(), true);
    m_cboType->setCurrentText(bOwnType ? pType->getPrimitiveType() : QString());
-   m_pMarks->add(m_cboType, tr("Type"), & field_rules::escaped);
+   m_pMarks->add(m_cboType, tr("Type"), & field_rules::cppType);
    m_cboDecoration = addCombo(pForm, "m_cboDecoration", tr("Decoration"), { tr("none"), "std::shared_ptr<T>", "QSharedPointer<T>", "std::optional<T>" }, false);
    m_cboDecoration->setCurrentIndex(pType ? pType->getDecoration() : 0);
    m_cboCollection = addCombo(pForm, "m_cboCollection", tr("Collection"), { tr("none"), "QList<T>", "std::vector<T>" }, false);

@@ -51,7 +51,9 @@ QString boundFromColumn(const QVariant & v, bool bLength, QVariant & out)
 // import shares them. Bounded: texts met once would otherwise fill the table.
 QString sharedText(QSet<QString> & set, const QString & s)
 {
-   if (s.isEmpty()) { return s; }
+   // An empty column reads as an empty, not a null, text: null keeps a property's rarely set
+   // fields unallocated, as the JSON import leaves them.
+   if (s.isEmpty()) { return QString(); }
    const auto itr = set.constFind(s);
    if (itr != set.constEnd()) { return (* itr); }
    if (set.size() >= 4096) { set.clear(); }

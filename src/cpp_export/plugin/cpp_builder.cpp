@@ -76,7 +76,7 @@ QString cpp_builder::getLumorPath(bool bForceCheck, bool bWithPwdPrefix) const
    return r;
 }
 
-zy::ZyBool cpp_builder::checkExportPaths(const QString & sExportDir) const
+zy::ZyBool cpp_builder::checkExportPaths(const QString & sExportDir)
 {
    // An empty path names no directory (QDir would take it for the current one); a dry run
    // exports into a missing one as into an empty one.
