@@ -1,6 +1,8 @@
 #include "model/model_integrity.h"
 
 #include <algorithm>
+#include <unordered_map>
+#include <vector>
 
 #include <QHash>
 #include <QSet>
@@ -75,9 +77,45 @@ class integrity_check
    const list_of_enumeration & m_lstEnums;
    QStringList m_lst;
    QHash<long, qsizetype> m_hashEnumIds, m_hashEntityIds;
-   QHash<long, QPair<qsizetype, qsizetype> > m_hashPropertyIds;
+   // Properties whose id repeats an earlier one's: their place, packed, and the first owner's.
+   QHash<quint64, quint64> m_hashRepeatedPropertyIds;
    QHash<QString, qsizetype> m_hashEnumKeys;
-   QSet<QString> m_setEntityKeys;
+   // Entity keys by their hash, each compared with its entity's key: a copy of every key would
+   // cost more than the entity itself on large models.
+   std::unordered_multimap<size_t, qsizetype> m_mapEntityKeys;
+
+   static quint64 pack(const QPair<qsizetype, qsizetype> & pos) { return (quint64(pos.first) << 24) | quint64(pos.second); }
+   static QPair<qsizetype, qsizetype> unpack(quint64 u) { return QPair<qsizetype, qsizetype>(qsizetype(u >> 24), qsizetype(u & 0xFFFFFF)); }
+
+   bool isEntityKey(const QString & sKey) const
+   {
+      const auto range = m_mapEntityKeys.equal_range(qHash(sKey));
+      for (auto itr = range.first; itr != range.second; ++itr) { if (m_lstEntities.at(itr->second)->getKey() == sKey) { return true; } }
+      return false;
+   }
+
+   // One sorted copy of the positive ids (16 bytes a property) instead of a table of all.
+   void findRepeatedPropertyIds()
+   {
+      std::vector<std::pair<long, quint64> > lstIds;
+      for (qsizetype i = 0; i < m_lstEntities.size(); ++i)
+      {
+         if (! m_lstEntities.at(i)) { continue; }
+         const list_of_property & lstProperties = m_lstEntities.at(i)->getOwnProperties();
+         for (qsizetype j = 0; (j < lstProperties.size()) && (j < 0xFFFFFF); ++j)
+         {
+            if (lstProperties.at(j) && (lstProperties.at(j)->getId() > 0)) { lstIds.emplace_back(lstProperties.at(j)->getId(), pack({ i, j })); }
+         }
+      }
+      std::sort(lstIds.begin(), lstIds.end());
+      for (size_t k = 1; k < lstIds.size(); ++k)
+      {
+         if (lstIds[k].first != lstIds[k - 1].first) { continue; }
+         size_t iFirst = k - 1;
+         while ((iFirst > 0) && (lstIds[iFirst - 1].first == lstIds[k].first)) { --iFirst; }
+         m_hashRepeatedPropertyIds.insert(lstIds[k].second, lstIds[iFirst].second);
+      }
+   }
 
 public:
    explicit integrity_check(const project & p)
@@ -85,6 +123,8 @@ public:
 
    QStringList problems()
    {
+      // First, so that its sorted copy is freed before the key tables are made.
+      findRepeatedPropertyIds();
       checkProjectName();
       for (qsizetype i = 0; i < m_lstEnums.size(); ++i) { if (m_lstEnums.at(i)) { checkEnumeration(i); } }
       for (qsizetype i = 0; i < m_lstEntities.size(); ++i) { if (m_lstEntities.at(i)) { checkEntityKey(i); } }
@@ -152,16 +192,16 @@ private:
       checkOptionalIdentifier(m_lst, label, "validator method", e.getValidatorMethod());
       if (e.getName().isEmpty()) { return; }
       const QString sKey = e.getKey();
-      if (m_setEntityKeys.contains(sKey)) { m_lst.append(QString("%1 is defined more than once").arg(label())); }
+      if (isEntityKey(sKey)) { m_lst.append(QString("%1 is defined more than once").arg(label())); }
       else if (m_hashEnumKeys.contains(sKey)) { m_lst.append(QString("%1 has the same key as %2").arg(label(), enumLabel(m_hashEnumKeys.value(sKey)))); }
-      else { m_setEntityKeys.insert(sKey); }
+      else { m_mapEntityKeys.emplace(qHash(sKey), i); }
    }
 
    void checkEntityReferences(qsizetype i)
    {
       const entity_ptr & pEntity = m_lstEntities.at(i);
       const QString sParentKey = pEntity->getParentKey();
-      if (! sParentKey.isEmpty() && ! m_setEntityKeys.contains(sParentKey))
+      if (! sParentKey.isEmpty() && ! isEntityKey(sParentKey))
       { m_lst.append(QString("%1 : parent '%2' is not an entity of the project").arg(entityLabel(i), sParentKey)); }
 
       QSet<QString> setNames;
@@ -180,7 +220,13 @@ private:
       if (! sProblem.isEmpty()) { m_lst.append(label() + " " + sProblem); }
       else if (setNames.contains(sName)) { m_lst.append(label() + " is defined more than once"); }
       setNames.insert(sName);
-      checkId(m_lst, m_hashPropertyIds, prop.getId(), pos, label, [this](const QPair<qsizetype, qsizetype> & k) { return propertyLabel(k); }, "properties");
+      if (prop.getId() < 0) { m_lst.append(QString("%1 : id %2 is negative").arg(label()).arg(prop.getId())); }
+      const auto itrRepeat = m_hashRepeatedPropertyIds.constFind(pack(pos));
+      if (itrRepeat != m_hashRepeatedPropertyIds.constEnd())
+      {
+         m_lst.append(QString("%1 : id %2 is already used by %3 (ids of properties must be unique)")
+                         .arg(label()).arg(prop.getId()).arg(propertyLabel(unpack(itrRepeat.value()))));
+      }
       checkCode(m_lst, label, "accessibility", prop.getAccessibility(), property::access_private);
       if (property_type_ptr pType = prop.getType())
       {
@@ -195,7 +241,7 @@ private:
          checkCode(m_lst, label, "relation kind", pRelation->getType(), relationship::many_to_many);
          const QString sTarget = pRelation->getTargetKey();
          if (sTarget.isEmpty()) { m_lst.append(label() + " has a relation without target"); }
-         else if (! m_setEntityKeys.contains(sTarget))
+         else if (! isEntityKey(sTarget))
          { m_lst.append(QString("%1 : relation target '%2' is not an entity of the project").arg(label(), sTarget)); }
       }
    }
@@ -278,35 +324,103 @@ QString model_integrity::cycleText(const list_of_entity & lstEntities, const QLi
    return lstKeys.join(" -> ");
 }
 
+namespace {
+
+// The entities and enumerations whose generated files may clash. A hash per item first, texts
+// only for the items whose hashes meet: large models have hardly any clash, and a few texts
+// per item would outgrow the model itself.
+class file_items
+{
+   struct item { const char * szKind; bool bEnum; qsizetype iIndex; };
+   const list_of_entity & m_lstEntities;
+   const list_of_enumeration & m_lstEnums;
+   QList<item> m_lstItems;
+   std::vector<bool> m_lstCandidate;
+
+   // Nameless and repeated keys are schema errors of their own: left out unless exporting.
+   void collect(bool bForExport)
+   {
+      std::unordered_multimap<size_t, qsizetype> mapKeys;
+      auto add = [&](const char * szKind, bool bEnum, qsizetype iIndex, const QString & sKey)
+      {
+         if (! bForExport)
+         {
+            if (sKey.isEmpty()) { return; }
+            const size_t h = qHash(sKey);
+            const auto range = mapKeys.equal_range(h);
+            for (auto itr = range.first; itr != range.second; ++itr) { if (key(itr->second) == sKey) { return; } }
+            mapKeys.emplace(h, m_lstItems.size());
+         }
+         m_lstItems.append(item { szKind, bEnum, iIndex });
+      };
+      for (qsizetype i = 0; i < m_lstEntities.size(); ++i)
+      {
+         const entity_ptr & pEntity = m_lstEntities.at(i);
+         if (pEntity && (! bForExport || (pEntity->getId() != 0))) { add("entity", false, i, pEntity->getKey()); }
+      }
+      for (qsizetype i = 0; i < m_lstEnums.size(); ++i)
+      {
+         const enumeration_ptr & pEnum = m_lstEnums.at(i);
+         if (pEnum && (! bForExport || (pEnum->getId() != 0))) { add("enumeration", true, i, pEnum->getKey()); }
+      }
+   }
+
+   // Items whose folded names' hashes meet another's, or a project file's.
+   void markCandidates(const QStringList & lstProjectFlats)
+   {
+      std::unordered_map<size_t, qsizetype> mapFolds;   // -1: a project file
+      for (const QString & sFlat : lstProjectFlats) { mapFolds.emplace(qHash(sFlat.toLower()), -1); }
+      m_lstCandidate.assign(size_t(m_lstItems.size()), false);
+      for (qsizetype i = 0; i < m_lstItems.size(); ++i)
+      {
+         const auto ins = mapFolds.emplace(qHash(flat(i).toLower()), i);
+         if (ins.second) { continue; }
+         m_lstCandidate[size_t(i)] = true;
+         if (ins.first->second >= 0) { m_lstCandidate[size_t(ins.first->second)] = true; }
+      }
+   }
+
+public:
+   file_items(const project & p, bool bForExport, const QStringList & lstProjectFlats)
+      : m_lstEntities(* p.getListOfAllEntities()), m_lstEnums(* p.getListOfAllEnums())
+   {
+      collect(bForExport);
+      markCandidates(lstProjectFlats);
+   }
+
+   qsizetype size() const { return m_lstItems.size(); }
+   bool isCandidate(qsizetype i) const { return m_lstCandidate[size_t(i)]; }
+   QString key(qsizetype i) const
+   {
+      const item & x = m_lstItems.at(i);
+      return (x.bEnum ? m_lstEnums.at(x.iIndex)->getKey() : m_lstEntities.at(x.iIndex)->getKey());
+   }
+   QString flat(qsizetype i) const { return key(i).replace(QLatin1String("::"), QLatin1String("_")); }
+   QString label(qsizetype i) const { return QString("%1 '%2'").arg(QString::fromLatin1(m_lstItems.at(i).szKind), key(i)); }
+};
+
+} // namespace
+
 QStringList model_integrity::fileCollisions(const project & p, bool bForExport)
 {
-   // Labels are made only for the clashes: large models have hardly any.
-   struct item { const char * szKind; QString sKey; QString sFlat; };
-   QList<item> lstItems;
-   QSet<QString> setKeys;
-   auto add = [&](const char * szKind, const QString & sKey)
+   const char * const aszProjectFiles[] = { "include/%1_precompiled_header.gen.h", "include/%1_export.gen.h",
+                                            "include/%1_all_include.gen.h", "src/%1_all.gen.cpp", "src/%1_main.gen.cpp" };
+   const QString sProject = p.getName();
+   QStringList lstProjectFlats;
+   if (! sProject.isEmpty())
    {
-      // Nameless and repeated keys are schema errors of their own.
-      if (! bForExport && (sKey.isEmpty() || setKeys.contains(sKey))) { return; }
-      if (! bForExport) { setKeys.insert(sKey); }
-      lstItems.append(item { szKind, sKey, QString(sKey).replace(QLatin1String("::"), QLatin1String("_")) });
-   };
-   auto label = [&](qsizetype i) { return QString("%1 '%2'").arg(QString::fromLatin1(lstItems.at(i).szKind), lstItems.at(i).sKey); };
-   for (const entity_ptr & pEntity : (* p.getListOfAllEntities()))
-   {
-      if (pEntity && (! bForExport || (pEntity->getId() != 0))) { add("entity", pEntity->getKey()); }
+      for (const char * szFile : aszProjectFiles) { lstProjectFlats.append(QString::fromLatin1(szFile).arg(sProject).section('/', 1).section('.', 0, 0)); }
    }
-   for (const enumeration_ptr & pEnum : (* p.getListOfAllEnums()))
-   {
-      if (pEnum && (! bForExport || (pEnum->getId() != 0))) { add("enumeration", pEnum->getKey()); }
-   }
+   const file_items items(p, bForExport, lstProjectFlats);
+   auto label = [&items](qsizetype i) { return items.label(i); };
 
    // Grouped without letter case, in document order of the group's first item.
    QList<QList<qsizetype> > lstGroups;
    QHash<QString, qsizetype> hashGroup;
-   for (qsizetype i = 0; i < lstItems.size(); ++i)
+   for (qsizetype i = 0; i < items.size(); ++i)
    {
-      const QString sFold = lstItems.at(i).sFlat.toLower();
+      if (! items.isCandidate(i)) { continue; }
+      const QString sFold = items.flat(i).toLower();
       auto itr = hashGroup.constFind(sFold);
       if (itr == hashGroup.constEnd()) { hashGroup.insert(sFold, lstGroups.size()); lstGroups.append(QList<qsizetype>({ i })); }
       else { lstGroups[itr.value()].append(i); }
@@ -320,7 +434,8 @@ QStringList model_integrity::fileCollisions(const project & p, bool bForExport)
       for (qsizetype i : lstGroup)
       {
          lstLabels.append(label(i));
-         if (! lstFlats.contains(lstItems.at(i).sFlat)) { lstFlats.append(lstItems.at(i).sFlat); }
+         const QString sFlat = items.flat(i);
+         if (! lstFlats.contains(sFlat)) { lstFlats.append(sFlat); }
       }
       QString sWho = lstLabels.mid(0, lstLabels.size() - 1).join(", ") + " and " + lstLabels.last();
       sWho[0] = sWho.at(0).toUpper();
@@ -334,11 +449,8 @@ QStringList model_integrity::fileCollisions(const project & p, bool bForExport)
    }
 
    // The project-level files live beside the entities' ones.
-   const QString sProject = p.getName();
    if (! sProject.isEmpty())
    {
-      const char * const aszProjectFiles[] = { "include/%1_precompiled_header.gen.h", "include/%1_export.gen.h",
-                                               "include/%1_all_include.gen.h", "src/%1_all.gen.cpp", "src/%1_main.gen.cpp" };
       for (const char * szFile : aszProjectFiles)
       {
          const QString sFile = QString::fromLatin1(szFile).arg(sProject);

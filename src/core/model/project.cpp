@@ -165,18 +165,20 @@ zy::ZyInvalidValueX project::checkSchema() const
 
    using namespace schema_items;
    checkProjectName(lstResult, m_sName);
-   const QHash<QString, qsizetype> hashEntities = firstIndexOfKeys(lstEntities);
-   const QHash<QString, qsizetype> hashEnums = firstIndexOfKeys(lstEnums);
-   for (qsizetype i = 0; i < lstEntities.size(); ++i)
    {
-      if (lstEntities.at(i)) { checkEntity(lstResult, lstEntities.at(i), i, hashEntities, hashEnums); }
-   }
-
-   appendParentCycles(lstResult, lstEntities);
-
-   for (qsizetype i = 0; i < lstEnums.size(); ++i)
-   {
-      if (lstEnums.at(i)) { checkEnumeration(lstResult, lstEnums.at(i), i, hashEntities, hashEnums); }
+      // Freed before the checks below build tables of their own: on large models the key
+      // tables are a good part of the memory a check needs.
+      const QHash<QString, qsizetype> hashEntities = firstIndexOfKeys(lstEntities);
+      const QHash<QString, qsizetype> hashEnums = firstIndexOfKeys(lstEnums);
+      for (qsizetype i = 0; i < lstEntities.size(); ++i)
+      {
+         if (lstEntities.at(i)) { checkEntity(lstResult, lstEntities.at(i), i, hashEntities, hashEnums); }
+      }
+      appendParentCycles(lstResult, lstEntities);
+      for (qsizetype i = 0; i < lstEnums.size(); ++i)
+      {
+         if (lstEnums.at(i)) { checkEnumeration(lstResult, lstEnums.at(i), i, hashEntities, hashEnums); }
+      }
    }
 
    // Texts the export writes as they are (accessor bodies, literals, comments, numbers).

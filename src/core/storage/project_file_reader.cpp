@@ -110,20 +110,23 @@ bool model_loader::finished()
    return false;
 }
 
-void model_loader::applyMeta(const char * szKind, qlonglong lSeq, model::persistable & item) const
+void model_loader::applyMeta(const char * szKind, qlonglong lSeq, model::persistable & item)
 {
    auto itrKind = m_hashMeta.constFind(QString(szKind));
    if (itrKind == m_hashMeta.constEnd()) { return; }
    auto itr = itrKind->constFind(lSeq);
    if (itr == itrKind->constEnd()) { return; }
    for (const auto & pair : (* itr)) { item.setMetaData(pair.first, pair.second); }
+   m_setMetaPlaced.insert(qMakePair(QString(szKind), lSeq));
 }
 
 bool model_loader::load(model::project & project)
 {
    if (! loadProjectRow(project) || ! loadMeta()) { return false; }
    applyMeta("project", 1, project);
-   return (loadEnumerations(project) && loadEnumerationValues() && loadEntities(project) && loadProperties() && loadRelations()
+   // Relationships first: they are few, and each is handed to its property as it is read, so
+   // no table of every property is needed.
+   return (loadEnumerations(project) && loadEnumerationValues() && loadEntities(project) && loadRelations() && loadProperties()
            && checkMetaOwners());
 }
 
@@ -139,20 +142,11 @@ bool model_loader::checkMetaOwners()
 {
    for (auto itrKind = m_hashMeta.constBegin(); itrKind != m_hashMeta.constEnd(); ++itrKind)
    {
-      const QString & sKind = itrKind.key();
       for (auto itr = itrKind->constBegin(); itr != itrKind->constEnd(); ++itr)
       {
-         const qlonglong lSeq = itr.key();
-         bool bKnown = false;
-         if (sKind == QLatin1String("project")) { bKnown = (lSeq == 1); }
-         else if (sKind == QLatin1String("enumeration")) { bKnown = m_hashEnums.contains(lSeq); }
-         else if (sKind == QLatin1String("entity")) { bKnown = m_hashEntities.contains(lSeq); }
-         else if (sKind == QLatin1String("property")) { bKnown = m_hashProperties.contains(lSeq); }
-         if (! bKnown)
-         {
-            const QString sKey = (itr->isEmpty() ? QString() : itr->first().first);
-            return orphan("meta data", sKey, qPrintable(sKind.left(40)), lSeq);
-         }
+         if (m_setMetaPlaced.contains(qMakePair(itrKind.key(), itr.key()))) { continue; }
+         const QString sKey = (itr->isEmpty() ? QString() : itr->first().first);
+         return orphan("meta data", sKey, qPrintable(itrKind.key().left(40)), itr.key());
       }
    }
    return true;
@@ -277,10 +271,17 @@ bool model_loader::loadProperties()
       if (! sBound.isEmpty())
       { m_sError = QString("Entity '%1' : property '%2' : %3").arg(pEntity->getKey(), p.getName(), sBound); return false; }
       applyMeta("property", lSeq, p);
-      m_hashProperties.insert(lSeq, pProperty);
+      auto itrRelation = m_hashRelations.find(lSeq);
+      if (itrRelation != m_hashRelations.end()) { pProperty->setRelation(itrRelation.value()); m_hashRelations.erase(itrRelation); }
       pEntity->addProperty(pProperty);
    }
-   return finished();
+   if (! finished()) { return false; }
+   if (! m_hashRelations.isEmpty())
+   {
+      const auto itr = m_hashRelations.constBegin();
+      return orphan("relationship", itr.value()->getTargetKey(), "property", itr.key());
+   }
+   return true;
 }
 
 bool model_loader::loadRelations()
@@ -291,12 +292,10 @@ bool model_loader::loadRelations()
    { return false; }
    while (q.next())
    {
-      model::property_ptr pProperty = m_hashProperties.value(q.value(0).toLongLong());
-      if (! pProperty) { return orphan("relationship", q.value(3).toString(), "property", q.value(0)); }
       auto pRelation = std::make_shared<R>();
       row_setter<R>(q, * pRelation, 1, m_setTexts).number(& R::setId).code(& R::setType).text(& R::setTargetKey).text(& R::setForeignKey)
          .text(& R::setForeignKeyOwner).text(& R::setExtraTable);
-      pProperty->setRelation(pRelation);
+      m_hashRelations.insert(q.value(0).toLongLong(), pRelation);
    }
    return finished();
 }

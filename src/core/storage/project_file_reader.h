@@ -23,12 +23,15 @@ class model_loader
    QHash<QString, QHash<qlonglong, QList<QPair<QString, QString> > > > m_hashMeta;
    QHash<qlonglong, model::enumeration_ptr> m_hashEnums;
    QHash<qlonglong, model::entity_ptr> m_hashEntities;
-   QHash<qlonglong, model::property_ptr> m_hashProperties;
+   // Relationships by the seq of their property, until the property is read.
+   QHash<qlonglong, model::relationship_ptr> m_hashRelations;
+   // The (kind, seq) of the meta data handed to an item.
+   QSet<QPair<QString, qlonglong> > m_setMetaPlaced;
    QSet<QString> m_setTexts;
 
    bool select(const QString & sql);
    bool finished();
-   void applyMeta(const char * szKind, qlonglong lSeq, model::persistable & item) const;
+   void applyMeta(const char * szKind, qlonglong lSeq, model::persistable & item);
 
    bool loadProjectRow(model::project & project);
    bool loadMeta();
