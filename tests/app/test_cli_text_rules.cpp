@@ -24,6 +24,18 @@ cli_run runTavrel(const QStringList & args, const QStringList & lstUnset = QStri
 }
 
 using test_support::hostile_value;
+
+// Imports entity A with the given members: refused with exit 1, naming the field, no file made.
+void expectImportRefused(const QByteArray & members, const QString & sExpected)
+{
+   QTemporaryDir tmp;
+   const QString model = tmp.filePath("m.json");
+   ASSERT_TRUE(test_support::writeAll(model, "{\"name\": \"M\", \"entities\": [{\"name\": \"A\", " + members + "}]}"));
+   const cli_run r = runTavrel({ "import", model, tmp.filePath("m.tavrel") });
+   EXPECT_EQ(r.code, 1) << sExpected.toStdString();
+   EXPECT_TRUE(r.err.contains(sExpected)) << r.err.toStdString().substr(0, 2000);
+   EXPECT_FALSE(QFileInfo::exists(tmp.filePath("m.tavrel")));
+}
 using test_support::hostileValues;
 
 } // namespace
@@ -65,16 +77,7 @@ TEST(CliTextRules, JsonImportRefusesHostileText)
       { R"J("properties": [{"name": "id", "type": "long", "min_value": "1\""}])J", "entities[0].properties[0].min_value: min value" },
       { R"J("properties": [{"name": "id", "type": "long", "description": "a\u0000b"}])J", "entities[0].properties[0].description: description" },
    };
-   for (const auto & c : lstCases)
-   {
-      QTemporaryDir tmp;
-      const QString model = tmp.filePath("m.json");
-      ASSERT_TRUE(test_support::writeAll(model, "{\"name\": \"M\", \"entities\": [{\"name\": \"A\", " + c.first + "}]}"));
-      const cli_run r = runTavrel({ "import", model, tmp.filePath("m.tavrel") });
-      EXPECT_EQ(r.code, 1) << c.second.toStdString();
-      EXPECT_TRUE(r.err.contains(c.second)) << r.err.toStdString();
-      EXPECT_FALSE(QFileInfo::exists(tmp.filePath("m.tavrel")));
-   }
+   for (const auto & c : lstCases) { expectImportRefused(c.first, c.second); }
    QTemporaryDir tmp;
    const QString model = tmp.filePath("m.json");
    ASSERT_TRUE(test_support::writeAll(model, R"J({"name": "M", "enumerations": [{"name": "E", "values": [{"key": "A", "value": "1); system(\"x\"); int y = (2"}]}]})J"));
@@ -101,16 +104,7 @@ TEST(CliTextRules, JsonImportRefusesTypesCommentSplicesAndDeepNesting)
       { "\"properties\": [{\"name\": \"id\", \"type\": \"long\", \"min_value\": \"" + deep + "\"}]", "entities[0].properties[0].min_value: min value" },
       { "\"properties\": [{\"name\": \"id\", \"type\": \"QString\", \"max_length\": \"" + deep + "\"}]", "entities[0].properties[0].max_length: max length" },
    };
-   for (const auto & c : lstCases)
-   {
-      QTemporaryDir tmp;
-      const QString model = tmp.filePath("m.json");
-      ASSERT_TRUE(test_support::writeAll(model, "{\"name\": \"M\", \"entities\": [{\"name\": \"A\", " + c.first + "}]}"));
-      const cli_run r = runTavrel({ "import", model, tmp.filePath("m.tavrel") });
-      EXPECT_EQ(r.code, 1) << c.second.toStdString();
-      EXPECT_TRUE(r.err.contains(c.second)) << r.err.toStdString().substr(0, 2000);
-      EXPECT_FALSE(QFileInfo::exists(tmp.filePath("m.tavrel")));
-   }
+   for (const auto & c : lstCases) { expectImportRefused(c.first, c.second); }
    // An enumeration value nested past the reader's depth, and a long run of signs that the
    // characters alone allow: refused with a message, never a crash.
    for (const QByteArray & value : { deep, signs })

@@ -191,12 +191,19 @@ bool custom_javascript::totalTimeUsed() const { return ((m_iTotalTimeLimitMs > 0
 void custom_javascript::armWatchdog()
 {
    const qint64 iTotal = ((m_iTotalMemoryLimitMb > 0) ? (qint64(m_iTotalMemoryLimitMb) * 1024 * 1024) : 0);
-   m_pWatchdog->arm(m_pEngine.get(), callTimeLimit(), m_iMemoryLimitMb, m_iEngineBaseBytes, iTotal);
-   m_callTimer.start();
+   const int iLimit = callTimeLimit();
+   // A deadline cut short by the total ends the export's time, whatever the clocks read.
+   m_bDeadlineIsTotal = ((m_iTotalTimeLimitMs > 0) && ((m_iTimeLimitMs <= 0) || (iLimit < m_iTimeLimitMs)));
    m_iPausedMs = 0;
+   m_callTimer.start();
+   m_pWatchdog->arm(m_pEngine.get(), iLimit, m_iMemoryLimitMb, m_iEngineBaseBytes, iTotal);
 }
 
-void custom_javascript::countCallTime() { m_iUsedMs += qMax<qint64>(0, m_callTimer.elapsed() - m_iPausedMs); }
+void custom_javascript::countCallTime(bool bStoppedByTime)
+{
+   m_iUsedMs += qMax<qint64>(0, m_callTimer.elapsed() - m_iPausedMs);
+   if (bStoppedByTime && m_bDeadlineIsTotal) { m_iUsedMs = qMax<qint64>(m_iUsedMs, m_iTotalTimeLimitMs); }
+}
 
 QString custom_javascript::timeStopReason(const QString & sAction) const
 {
@@ -230,7 +237,7 @@ zy::ZyBool custom_javascript::evaluateFile(const QString & code, const QString &
    }
    catch (const std::bad_alloc &) { outOfMemory = true; }
    const script_watchdog::enum_stop stop = m_pWatchdog->disarm();
-   countCallTime();
+   countCallTime(stop == script_watchdog::stop_time);
    m_bRunning = false;
 
    if (stop == script_watchdog::stop_total_memory)
@@ -307,12 +314,12 @@ zy::ZyBool custom_javascript::runExecute(model::project * pProject, model::entit
       // Reading a thrown value may run script code (its toString, a getter): still watched.
       outcome = readOutcome(result, action, params.value("default_value").toString());
       stop = m_pWatchdog->disarm();
-      countCallTime();
+      countCallTime(stop == script_watchdog::stop_time);
    }
    catch (const std::bad_alloc &)
    {
       stop = m_pWatchdog->disarm();
-      countCallTime();
+      countCallTime(stop == script_watchdog::stop_time);
       outOfMemory = true;
    }
    m_bRunning = false;

@@ -60,6 +60,7 @@ private:
    qint64 m_iEngineBaseBytes = -1;
    QElapsedTimer m_callTimer;
    qint64 m_iPausedMs = 0;
+   bool m_bDeadlineIsTotal = false;
    // Why the engine was dropped during a call (time or memory); empty while it is usable.
    QString m_sStopReason;
    bool m_bDebugging = false;
@@ -143,7 +144,7 @@ private:
    int callTimeLimit() const;
    bool totalTimeUsed() const;
    void armWatchdog();
-   void countCallTime();
+   void countCallTime(bool bStoppedByTime);
    QString timeStopReason(const QString & sAction) const;
    // The steps of initEngine: the engine with its setup, then the file's top level.
    bool createEngine();
