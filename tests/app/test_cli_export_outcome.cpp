@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "cli_shop_workspace.h"
 #include "test_support.h"
 
 // Exit codes and last lines of 'tavrel export' when the export cannot give the complete tree.
@@ -17,27 +18,9 @@ namespace {
 using outcome = test_support::cli_result;
 using test_support::runTavrel;
 
-// The example model in a fresh directory with a library directory and an export directory.
-class CliOutcome : public ::testing::Test
+class CliOutcome : public CliShopWorkspace
 {
 protected:
-   QTemporaryDir m_tmp;
-   QString m_sModel;
-
-   void SetUp() override
-   {
-      ASSERT_TRUE(m_tmp.isValid());
-      m_sModel = m_tmp.filePath("shop.json");
-      ASSERT_TRUE(test_support::writeAll(m_sModel, test_support::readAll(test_support::examplePath("shop.json"))));
-      ASSERT_TRUE(QDir().mkpath(m_tmp.filePath("lumor")));
-      ASSERT_TRUE(QDir().mkpath(m_tmp.filePath("out")));
-   }
-
-   outcome exportWith(const QStringList & extra)
-   {
-      return runTavrel(QStringList({ "export", m_sModel, "--lumor-path", m_tmp.filePath("lumor"), "--TavrelCppExport_path=out" }) + extra);
-   }
-
    QString script(const QString & body)
    {
       const QString path = m_tmp.filePath("hook.js");

@@ -8,6 +8,7 @@
 
 #include "storage/export_record.h"
 #include "storage/project_storage.h"
+#include "cli_shop_workspace.h"
 #include "test_support.h"
 
 // Command lines, export directories and project files that cannot give a complete export: each
@@ -18,28 +19,9 @@ namespace {
 using test_support::cli_result;
 using test_support::runTavrel;
 
-class CliHostile : public ::testing::Test
+class CliHostile : public CliShopWorkspace
 {
 protected:
-   QTemporaryDir m_tmp;
-   QString m_sModel;
-
-   void SetUp() override
-   {
-      ASSERT_TRUE(m_tmp.isValid());
-      m_sModel = m_tmp.filePath("shop.json");
-      ASSERT_TRUE(test_support::writeAll(m_sModel, test_support::readAll(test_support::examplePath("shop.json"))));
-      ASSERT_TRUE(QDir().mkpath(m_tmp.filePath("lumor")));
-      ASSERT_TRUE(QDir().mkpath(m_tmp.filePath("out")));
-   }
-
-   QString path(const QString & rel) const { return m_tmp.filePath(rel); }
-
-   cli_result exportWith(const QStringList & extra, const QString & sOut = QStringLiteral("out")) const
-   {
-      return runTavrel(QStringList({ "export", m_sModel, "--lumor-path", path("lumor"), "--TavrelCppExport_path=" + sOut }) + extra);
-   }
-
    QString lockFile() const { return path("out/.tavrel_export.lock"); }
 };
 
