@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "model/schema_check.h"
+#include "model/schema_items.h"
 #include "test_model_helpers.h"
 
 using namespace model_test;
@@ -148,4 +149,28 @@ TEST(ModelSchemaCheck, RepeatedKeysAndEnumerationsFollowTheirReferences)
    m.pProject->addEnumeration(pSame);
    m.pProject->resolveLinks();
    EXPECT_NE(m.both().find("Enumeration 'shop::Item' has the same key as entity #3"), std::string::npos);
+}
+
+// The key table the checks look keys up in: the first index of each key, nothing for a key no
+// item has, and null items skipped, however many keys share a hash bucket.
+TEST(SchemaKeyTable, FirstIndexOfEachKeyAndNothingElse)
+{
+   model::list_of_entity lst;
+   lst.append(makeEntity("shop", "Order"));
+   lst.append(nullptr);
+   lst.append(makeEntity("shop", "Item"));
+   lst.append(makeEntity("shop", "Order"));
+   lst.append(makeEntity("", "Order"));
+   for (int i = 0; i < 2000; ++i) { lst.append(makeEntity("bulk", QString("E%1").arg(i))); }
+   const model::schema_items::key_table keys = model::schema_items::firstIndexOfKeys(lst);
+
+   EXPECT_EQ(keys.value("shop::Order"), 0);
+   EXPECT_EQ(keys.value("shop::Item"), 2);
+   EXPECT_EQ(keys.value("Order"), 4);
+   EXPECT_EQ(keys.value("bulk::E1999"), 2004);
+   EXPECT_FALSE(keys.contains("shop::Client"));
+   EXPECT_FALSE(keys.contains("shop::order"));
+   EXPECT_FALSE(keys.contains("bulk::E2000"));
+   EXPECT_EQ(keys.value("missing", 7), 7);
+   for (int i = 0; i < 2000; ++i) { ASSERT_EQ(keys.value(QString("bulk::E%1").arg(i)), 5 + i); }
 }

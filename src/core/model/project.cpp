@@ -168,8 +168,8 @@ zy::ZyInvalidValueX project::checkSchema() const
    {
       // Freed before the checks below build tables of their own: on large models the key
       // tables are a good part of the memory a check needs.
-      const QHash<QString, qsizetype> hashEntities = firstIndexOfKeys(lstEntities);
-      const QHash<QString, qsizetype> hashEnums = firstIndexOfKeys(lstEnums);
+      const key_table hashEntities = firstIndexOfKeys(lstEntities);
+      const key_table hashEnums = firstIndexOfKeys(lstEnums);
       for (qsizetype i = 0; i < lstEntities.size(); ++i)
       {
          if (lstEntities.at(i)) { checkEntity(lstResult, lstEntities.at(i), i, hashEntities, hashEnums); }

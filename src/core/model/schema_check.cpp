@@ -13,9 +13,7 @@ namespace model {
 
 namespace {
 
-typedef QHash<QString, qsizetype> key_table;
-
-typedef QHash<QString, qsizetype> key_table;
+using schema_items::key_table;
 
 // What an item says itself: read once, while the item lives.
 void readFacts(const entity & e, QString & sKey, bool & bNamed, QString & sParent, QStringList & lstTargets, QStringList & lstEnums)
@@ -37,17 +35,14 @@ void readFacts(const enumeration & e, QString & sKey, bool & bNamed, QString &, 
    bNamed = ! e.getName().isEmpty();
 }
 
-// First index of each key, in document order.
+// First index of each key, in document order; the entries outlive the table.
 template <typename Entry>
 key_table firstIndexes(const QList<Entry> & lst)
 {
-   key_table hash;
-   hash.reserve(lst.size());
-   for (qsizetype i = 0; i < lst.size(); ++i)
-   {
-      if (lst.at(i).pItem && ! hash.contains(lst.at(i).sKey)) { hash.insert(lst.at(i).sKey, i); }
-   }
-   return hash;
+   return key_table(lst.size(), [&lst](qsizetype i) -> std::optional<QString> {
+      if (! lst.at(i).pItem) { return std::nullopt; }
+      return lst.at(i).sKey;
+   });
 }
 
 // What the problems of an entity depend on besides the entity itself: its index if it has no

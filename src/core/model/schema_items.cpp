@@ -4,6 +4,7 @@
 
 #include <QSet>
 
+#include <algorithm>
 #include <functional>
 
 #include "model/entity.h"
@@ -17,6 +18,30 @@
 namespace model {
 
 namespace schema_items {
+
+key_table::key_table(qsizetype iCount, key_at fctKeyAt) : m_fctKeyAt(std::move(fctKeyAt)), m_iSeed(QHashSeed::globalSeed())
+{
+   m_lstByHash.reserve(static_cast<size_t>(iCount));
+   for (qsizetype i = 0; i < iCount; ++i)
+   {
+      const std::optional<QString> sKey = m_fctKeyAt(i);
+      if (sKey) { m_lstByHash.emplace_back(qHash(* sKey, m_iSeed), i); }
+   }
+   // Equal hashes in document order, so the first match found is the first index.
+   std::sort(m_lstByHash.begin(), m_lstByHash.end());
+}
+
+qsizetype key_table::indexOf(const QString & sKey) const
+{
+   const size_t iHash = qHash(sKey, m_iSeed);
+   auto it = std::lower_bound(m_lstByHash.begin(), m_lstByHash.end(), std::make_pair(iHash, qsizetype(-1)));
+   for (; (it != m_lstByHash.end()) && (it->first == iHash); ++it)
+   {
+      const std::optional<QString> sFound = m_fctKeyAt(it->second);
+      if (sFound && (* sFound == sKey)) { return it->second; }
+   }
+   return -1;
+}
 
 QString entityLabel(const entity_ptr & p, qsizetype i)
 {
@@ -78,7 +103,7 @@ public:
 };
 
 void checkProperty(zy::ZyInvalidValueX & lst, const QString & sEntityLabel, const property_ptr & p, qsizetype j, lazy_text & sPath,
-                   const QHash<QString, qsizetype> & hashEntities, const QHash<QString, qsizetype> & hashEnums)
+                   const key_table & hashEntities, const key_table & hashEnums)
 {
    const QString sName = p->getName();
    lazy_text sLabel([&] { return (sName.isEmpty() ? QString("%1 : property #%2").arg(sEntityLabel).arg(j + 1)
@@ -124,7 +149,7 @@ void checkProperty(zy::ZyInvalidValueX & lst, const QString & sEntityLabel, cons
 // What entities and enumerations share: a name, a namespace and a key given once.
 template <typename Ptr>
 void checkKeyedItem(zy::ZyInvalidValueX & lst, const QString & sLabel, const Ptr & p, qsizetype i, const QString & sPath,
-                    const QHash<QString, qsizetype> & hashKeys, const char * szKind)
+                    const key_table & hashKeys, const char * szKind)
 {
    checkName(lst, sLabel, p->getName(), sPath);
    checkNamespace(lst, sLabel, p->getNamespace(), sPath);
@@ -152,7 +177,7 @@ void appendParentCycles(zy::ZyInvalidValueX & lst, const list_of_entity & lstEnt
 }
 
 void checkEntity(zy::ZyInvalidValueX & lst, const entity_ptr & pEntity, qsizetype i,
-                 const QHash<QString, qsizetype> & hashEntities, const QHash<QString, qsizetype> & hashEnums)
+                 const key_table & hashEntities, const key_table & hashEnums)
 {
    const QString sLabel = entityLabel(pEntity, i);
    const QString sPath = entityPath(i);
@@ -186,7 +211,7 @@ void checkEntity(zy::ZyInvalidValueX & lst, const entity_ptr & pEntity, qsizetyp
 }
 
 void checkEnumeration(zy::ZyInvalidValueX & lst, const enumeration_ptr & pEnum, qsizetype i,
-                      const QHash<QString, qsizetype> & hashEntities, const QHash<QString, qsizetype> & hashEnums)
+                      const key_table & hashEntities, const key_table & hashEnums)
 {
    const QString sLabel = enumerationLabel(pEnum, i);
    const QString sPath = enumerationPath(i);

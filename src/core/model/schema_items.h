@@ -1,7 +1,12 @@
 #pragma once
 
-#include <QHash>
+#include <QHashFunctions>
 #include <QString>
+
+#include <functional>
+#include <optional>
+#include <utility>
+#include <vector>
 
 #include "model/model_fwd.h"
 #include "zy/ZyInvalidValue.h"
@@ -9,8 +14,34 @@
 namespace model {
 
 // The checks of one item, in the words and order of project::checkSchema. Keys are looked up in
-// the first-index tables of firstIndexOfKeys.
+// the first-index tables of firstIndexOfKeys (key_table).
 namespace schema_items {
+
+// First index of every key, in document order. It holds a hash and an index per item and asks
+// the list for the key text only to confirm a match: a table of the key texts themselves is a
+// good part of the memory a check of a large model needs.
+class key_table
+{
+public:
+   // The key of item i, or nothing when there is no item at i.
+   typedef std::function<std::optional<QString>(qsizetype)> key_at;
+
+   key_table(qsizetype iCount, key_at fctKeyAt);
+   bool contains(const QString & sKey) const { return (indexOf(sKey) >= 0); }
+   qsizetype value(const QString & sKey, qsizetype iDefault = -1) const
+   {
+      const qsizetype i = indexOf(sKey);
+      return ((i >= 0) ? i : iDefault);
+   }
+
+private:
+   qsizetype indexOf(const QString & sKey) const;
+
+   key_at m_fctKeyAt;
+   // Seeded per process as QHash is, so crafted keys cannot pile up on one hash.
+   size_t m_iSeed;
+   std::vector<std::pair<size_t, qsizetype>> m_lstByHash;
+};
 
 // "Entity 'a::B'", or "Entity #3" for an entity without a name.
 QString entityLabel(const entity_ptr & p, qsizetype i);
@@ -22,22 +53,19 @@ void checkProjectName(zy::ZyInvalidValueX & lst, const QString & sName);
 void appendParentCycles(zy::ZyInvalidValueX & lst, const list_of_entity & lstEntities);
 // Name, namespace, repeated key, parent, validator and every property of the entity at index i.
 void checkEntity(zy::ZyInvalidValueX & lst, const entity_ptr & pEntity, qsizetype i,
-                 const QHash<QString, qsizetype> & hashEntities, const QHash<QString, qsizetype> & hashEnums);
+                 const key_table & hashEntities, const key_table & hashEnums);
 // Name, namespace, repeated key, a key an entity has too, and the value keys.
 void checkEnumeration(zy::ZyInvalidValueX & lst, const enumeration_ptr & pEnum, qsizetype i,
-                      const QHash<QString, qsizetype> & hashEntities, const QHash<QString, qsizetype> & hashEnums);
+                      const key_table & hashEntities, const key_table & hashEnums);
 
-// First index of every key, in document order.
+// The table of a list of entities or enumerations; the list must outlive it.
 template <typename List>
-QHash<QString, qsizetype> firstIndexOfKeys(const List & lst)
+key_table firstIndexOfKeys(const List & lst)
 {
-   QHash<QString, qsizetype> hash;
-   hash.reserve(lst.size());
-   for (qsizetype i = 0; i < lst.size(); ++i)
-   {
-      if (lst.at(i) && ! hash.contains(lst.at(i)->getKey())) { hash.insert(lst.at(i)->getKey(), i); }
-   }
-   return hash;
+   return key_table(lst.size(), [&lst](qsizetype i) -> std::optional<QString> {
+      if (! lst.at(i)) { return std::nullopt; }
+      return lst.at(i)->getKey();
+   });
 }
 
 } // namespace schema_items
