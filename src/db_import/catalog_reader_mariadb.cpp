@@ -29,7 +29,7 @@ QString standardLiteral(const QString & s)
 }
 
 const char * const k_sColumns =
-   "SELECT c.TABLE_SCHEMA, c.TABLE_NAME, t.TABLE_TYPE, c.COLUMN_NAME, c.COLUMN_TYPE, c.IS_NULLABLE, c.COLUMN_DEFAULT "
+   "SELECT c.TABLE_SCHEMA, c.TABLE_NAME, t.TABLE_TYPE, c.COLUMN_NAME, c.COLUMN_TYPE, c.IS_NULLABLE, c.COLUMN_DEFAULT, c.EXTRA "
    "FROM information_schema.COLUMNS c JOIN information_schema.TABLES t "
    "ON t.TABLE_SCHEMA = c.TABLE_SCHEMA AND t.TABLE_NAME = c.TABLE_NAME "
    "WHERE t.TABLE_TYPE IN ('BASE TABLE', 'VIEW') AND c.TABLE_SCHEMA IN (%1) "
@@ -62,6 +62,7 @@ bool catalog_reader::readMariadb(const QSqlDatabase & database, const QStringLis
       c.bNotNull = (q.value(5).toString() == "NO");
       // "NULL" is how the catalog writes a null default; a text default comes quoted.
       if (! q.value(6).isNull() && (q.value(6).toString() != "NULL")) { c.sDefault = standardLiteral(q.value(6).toString()); }
+      if (q.value(7).toString().contains("auto_increment", Qt::CaseInsensitive)) { c.sGenerator = QStringLiteral("autoincrement"); }
       t.lstColumns.append(c);
    }
    return readMariadbKeys(q, sSchemas, catalog, sError);

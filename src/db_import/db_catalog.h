@@ -20,6 +20,11 @@ struct db_column
    bool bNotNull = false;
    // The catalog's default expression as text; null when there is none.
    QString sDefault;
+   // How the database numbers new rows: "autoincrement" (SQLite AUTOINCREMENT, MariaDB
+   // AUTO_INCREMENT), "identity", "identity always" or "serial" (PostgreSQL); empty when it does not.
+   QString sGenerator;
+   // The labels of a PostgreSQL enumeration type, in their order.
+   QStringList lstValues;
 };
 
 struct db_index

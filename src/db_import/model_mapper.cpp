@@ -185,6 +185,7 @@ model::property_ptr model_mapper::plainProperty(const db_table & table, const mo
    if (! bKey) { p->setUnique(singleColumnIndex(table, column.sName, true)); }
    p->setIndex(singleColumnIndex(table, column.sName, false));
    p->setType(pType);
+   type_mapping::keepColumnForm(m_catalog.eDialect, column, * p);
    return p;
 }
 
@@ -209,6 +210,9 @@ void model_mapper::addManyToOne(const db_table & table, const model::entity_ptr 
    // The generated classes read the key from the column named like the data member.
    if (p->getName() != column.sName) { p->setColumnName(column.sName); }
    if (column.bNotNull) { p->setAllowNull(false); }
+   p->setUnique(singleColumnIndex(table, column.sName, true));
+   p->setIndex(singleColumnIndex(table, column.sName, false));
+   type_mapping::keepColumnForm(m_catalog.eDialect, column, * p);
    if (m_options.bInverse) { m_lstInverses.append(pending_inverse { & table, pEntity, & key, p->getName() }); }
 }
 

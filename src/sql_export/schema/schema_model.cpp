@@ -9,6 +9,7 @@
 #include "model/property.h"
 #include "model/property_type.h"
 #include "model/relationship.h"
+#include "model/sql_meta.h"
 #include "sql_export/schema/sql_types.h"
 
 namespace sql_export {
@@ -25,6 +26,30 @@ QString cppTypeOf(const model::property & p)
    return pType->getPrimitiveType();
 }
 
+// The dialect as import-db names it in the model.
+QString dialectKey(const sql_dialect & dialect)
+{
+   switch (dialect.kind())
+   {
+      case dialect_postgresql: return QStringLiteral("postgresql");
+      case dialect_mariadb: return QStringLiteral("mariadb");
+      default: return QStringLiteral("sqlite");
+   }
+}
+
+// What import-db kept of the column beyond the C++ side: its generator, its allowed values, a
+// default the C++ default cannot hold (the only default of a foreign-key column).
+void keepColumnForm(sql_column & c, const model::property & p, const sql_dialect & dialect)
+{
+   c.sGenerator = p.getMetaData(model::sql_meta::k_sAutoIncrement).toString();
+   if (c.sGenerator == "0" || c.sGenerator == "false") { c.sGenerator.clear(); }
+   const QString sValues = p.getMetaData(model::sql_meta::k_sValues).toString();
+   if (! sValues.isEmpty()) { c.lstValues = sValues.split('\n'); }
+   // A numbered column takes its values from its generator alone.
+   if (! c.sGenerator.isEmpty()) { c.sDefault.clear(); return; }
+   if (c.sDefault.isEmpty()) { c.sDefault = sql_types::sqlDefaultLiteral(dialect, p.getMetaData(model::sql_meta::k_sDefault).toString()); }
+}
+
 QString entityLabel(const model::property & p)
 {
    const model::entity_ptr pEntity = p.getEntity();
@@ -34,8 +59,17 @@ QString entityLabel(const model::property & p)
 // The type of a column, and a warning naming the property when its type has no SQL form.
 QString columnType(const model::property & p, const sql_dialect & dialect, bool bKeyed, QStringList & lstWarnings)
 {
-   if (! p.getForceSqlType().isEmpty()) { return p.getForceSqlType(); }
+   const QString sForced = p.getForceSqlType();
+   const QString sFrom = p.getMetaData(model::sql_meta::k_sTypeDialect).toString();
+   // A type read from another database is written in this one's spelling.
+   if (! sForced.isEmpty() && (sFrom.isEmpty() || (sFrom == dialectKey(dialect)))) { return sForced; }
+   const sql_types::translation t = (sForced.isEmpty() ? sql_types::translation() : sql_types::translate(dialect, sForced));
+   if (! t.sType.isEmpty() && ! t.sLoss.isEmpty())
+   { lstWarnings.append(QString("%1: type '%2' of %3 written as %4: %5").arg(entityLabel(p), sForced, sFrom, t.sType, t.sLoss)); }
+   if (! t.sType.isEmpty()) { return t.sType; }
    const QString sCpp = cppTypeOf(p);
+   if (! sForced.isEmpty())
+   { lstWarnings.append(QString("%1: type '%2' of %3 has no form in %4, written from its C++ type").arg(entityLabel(p), sForced, sFrom, dialect.name())); }
    const sql_types::result r = sql_types::map(dialect, sCpp, p.getMaxLength().toInt(), bKeyed);
    if (! r.bKnown) { lstWarnings.append(QString("%1: type '%2' has no SQL mapping, written as text").arg(entityLabel(p), sCpp)); }
    return r.sType;
@@ -62,8 +96,10 @@ void addKeyColumn(sql_table & table, const model::property & p, const QString & 
    c.sName = sColumn;
    c.sType = (pTargetKey ? columnType(* pTargetKey, dialect, true, lstWarnings) : sql_types::map(dialect, "long", 0, true).sType);
    c.bNotNull = ! p.getAllowNull();
+   c.bUnique = p.getUnique();
    c.bIndex = p.isIndex();
    c.sComment = p.getDescription();
+   keepColumnForm(c, p, dialect);
    table.lstColumns.append(c);
    if (pTarget && ! pTarget->isAbstract() && pTargetKey)
    { table.lstForeignKeys.append(sql_foreign_key { sColumn, schema_builder::tableName(* pTarget), schema_builder::columnName(* pTargetKey) }); }
@@ -84,6 +120,9 @@ void addColumn(sql_table & table, const model::property & p, const sql_dialect &
    c.bIndex = p.isIndex();
    if (p.getType()) { c.sDefault = sql_types::defaultLiteral(dialect, cppTypeOf(p), p.getType()->getDefaultValue()); }
    c.sComment = p.getDescription();
+   keepColumnForm(c, p, dialect);
+   // SQLite numbers rows only in a column declared exactly INTEGER PRIMARY KEY.
+   if (! c.sGenerator.isEmpty() && (dialect.kind() == dialect_sqlite)) { c.sType = QStringLiteral("INTEGER"); }
    table.lstColumns.append(c);
    if (p.isPrimaryKey()) { table.lstPrimaryKey.append(sColumn); }
 }

@@ -21,6 +21,11 @@ struct sql_column
    bool bIndex = false;
    QString sDefault;   // an SQL literal, or empty
    QString sComment;
+   // How the database numbers new rows ("autoincrement", "identity", "identity always",
+   // "serial"), empty when it does not.
+   QString sGenerator;
+   // The only values the column takes (an enumeration type of the database it was read from).
+   QStringList lstValues;
 };
 
 struct sql_foreign_key

@@ -19,9 +19,13 @@ public:
    // The tables in the order they are created: each after those it points at, cycles broken at
    // the first table by name.
    static QList<int> creationOrder(const sql_schema & schema);
-   // A column as CREATE TABLE and ALTER TABLE ... ADD write it: name, type, NOT NULL, default,
-   // and in MariaDB its comment.
+   // A column as CREATE TABLE and ALTER TABLE ... ADD write it: name, type, NOT NULL, generator,
+   // default, allowed values, and in MariaDB its comment.
    static QString columnDefinition(const sql_column & column, const sql_dialect & dialect);
+   // The column's type: PostgreSQL's serial types, MariaDB's ENUM of the allowed values.
+   static QString typeOf(const sql_column & column, const sql_dialect & dialect);
+   // " GENERATED ... AS IDENTITY" or " AUTO_INCREMENT"; empty in SQLite (see createTable).
+   static QString generatorClause(const sql_column & column, const sql_dialect & dialect);
    // The name of the constraint of a foreign key of a table.
    static QString foreignKeyName(const sql_table & table, const sql_foreign_key & key, const sql_dialect & dialect);
    // "CONSTRAINT name FOREIGN KEY (column) REFERENCES target (key)".
