@@ -1,0 +1,104 @@
+#include <gtest/gtest.h>
+
+#include <QTemporaryDir>
+
+#include "catalog_compare.h"
+#include "db_environment.h"
+#include "model/project.h"
+#include "sql_test_support.h"
+#include "storage/project_storage.h"
+#include "test_support.h"
+
+namespace {
+
+
+// tests/sql_export/round_trip/DIALECT.sql: the tables, then after the line "-- rows" their rows.
+struct round_trip_script
+{
+   QString sTables;
+   QString sRows;
+};
+
+round_trip_script roundTripScript(const QString & sDialect)
+{
+   const QString s = QString::fromUtf8(test_support::readAll(test_support::sourceDir() + "/tests/sql_export/round_trip/" + sDialect + ".sql"));
+   const qsizetype i = s.indexOf("\n-- rows\n");
+   return round_trip_script { s.left(i), ((i < 0) ? QString() : s.mid(i)) };
+}
+
+// The model as a user keeps it: saved to a project file, opened, written as JSON and read back.
+model::project_ptr storedAndReadBack(const model::project & project, const QString & sFolder)
+{
+   const QString sFile = sFolder + "/model.tavrel";
+   model::project_ptr pOpened;
+   if (! storage::project_storage::saveProject(project, sFile) || ! storage::project_storage::loadProject(sFile, pOpened)) { return nullptr; }
+   model::project_ptr pBack;
+   return (storage::project_storage::parseJson(storage::project_storage::toJson(* pOpened), "model.json", pBack) ? pBack : nullptr);
+}
+
+class SqlRoundTripOnServer : public ::testing::TestWithParam<db_support::db_server::enum_kind>
+{
+protected:
+   bool postgresql() const { return (GetParam() == db_support::db_server::kind_postgresql); }
+   sql_export::enum_dialect dialect() const { return (postgresql() ? sql_export::dialect_postgresql : sql_export::dialect_mariadb); }
+};
+
+} // namespace
+
+// A database imported, its model stored, exported and run on an empty database, gives the same
+// catalog, and the source's rows go into the copy as they are.
+TEST(SqlRoundTrip, SqliteCatalogComesBackTheSame)
+{
+   QTemporaryDir dir;
+   ASSERT_TRUE(dir.isValid());
+   const round_trip_script script = roundTripScript("sqlite");
+   const QString sSource = dir.filePath("source.db"), sCopy = dir.filePath("copy.db");
+   QString sError;
+   ASSERT_TRUE(sql_test::runOnSqlite(sSource, script.sTables + script.sRows, sError)) << sError.toStdString();
+   const model::project_ptr pImported = sql_test::importFrom("sqlite:" + sSource, "RoundTrip", sError);
+   ASSERT_TRUE(pImported) << sError.toStdString();
+   const model::project_ptr pModel = storedAndReadBack(* pImported, dir.path());
+   ASSERT_TRUE(pModel);
+   QStringList lstWarnings;
+   const QString sScript = sql_test::scriptOf(* pModel, sql_export::dialect_sqlite, false, & lstWarnings);
+   EXPECT_TRUE(lstWarnings.isEmpty()) << lstWarnings.join('\n').toStdString();
+   ASSERT_TRUE(sql_test::runOnSqlite(sCopy, sScript, sError)) << sError.toStdString() << "\n" << sScript.toStdString();
+   EXPECT_TRUE(sql_test::runOnSqlite(sCopy, script.sRows, sError)) << sError.toStdString();
+   db_import::db_catalog source, copy;
+   ASSERT_TRUE(sql_test::readCatalog("sqlite:" + sSource, source, sError)) << sError.toStdString();
+   ASSERT_TRUE(sql_test::readCatalog("sqlite:" + sCopy, copy, sError)) << sError.toStdString();
+   EXPECT_GE(source.lstTables.size(), 15);
+   const QStringList lstDifferences = sql_test::catalogDifferences(source, copy);
+   EXPECT_TRUE(lstDifferences.isEmpty()) << lstDifferences.join('\n').toStdString() << "\n" << sScript.toStdString();
+}
+
+TEST_P(SqlRoundTripOnServer, CatalogComesBackTheSame)
+{
+   TAVREL_REQUIRE_DB_SERVER(pServer, GetParam());
+   qputenv("TAVREL_DB_PASSWORD", db_support::db_server::k_sPassword);
+   QTemporaryDir dir;
+   ASSERT_TRUE(dir.isValid());
+   const round_trip_script script = roundTripScript(postgresql() ? "postgresql" : "mariadb");
+   QString sError;
+   ASSERT_TRUE(pServer->recreateDatabase("round_source", sError)) << sError.toStdString();
+   ASSERT_TRUE(pServer->recreateDatabase("round_copy", sError)) << sError.toStdString();
+   ASSERT_TRUE(pServer->execScript(script.sTables + script.sRows, sError, "round_source")) << sError.toStdString();
+   const model::project_ptr pImported = sql_test::importFrom(pServer->getUrl("round_source"), "RoundTrip", sError);
+   ASSERT_TRUE(pImported) << sError.toStdString();
+   const model::project_ptr pModel = storedAndReadBack(* pImported, dir.path());
+   ASSERT_TRUE(pModel);
+   QStringList lstWarnings;
+   const QString sScript = sql_test::scriptOf(* pModel, dialect(), false, & lstWarnings);
+   EXPECT_TRUE(lstWarnings.isEmpty()) << lstWarnings.join('\n').toStdString();
+   ASSERT_TRUE(pServer->execScript(sScript, sError, "round_copy")) << sError.toStdString() << "\n" << sScript.toStdString();
+   EXPECT_TRUE(pServer->execScript(script.sRows, sError, "round_copy")) << sError.toStdString();
+   db_import::db_catalog source, copy;
+   ASSERT_TRUE(sql_test::readCatalog(pServer->getUrl("round_source"), source, sError)) << sError.toStdString();
+   ASSERT_TRUE(sql_test::readCatalog(pServer->getUrl("round_copy"), copy, sError)) << sError.toStdString();
+   EXPECT_GE(source.lstTables.size(), 15);
+   const QStringList lstDifferences = sql_test::catalogDifferences(source, copy);
+   EXPECT_TRUE(lstDifferences.isEmpty()) << lstDifferences.join('\n').toStdString() << "\n" << sScript.toStdString();
+}
+
+INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlRoundTripOnServer, ::testing::Values(db_support::db_server::kind_postgresql));
+INSTANTIATE_TEST_SUITE_P(MariaDB, SqlRoundTripOnServer, ::testing::Values(db_support::db_server::kind_mariadb));
