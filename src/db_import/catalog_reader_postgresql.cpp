@@ -92,8 +92,8 @@ bool catalog_reader::readPostgresql(const QSqlDatabase & database, const QString
       c.bNotNull = q.value(5).toBool();
       if (! q.value(6).isNull()) { c.sDefault = q.value(6).toString(); }
       c.sGenerator = generatorOf(q.value(7).toString(), c.sDefault);
-      // An enumeration type: its labels, and text as its type (the type's name is no SQL type elsewhere).
-      if (! q.value(8).isNull()) { c.lstValues = q.value(8).toString().split('\n'); setDeclaredType(c, QStringLiteral("text")); }
+      // An enumeration type: its labels; text for the type mapping, the declared name kept.
+      if (! q.value(8).isNull()) { c.lstValues = q.value(8).toString().split('\n'); c.sType = QStringLiteral("text"); c.iLength = -1; }
       t.lstColumns.append(c);
    }
    if (! readPostgresqlKeys(q, sSchemas, catalog, sError)) { return false; }

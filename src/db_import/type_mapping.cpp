@@ -167,7 +167,8 @@ void type_mapping::keepColumnForm(enum_dialect eDialect, const db_column & colum
    if ((eDialect == dialect_mariadb) && ((column.sType == "enum") || (column.sType == "set"))) { lstValues = quotedValues(column.sDeclared); }
    if (! lstValues.isEmpty()) { property.setMetaData(model::sql_meta::k_sValues, lstValues.join('\n')); }
    // A relation's column: only its default is kept, the type follows the key it points at.
-   if (pType && lstValues.isEmpty())
+   // PostgreSQL's enumeration type goes back by its name; MariaDB's ENUM is written from the values.
+   if (pType && (lstValues.isEmpty() || (eDialect == dialect_postgresql)))
    {
       const bool bKeyed = (property.isPrimaryKey() || property.getUnique() || property.isIndex());
       const QString sBack = exportedType(eDialect, pType->getPrimitiveType(), property.getMaxLength().toInt(), bKeyed);

@@ -210,6 +210,9 @@ migration_plan planner::run()
       add("drop " + x.sText, x.sDrop);
    }
    for (const sql_table & o : m_from.lstTables) { if (! m_hashTo.contains(o.sKey)) { add("drop table " + o.sName, "DROP TABLE " + m_d.quote(o.sName) + ";\n", true); } }
+   // PostgreSQL's enumeration types before the columns of that type.
+   const QString sTypes = schema_script::enumerationTypes(m_to.lstTables, m_d, schema_script::enumerationTypeNames(m_from.lstTables, m_d));
+   if (! sTypes.isEmpty()) { add("create the enumeration types", sTypes); }
    for (const sql_table & n : m_to.lstTables)
    {
       const int i = m_hashFrom.value(n.sKey, -1);

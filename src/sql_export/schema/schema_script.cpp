@@ -46,6 +46,15 @@ QString comments(const sql_table & t, const sql_dialect & d)
    return s;
 }
 
+// A PostgreSQL column of an enumeration type read from PostgreSQL: the type, not a CHECK, holds
+// its values.
+bool enumerationType(const sql_column & c, const sql_dialect & d)
+{
+   if ((d.kind() != dialect_postgresql) || c.lstValues.isEmpty()) { return false; }
+   const QString t = c.sType.toLower();
+   return ! (t.startsWith("text") || t.startsWith("char") || t.startsWith("varchar") || t.startsWith("character"));
+}
+
 // PostgreSQL's serial types stand for the integer type and its sequence together.
 QString serialType(const QString & sType)
 {
@@ -65,6 +74,31 @@ QString schema_script::typeOf(const sql_column & c, const sql_dialect & d)
    QStringList lst;
    for (const QString & v : c.lstValues) { lst.append(d.literal(v)); }
    return "ENUM(" + lst.join(", ") + ")";
+}
+
+QString schema_script::enumerationTypes(const QList<sql_table> & lstTables, const sql_dialect & d, const QSet<QString> & setExisting)
+{
+   QString s;
+   QSet<QString> setDone = setExisting;
+   for (const sql_table & t : lstTables)
+   {
+      for (const sql_column & c : t.lstColumns)
+      {
+         if (! enumerationType(c, d) || setDone.contains(c.sType)) { continue; }
+         setDone.insert(c.sType);
+         QStringList lst;
+         for (const QString & v : c.lstValues) { lst.append(d.literal(v)); }
+         s += "CREATE TYPE " + c.sType + " AS ENUM (" + lst.join(", ") + ");\n";
+      }
+   }
+   return s;
+}
+
+QSet<QString> schema_script::enumerationTypeNames(const QList<sql_table> & lstTables, const sql_dialect & d)
+{
+   QSet<QString> set;
+   for (const sql_table & t : lstTables) { for (const sql_column & c : t.lstColumns) { if (enumerationType(c, d)) { set.insert(c.sType); } } }
+   return set;
 }
 
 QString schema_script::generatorClause(const sql_column & c, const sql_dialect & d)
@@ -87,7 +121,7 @@ QString schema_script::columnDefinition(const sql_column & c, const sql_dialect 
    if (c.bNotNull) { s += " NOT NULL"; }
    s += generatorClause(c, d);
    if (! c.sDefault.isEmpty()) { s += " DEFAULT " + c.sDefault; }
-   if (! c.lstValues.isEmpty() && (d.kind() != dialect_mariadb))
+   if (! c.lstValues.isEmpty() && (d.kind() != dialect_mariadb) && ! enumerationType(c, d))
    {
       QStringList lst;
       for (const QString & v : c.lstValues) { lst.append(d.literal(v)); }
@@ -183,6 +217,8 @@ QString schema_script::write(const sql_schema & schema, const sql_dialect & d, c
    // MariaDB commits each CREATE on its own: a transaction would promise what it cannot keep.
    const bool bTransaction = (d.kind() != dialect_mariadb);
    s += (bTransaction ? QString("BEGIN;\n") : QString("-- MariaDB cannot run a schema change in one transaction\n"));
+   const QString sTypes = enumerationTypes(schema.lstTables, d, {});
+   if (! sTypes.isEmpty()) { s += '\n' + sTypes; }
    QSet<QString> setCreated;
    QString sLater;
    // SQLite checks a key's target when rows are written, not when the table is made.

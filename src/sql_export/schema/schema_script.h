@@ -24,6 +24,10 @@ public:
    static QString columnDefinition(const sql_column & column, const sql_dialect & dialect);
    // The column's type: PostgreSQL's serial types, MariaDB's ENUM of the allowed values.
    static QString typeOf(const sql_column & column, const sql_dialect & dialect);
+   // CREATE TYPE ... AS ENUM of PostgreSQL's enumeration types the tables use, but those named in
+   // setExisting; empty in the other databases.
+   static QString enumerationTypes(const QList<sql_table> & lstTables, const sql_dialect & dialect, const QSet<QString> & setExisting);
+   static QSet<QString> enumerationTypeNames(const QList<sql_table> & lstTables, const sql_dialect & dialect);
    // " GENERATED ... AS IDENTITY" or " AUTO_INCREMENT"; empty in SQLite (see createTable).
    static QString generatorClause(const sql_column & column, const sql_dialect & dialect);
    // The name of the constraint of a foreign key of a table.
