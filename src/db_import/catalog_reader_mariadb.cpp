@@ -1,5 +1,6 @@
 #include "db_import/catalog_reader.h"
 
+#include <QRegularExpression>
 #include <QVariant>
 
 namespace db_import {
@@ -26,6 +27,16 @@ QString standardLiteral(const QString & s)
       r += ((c == '\'') ? QString("''") : QString(c));
    }
    return '\'' + r + '\'';
+}
+
+// "enum('a','b')": the quoted values, quotes undoubled (the catalog doubles them).
+QStringList enumValues(const QString & sDeclared)
+{
+   static const QRegularExpression reValue("'((?:[^']|'')*)'");
+   QStringList lst;
+   if (! sDeclared.startsWith("enum(", Qt::CaseInsensitive)) { return lst; }
+   for (auto it = reValue.globalMatch(sDeclared, 5); it.hasNext(); ) { lst.append(it.next().captured(1).replace("''", "'")); }
+   return lst;
 }
 
 const char * const k_sColumns =
@@ -62,6 +73,7 @@ bool catalog_reader::readMariadb(const QSqlDatabase & database, const QStringLis
       c.bNotNull = (q.value(5).toString() == "NO");
       // "NULL" is how the catalog writes a null default; a text default comes quoted.
       if (! q.value(6).isNull() && (q.value(6).toString() != "NULL")) { c.sDefault = standardLiteral(q.value(6).toString()); }
+      c.lstValues = enumValues(c.sDeclared);
       if (q.value(7).toString().contains("auto_increment", Qt::CaseInsensitive)) { c.sGenerator = QStringLiteral("autoincrement"); }
       t.lstColumns.append(c);
    }

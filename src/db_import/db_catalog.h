@@ -23,7 +23,7 @@ struct db_column
    // How the database numbers new rows: "autoincrement" (SQLite AUTOINCREMENT, MariaDB
    // AUTO_INCREMENT), "identity", "identity always" or "serial" (PostgreSQL); empty when it does not.
    QString sGenerator;
-   // The labels of a PostgreSQL enumeration type, in their order.
+   // The values of an enumeration type (PostgreSQL's, MariaDB's ENUM), in their order.
    QStringList lstValues;
 };
 

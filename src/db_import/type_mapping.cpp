@@ -102,17 +102,6 @@ QString comparableType(enum_dialect eDialect, const QString & sDeclared)
    return s;
 }
 
-// MariaDB's "enum('a','b')" and "set(...)": the quoted values, quotes undoubled.
-QStringList quotedValues(const QString & sDeclared)
-{
-   static const QRegularExpression reValue("'((?:[^']|'')*)'");
-   QStringList lst;
-   const qsizetype iOpen = sDeclared.indexOf('(');
-   if (iOpen < 0) { return lst; }
-   for (auto it = reValue.globalMatch(sDeclared, iOpen); it.hasNext(); ) { lst.append(it.next().captured(1).replace("''", "'")); }
-   return lst;
-}
-
 } // namespace
 
 QString type_mapping::dialectName(enum_dialect eDialect)
@@ -163,8 +152,7 @@ void type_mapping::keepColumnForm(enum_dialect eDialect, const db_column & colum
 {
    if (! column.sGenerator.isEmpty()) { property.setMetaData(model::sql_meta::k_sAutoIncrement, column.sGenerator); }
    const model::property_type_ptr pType = property.getType();
-   QStringList lstValues = column.lstValues;
-   if ((eDialect == dialect_mariadb) && ((column.sType == "enum") || (column.sType == "set"))) { lstValues = quotedValues(column.sDeclared); }
+   const QStringList & lstValues = column.lstValues;
    if (! lstValues.isEmpty()) { property.setMetaData(model::sql_meta::k_sValues, lstValues.join('\n')); }
    // A relation's column: only its default is kept, the type follows the key it points at.
    // PostgreSQL's enumeration type goes back by its name; MariaDB's ENUM is written from the values.
