@@ -68,7 +68,8 @@ QString columnType(const model::property & p, const sql_dialect & dialect, bool 
    { lstWarnings.append(QString("%1: type '%2' of %3 written as %4: %5").arg(entityLabel(p), sForced, sFrom, t.sType, t.sLoss)); }
    if (! t.sType.isEmpty()) { return t.sType; }
    const QString sCpp = cppTypeOf(p);
-   if (! sForced.isEmpty())
+   // An enumeration type of another database: its values are written instead (see keepColumnForm).
+   if (! sForced.isEmpty() && p.getMetaData(model::sql_meta::k_sValues).toString().isEmpty())
    { lstWarnings.append(QString("%1: type '%2' of %3 has no form in %4, written from its C++ type").arg(entityLabel(p), sForced, sFrom, dialect.name())); }
    const sql_types::result r = sql_types::map(dialect, sCpp, p.getMaxLength().toInt(), bKeyed);
    if (! r.bKnown) { lstWarnings.append(QString("%1: type '%2' has no SQL mapping, written as text").arg(entityLabel(p), sCpp)); }
@@ -95,12 +96,14 @@ void addKeyColumn(sql_table & table, const model::property & p, const QString & 
    c.sKey = itemKey("p", p.getId(), sColumn);
    c.sName = sColumn;
    c.sType = (pTargetKey ? columnType(* pTargetKey, dialect, true, lstWarnings) : sql_types::map(dialect, "long", 0, true).sType);
-   c.bNotNull = ! p.getAllowNull();
-   c.bUnique = p.getUnique();
+   // A foreign key may be part of a key of several columns.
+   c.bNotNull = (p.isPrimaryKey() || ! p.getAllowNull());
+   c.bUnique = (p.getUnique() && ! p.isPrimaryKey());
    c.bIndex = p.isIndex();
    c.sComment = p.getDescription();
    keepColumnForm(c, p, dialect);
    table.lstColumns.append(c);
+   if (p.isPrimaryKey()) { table.lstPrimaryKey.append(sColumn); }
    if (pTarget && ! pTarget->isAbstract() && pTargetKey)
    { table.lstForeignKeys.append(sql_foreign_key { sColumn, schema_builder::tableName(* pTarget), schema_builder::columnName(* pTargetKey) }); }
 }
@@ -176,6 +179,23 @@ model::list_of_property registeredProperties(const model::entity & entity, const
    return lstResult;
 }
 
+// A key of several columns in the order the model declares them (relations are registered last).
+QStringList declaredKeyOrder(const model::entity & entity, const QStringList & lstKey)
+{
+   QList<const model::entity *> lstChain;
+   for (const model::entity * p = & entity; p && (lstChain.size() <= 1000); p = p->getParent().get()) { lstChain.prepend(p); }
+   QStringList lst;
+   for (const model::entity * pEntity : lstChain)
+   {
+      for (const model::property_ptr & p : pEntity->getOwnProperties())
+      {
+         const QString sColumn = (p ? schema_builder::columnName(* p) : QString());
+         if (lstKey.contains(sColumn) && ! lst.contains(sColumn)) { lst.append(sColumn); }
+      }
+   }
+   return lst;
+}
+
 } // namespace
 
 QString schema_builder::tableName(const model::entity & entity)
@@ -216,6 +236,7 @@ sql_table schema_builder::tableOf(const model::entity & entity, const sql_dialec
       addColumn(t, * p, dialect, lstWarnings);
       if (! options.bComments) { t.lstColumns.last().sComment.clear(); }
    }
+   if (t.lstPrimaryKey.size() > 1) { t.lstPrimaryKey = declaredKeyOrder(entity, t.lstPrimaryKey); }
    const QString sSoftDelete = entity.getSoftDeleteColumn();
    if (! sSoftDelete.isEmpty() && ! setColumns.contains(sSoftDelete))
    {
