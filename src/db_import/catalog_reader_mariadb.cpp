@@ -93,6 +93,7 @@ bool catalog_reader::readMariadbKeys(QSqlQuery & q, const QString & sSchemas, db
    }
    if (! exec(q, QString(k_sForeignKeys).arg(sSchemas), sError)) { return false; }
    QString sLast;
+   QHash<QString, QStringList> hashKeyColumns;
    while (q.next())
    {
       if (! catalog.find(q.value(0).toString(), q.value(1).toString())) { continue; }
@@ -101,6 +102,13 @@ bool catalog_reader::readMariadbKeys(QSqlQuery & q, const QString & sSchemas, db
       if (sKey != sLast) { t.lstForeignKeys.append(db_foreign_key { {}, q.value(4).toString(), q.value(5).toString(), {} }); sLast = sKey; }
       t.lstForeignKeys.last().lstColumns.append(q.value(3).toString());
       t.lstForeignKeys.last().lstTargetColumns.append(q.value(6).toString());
+      hashKeyColumns[db_catalog::keyOf(db_catalog::keyOf(t.sSchema, t.sName), q.value(2).toString())].append(q.value(3).toString());
+   }
+   // The index MariaDB makes for a foreign key by itself bears the key's name: no one declared it.
+   for (db_table & t : catalog.lstTables)
+   {
+      t.lstIndexes.removeIf([&](const db_index & i)
+      { return ! i.bUnique && (hashKeyColumns.value(db_catalog::keyOf(db_catalog::keyOf(t.sSchema, t.sName), i.sName)) == i.lstColumns); });
    }
    return true;
 }

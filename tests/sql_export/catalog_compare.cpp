@@ -49,17 +49,22 @@ QStringList foreignKeyTexts(const db_import::db_table & t)
    return lst;
 }
 
-void compareColumns(const db_import::db_table & a, const db_import::db_table & b, QStringList & lst)
+void compareColumns(const db_import::db_table & a, const db_import::db_table & b, bool bOther, QStringList & lst)
 {
    for (const db_import::db_column & ca : a.lstColumns)
    {
       const db_import::db_column * cb = b.column(ca.sName);
       const QString sWhere = a.sName + "." + ca.sName;
       if (! cb) { lst.append(sWhere + ": missing"); continue; }
-      if (typeText(ca) != typeText(* cb)) { lst.append(sWhere + ": type " + typeText(ca) + " / " + typeText(* cb)); }
       // A key column takes no NULL whatever SQLite's catalog says of it.
       const bool bNotNullA = (ca.bNotNull || a.lstPrimaryKey.contains(ca.sName)), bNotNullB = (cb->bNotNull || b.lstPrimaryKey.contains(cb->sName));
       if (bNotNullA != bNotNullB) { lst.append(sWhere + ": NOT NULL " + QString::number(bNotNullA) + " / " + QString::number(bNotNullB)); }
+      if (bOther)
+      {
+         if (ca.sGenerator.isEmpty() != cb->sGenerator.isEmpty()) { lst.append(sWhere + ": numbered " + QString::number(! ca.sGenerator.isEmpty()) + " / " + QString::number(! cb->sGenerator.isEmpty())); }
+         continue;
+      }
+      if (typeText(ca) != typeText(* cb)) { lst.append(sWhere + ": type " + typeText(ca) + " / " + typeText(* cb)); }
       if (ca.sGenerator != cb->sGenerator) { lst.append(sWhere + ": generator '" + ca.sGenerator + "' / '" + cb->sGenerator + "'"); }
       // A generated column's default names its sequence, made anew with the table.
       if (ca.sGenerator.isEmpty() && (defaultText(ca.sDefault) != defaultText(cb->sDefault)))
@@ -82,17 +87,20 @@ bool readCatalog(const QString & sUrl, db_import::db_catalog & catalog, QString 
    return importer.readSource(sUrl, QString(), catalog, sError);
 }
 
-QStringList catalogDifferences(const db_import::db_catalog & source, const db_import::db_catalog & copy)
+QStringList catalogDifferences(const db_import::db_catalog & source, const db_import::db_catalog & copy, bool bOtherDatabase)
 {
    QStringList lst;
    for (const db_import::db_table & a : source.lstTables)
    {
       const db_import::db_table * b = copy.find(copy.sDefaultSchema, a.sName);
       if (! b) { lst.append(a.sName + ": missing"); continue; }
-      compareColumns(a, * b, lst);
+      compareColumns(a, * b, bOtherDatabase, lst);
       compareList(a.sName + " primary key", a.lstPrimaryKey, b->lstPrimaryKey, lst);
       compareList(a.sName + " foreign keys", foreignKeyTexts(a), foreignKeyTexts(* b), lst);
-      compareList(a.sName + " indexes", indexTexts(a), indexTexts(* b), lst);
+      const QStringList lstCopyIndexes = indexTexts(* b);
+      QStringList lstKept;
+      for (const QString & s : indexTexts(a)) { if (! bOtherDatabase || lstCopyIndexes.contains(s)) { lstKept.append(s); } }
+      compareList(a.sName + " indexes", indexTexts(a), (bOtherDatabase ? lstKept : lstCopyIndexes), lst);
    }
    for (const db_import::db_table & b : copy.lstTables) { if (! source.find(source.sDefaultSchema, b.sName)) { lst.append(b.sName + ": added"); } }
    return lst;

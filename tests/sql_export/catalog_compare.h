@@ -12,6 +12,9 @@ bool readCatalog(const QString & sUrl, db_import::db_catalog & catalog, QString 
 // Every way the second catalog differs from the first ("product.price: type numeric(10,2) /
 // double precision"): tables, columns, types, nullability, defaults, generators, primary keys,
 // foreign keys and indexes (unique or not, by their columns, whatever their names).
-QStringList catalogDifferences(const db_import::db_catalog & source, const db_import::db_catalog & copy);
+// bOtherDatabase: the copy is of another kind, so types, defaults and values are spelt its way:
+// only tables, columns, nullability, whether a column is numbered, keys and indexes count, and
+// the copy may have more indexes (MariaDB indexes every foreign key).
+QStringList catalogDifferences(const db_import::db_catalog & source, const db_import::db_catalog & copy, bool bOtherDatabase = false);
 
 } // namespace sql_test

@@ -100,5 +100,50 @@ TEST_P(SqlRoundTripOnServer, CatalogComesBackTheSame)
    EXPECT_TRUE(lstDifferences.isEmpty()) << lstDifferences.join('\n').toStdString() << "\n" << sScript.toStdString();
 }
 
+
+namespace {
+
+// The round-trip database of one server, imported, stored and read back; its catalog in source.
+model::project_ptr importedFromServer(const db_support::db_server & server, const QString & sFolder, db_import::db_catalog & source, QString & sError)
+{
+   const round_trip_script script = roundTripScript((server.getKind() == db_support::db_server::kind_postgresql) ? "postgresql" : "mariadb");
+   if (! server.recreateDatabase("round_source", sError) || ! server.execScript(script.sTables + script.sRows, sError, "round_source")) { return nullptr; }
+   if (! sql_test::readCatalog(server.getUrl("round_source"), source, sError)) { return nullptr; }
+   const model::project_ptr pImported = sql_test::importFrom(server.getUrl("round_source"), "RoundTrip", sError);
+   return (pImported ? storedAndReadBack(* pImported, sFolder) : nullptr);
+}
+
+} // namespace
+
+// Exported to the other databases, the same model makes the same tables, columns, keys, numbered
+// keys and indexes there: each type is written in that database's spelling.
+TEST_P(SqlRoundTripOnServer, ModelGoesToTheOtherDatabases)
+{
+   TAVREL_REQUIRE_DB_SERVER(pServer, GetParam());
+   const db_support::db_server::enum_kind eOther = (postgresql() ? db_support::db_server::kind_mariadb : db_support::db_server::kind_postgresql);
+   TAVREL_REQUIRE_DB_SERVER(pOther, eOther);
+   qputenv("TAVREL_DB_PASSWORD", db_support::db_server::k_sPassword);
+   QTemporaryDir dir;
+   ASSERT_TRUE(dir.isValid());
+   db_import::db_catalog source, copy;
+   QString sError;
+   const model::project_ptr pModel = importedFromServer(* pServer, dir.path(), source, sError);
+   ASSERT_TRUE(pModel) << sError.toStdString();
+
+   const QString sSqlite = sql_test::scriptOf(* pModel, sql_export::dialect_sqlite, false);
+   ASSERT_TRUE(sql_test::runOnSqlite(dir.filePath("copy.db"), sSqlite, sError)) << sError.toStdString() << "\n" << sSqlite.toStdString();
+   ASSERT_TRUE(sql_test::readCatalog("sqlite:" + dir.filePath("copy.db"), copy, sError)) << sError.toStdString();
+   QStringList lstDifferences = sql_test::catalogDifferences(source, copy, true);
+   EXPECT_TRUE(lstDifferences.isEmpty()) << lstDifferences.join('\n').toStdString() << "\n" << sSqlite.toStdString();
+
+   const sql_export::enum_dialect eOtherDialect = (postgresql() ? sql_export::dialect_mariadb : sql_export::dialect_postgresql);
+   const QString sScript = sql_test::scriptOf(* pModel, eOtherDialect, false);
+   ASSERT_TRUE(pOther->recreateDatabase("round_copy", sError)) << sError.toStdString();
+   ASSERT_TRUE(pOther->execScript(sScript, sError, "round_copy")) << sError.toStdString() << "\n" << sScript.toStdString();
+   ASSERT_TRUE(sql_test::readCatalog(pOther->getUrl("round_copy"), copy, sError)) << sError.toStdString();
+   lstDifferences = sql_test::catalogDifferences(source, copy, true);
+   EXPECT_TRUE(lstDifferences.isEmpty()) << lstDifferences.join('\n').toStdString() << "\n" << sScript.toStdString();
+}
+
 INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlRoundTripOnServer, ::testing::Values(db_support::db_server::kind_postgresql));
 INSTANTIATE_TEST_SUITE_P(MariaDB, SqlRoundTripOnServer, ::testing::Values(db_support::db_server::kind_mariadb));
