@@ -104,11 +104,18 @@ bool catalog_reader::readMariadbKeys(QSqlQuery & q, const QString & sSchemas, db
       t.lstForeignKeys.last().lstTargetColumns.append(q.value(6).toString());
       hashKeyColumns[db_catalog::keyOf(db_catalog::keyOf(t.sSchema, t.sName), q.value(2).toString())].append(q.value(3).toString());
    }
-   // The index MariaDB makes for a foreign key by itself bears the key's name: no one declared it.
+   // The index MariaDB makes for a foreign key by itself bears the key's name, or its first
+   // column's when the key has none of its own: no one declared it.
    for (db_table & t : catalog.lstTables)
    {
+      const QString sTable = db_catalog::keyOf(t.sSchema, t.sName);
       t.lstIndexes.removeIf([&](const db_index & i)
-      { return ! i.bUnique && (hashKeyColumns.value(db_catalog::keyOf(db_catalog::keyOf(t.sSchema, t.sName), i.sName)) == i.lstColumns); });
+      {
+         if (i.bUnique) { return false; }
+         if (hashKeyColumns.value(db_catalog::keyOf(sTable, i.sName)) == i.lstColumns) { return true; }
+         for (const db_foreign_key & k : t.lstForeignKeys) { if ((k.lstColumns == i.lstColumns) && (i.sName == k.lstColumns.first())) { return true; } }
+         return false;
+      });
    }
    return true;
 }
