@@ -48,7 +48,7 @@ const char * const k_sColumns =
 
 // Every index, the primary key's ("PRIMARY") and the unique constraints' among them.
 const char * const k_sIndexes =
-   "SELECT TABLE_SCHEMA, TABLE_NAME, INDEX_NAME, NON_UNIQUE, COLUMN_NAME FROM information_schema.STATISTICS "
+   "SELECT TABLE_SCHEMA, TABLE_NAME, INDEX_NAME, NON_UNIQUE, COLUMN_NAME, SUB_PART FROM information_schema.STATISTICS "
    "WHERE TABLE_SCHEMA IN (%1) ORDER BY TABLE_SCHEMA, TABLE_NAME, INDEX_NAME, SEQ_IN_INDEX";
 
 const char * const k_sForeignKeys =
@@ -89,7 +89,7 @@ bool catalog_reader::readMariadbKeys(QSqlQuery & q, const QString & sSchemas, db
       db_table & t = catalog.table(q.value(0).toString(), q.value(1).toString());
       const QString sIndex = q.value(2).toString();
       if (sIndex == "PRIMARY") { t.lstPrimaryKey.append(q.value(4).toString()); continue; }
-      t.addIndexColumn(sIndex, (q.value(3).toInt() == 0), q.value(4).toString());
+      t.addIndexColumn(sIndex, (q.value(3).toInt() == 0), q.value(4).toString(), q.value(5).toInt());
    }
    if (! exec(q, QString(k_sForeignKeys).arg(sSchemas), sError)) { return false; }
    QString sLast;

@@ -127,8 +127,9 @@ bool catalog_reader::readPostgresqlKeys(QSqlQuery & q, const QString & sSchemas,
       if (sKind == "p") { t.lstPrimaryKey.append(sColumn); }
       else if (sKind == "u")
       {
-         if (bNew) { t.lstIndexes.append(db_index { sName, {}, true }); }
+         if (bNew) { t.lstIndexes.append(db_index { sName, {}, true, {} }); }
          t.lstIndexes.last().lstColumns.append(sColumn);
+         t.lstIndexes.last().lstLengths.append(0);
       }
       else
       {

@@ -17,7 +17,7 @@ bool singleColumnIndex(const db_table & table, const QString & sColumn, bool bUn
 {
    for (const db_index & i : table.lstIndexes)
    {
-      if ((i.lstColumns.size() == 1) && (i.lstColumns.first() == sColumn) && (i.bUnique == bUnique)) { return true; }
+      if ((i.lstColumns.size() == 1) && (i.lstColumns.first() == sColumn) && (i.bUnique == bUnique) && ! i.hasPrefix()) { return true; }
    }
    return false;
 }
@@ -156,6 +156,7 @@ model::property_ptr model_mapper::newProperty(const model::entity_ptr & pEntity,
 void model_mapper::addColumns(const db_table & table)
 {
    const model::entity_ptr pEntity = m_hashEntities.value(db_catalog::keyOf(table.sSchema, table.sName));
+   type_mapping::keepTableForm(m_catalog, table, * pEntity);
    for (const db_column & c : table.lstColumns)
    {
       if (! representable(table, c)) { continue; }

@@ -1,9 +1,13 @@
 #include "db_import/type_mapping.h"
 
 #include <QHash>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QRegularExpression>
 
 #include "db_import/import_options.h"
+#include "model/entity.h"
 #include "model/model_text_rules.h"
 #include "model/property.h"
 #include "model/property_type.h"
@@ -171,6 +175,29 @@ void type_mapping::keepColumnForm(enum_dialect eDialect, const db_column & colum
    const bool bDefaultKept = (pType && ! pType->getDefaultValue().isEmpty());
    const QString sDefault = portableDefault(column.sDefault);
    if (! bDefaultKept && column.sGenerator.isEmpty() && ! sDefault.isEmpty()) { property.setMetaData(model::sql_meta::k_sDefault, sDefault); }
+}
+
+void type_mapping::keepTableForm(const db_catalog & catalog, const db_table & table, model::entity & entity)
+{
+   if (table.bView) { return; }
+   QJsonArray lstIndexes;
+   for (const db_index & i : table.lstIndexes)
+   {
+      // An expression's column has no name: such an index is left out.
+      if (((i.lstColumns.size() < 2) && ! i.hasPrefix()) || i.lstColumns.contains(QString())) { continue; }
+      QJsonArray lstLengths;
+      for (int iLength : i.lstLengths) { lstLengths.append(iLength); }
+      lstIndexes.append(QJsonObject { { "unique", i.bUnique }, { "columns", QJsonArray::fromStringList(i.lstColumns) }, { "lengths", lstLengths } });
+   }
+   if (! lstIndexes.isEmpty()) { entity.setMetaData(model::sql_meta::k_sIndexes, QString::fromUtf8(QJsonDocument(lstIndexes).toJson(QJsonDocument::Compact))); }
+   QJsonArray lstKeys;
+   for (const db_foreign_key & k : table.lstForeignKeys)
+   {
+      if ((table.lstPrimaryKey.size() != 1) || (k.lstColumns != table.lstPrimaryKey) || (k.lstTargetColumns.size() != 1)) { continue; }
+      const QString sTarget = ((k.sTargetSchema == catalog.sDefaultSchema) ? k.sTargetTable : (k.sTargetSchema + "." + k.sTargetTable));
+      lstKeys.append(QJsonObject { { "column", k.lstColumns.first() }, { "table", sTarget }, { "target", k.lstTargetColumns.first() } });
+   }
+   if (! lstKeys.isEmpty()) { entity.setMetaData(model::sql_meta::k_sForeignKeys, QString::fromUtf8(QJsonDocument(lstKeys).toJson(QJsonDocument::Compact))); }
 }
 
 type_mapping::result type_mapping::map(enum_dialect eDialect, const db_column & column, const import_options & options)

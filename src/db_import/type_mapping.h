@@ -32,6 +32,9 @@ public:
    // enumeration type allows, and a default the C++ default cannot hold. Call it once the
    // property's type, length, key, unique and index flags are set.
    static void keepColumnForm(enum_dialect eDialect, const db_column & column, model::property & property);
+   // The indexes no property flag holds (several columns, a prefix) and a foreign key on the
+   // primary-key column itself, which no relation holds, as entity meta data for the SQL export.
+   static void keepTableForm(const db_catalog & catalog, const db_table & table, model::entity & entity);
    // The column type the SQL export writes for a C++ type, spelt as the catalog reads it back.
    static QString exportedType(enum_dialect eDialect, const QString & sCppType, int iMaxLength, bool bKeyed);
    // A default as the export can write it on any database ('text', a number, CURRENT_TIMESTAMP...),

@@ -31,10 +31,17 @@ QString defaultText(const QString & sDefault)
    return (bNumber ? QString::number(d, 'g', 15) : s);
 }
 
-QStringList indexTexts(const db_import::db_table & t)
+// With the prefix lengths, which only MariaDB has.
+QStringList indexTexts(const db_import::db_table & t, bool bLengths)
 {
    QSet<QString> set;
-   for (const db_import::db_index & i : t.lstIndexes) { set.insert((i.bUnique ? "unique (" : "index (") + i.lstColumns.join(", ") + ")"); }
+   for (const db_import::db_index & i : t.lstIndexes)
+   {
+      QStringList lst;
+      for (qsizetype k = 0; k < i.lstColumns.size(); ++k)
+      { lst.append(i.lstColumns.at(k) + ((bLengths && (i.lstLengths.value(k) > 0)) ? QString("(%1)").arg(i.lstLengths.value(k)) : QString())); }
+      set.insert((i.bUnique ? "unique (" : "index (") + lst.join(", ") + ")");
+   }
    QStringList lst(set.begin(), set.end());
    lst.sort();
    return lst;
@@ -97,10 +104,10 @@ QStringList catalogDifferences(const db_import::db_catalog & source, const db_im
       compareColumns(a, * b, bOtherDatabase, lst);
       compareList(a.sName + " primary key", a.lstPrimaryKey, b->lstPrimaryKey, lst);
       compareList(a.sName + " foreign keys", foreignKeyTexts(a), foreignKeyTexts(* b), lst);
-      const QStringList lstCopyIndexes = indexTexts(* b);
+      const QStringList lstCopyIndexes = indexTexts(* b, ! bOtherDatabase);
       QStringList lstKept;
-      for (const QString & s : indexTexts(a)) { if (! bOtherDatabase || lstCopyIndexes.contains(s)) { lstKept.append(s); } }
-      compareList(a.sName + " indexes", indexTexts(a), (bOtherDatabase ? lstKept : lstCopyIndexes), lst);
+      for (const QString & s : indexTexts(a, ! bOtherDatabase)) { if (! bOtherDatabase || lstCopyIndexes.contains(s)) { lstKept.append(s); } }
+      compareList(a.sName + " indexes", indexTexts(a, ! bOtherDatabase), (bOtherDatabase ? lstKept : lstCopyIndexes), lst);
    }
    for (const db_import::db_table & b : copy.lstTables) { if (! source.find(source.sDefaultSchema, b.sName)) { lst.append(b.sName + ": added"); } }
    return lst;

@@ -11,7 +11,8 @@ namespace sql_test {
 bool readCatalog(const QString & sUrl, db_import::db_catalog & catalog, QString & sError);
 // Every way the second catalog differs from the first ("product.price: type numeric(10,2) /
 // double precision"): tables, columns, types, nullability, defaults, generators, primary keys,
-// foreign keys and indexes (unique or not, by their columns, whatever their names).
+// foreign keys and indexes (unique or not, by their columns and prefix lengths, whatever their
+// names).
 // bOtherDatabase: the copy is of another kind, so types, defaults and values are spelt its way:
 // only tables, columns, nullability, whether a column is numbered, keys and indexes count, and
 // the copy may have more indexes (MariaDB indexes every foreign key).

@@ -201,3 +201,35 @@ TEST(SqlFidelity, ForeignKeyColumnKeepsItsIndexes)
    EXPECT_TRUE(s.contains("CREATE INDEX ix_cart_barn ON cart (barn);")) << s.toStdString();
    EXPECT_TRUE(s.contains("CREATE UNIQUE INDEX ux_cart_spare ON cart (spare);")) << s.toStdString();
 }
+
+// Indexes of several columns or of a prefix, and a foreign key on the key column, kept on the entity.
+TEST(SqlFidelity, KeptIndexesAndKeyOnTheKeyColumnAreWritten)
+{
+   const model::project_ptr p = sql_test::modelFromJson(R"J({ "name": "Kept", "entities": [
+     {"name": "Grower", "table": "grower", "properties": [ {"name": "id", "type": "long", "primary_key": true} ]},
+     {"name": "Profile", "table": "profile",
+      "meta": {"TAVREL_SQL_INDEXES": "[{\"unique\":true,\"columns\":[\"nick\"],\"lengths\":[20]},{\"unique\":false,\"columns\":[\"nick\",\"bio\"],\"lengths\":[0,0]},{\"unique\":false,\"columns\":[\"gone\"],\"lengths\":[0]}]",
+               "TAVREL_SQL_FOREIGN_KEYS": "[{\"column\":\"grower_id\",\"table\":\"grower\",\"target\":\"id\"}]"},
+      "properties": [
+       {"name": "grower_id", "type": "long", "primary_key": true},
+       {"name": "nick", "type": "QString", "max_length": 60},
+       {"name": "bio", "type": "QString", "max_length": 200} ]} ] })J");
+   ASSERT_TRUE(p);
+   QStringList lstWarnings;
+   const QString sMariadb = sql_test::scriptOf(* p, dialect_mariadb, false, & lstWarnings);
+   EXPECT_TRUE(sMariadb.contains("CREATE UNIQUE INDEX ux_profile_nick ON profile (nick(20));")) << sMariadb.toStdString();
+   EXPECT_TRUE(sMariadb.contains("CREATE INDEX ix_profile_nick_bio ON profile (nick, bio);")) << sMariadb.toStdString();
+   EXPECT_TRUE(sMariadb.contains("FOREIGN KEY (grower_id) REFERENCES grower (id)")) << sMariadb.toStdString();
+   EXPECT_FALSE(sMariadb.contains("gone")) << sMariadb.toStdString();
+   EXPECT_TRUE(lstWarnings.isEmpty()) << lstWarnings.join('\n').toStdString();
+   const QString sPostgresql = sql_test::scriptOf(* p, dialect_postgresql, false, & lstWarnings);
+   EXPECT_TRUE(sPostgresql.contains("CREATE UNIQUE INDEX ux_profile_nick ON profile (nick);")) << sPostgresql.toStdString();
+   ASSERT_EQ(lstWarnings.size(), 1);
+   EXPECT_TRUE(lstWarnings.first().contains("prefix")) << lstWarnings.first().toStdString();
+   QTemporaryDir dir;
+   QString sError;
+   ASSERT_TRUE(sql_test::runOnSqlite(dir.filePath("i.db"), sql_test::scriptOf(* p, dialect_sqlite, false), sError)) << sError.toStdString();
+   // The key on the key column holds: a profile of a grower that is not there is refused.
+   EXPECT_FALSE(runStatements(dir.filePath("i.db"), { "PRAGMA foreign_keys = ON", "INSERT INTO profile (grower_id, nick) VALUES (7, 'x')" }));
+   EXPECT_TRUE(runStatements(dir.filePath("i.db"), { "PRAGMA foreign_keys = ON", "INSERT INTO grower (id) VALUES (7)", "INSERT INTO profile (grower_id, nick) VALUES (7, 'x')" }));
+}

@@ -18,6 +18,13 @@ inline const QLatin1String k_sDefault("TAVREL_SQL_DEFAULT");
 // The values a column allows (an enumeration type of the database), one a line.
 inline const QLatin1String k_sValues("TAVREL_SQL_VALUES");
 
+// Entity meta data: the indexes no property flag holds (of several columns, or of a prefix), as
+// a JSON array of {"unique": bool, "columns": [names], "lengths": [prefix lengths, 0 for whole]}.
+inline const QLatin1String k_sIndexes("TAVREL_SQL_INDEXES");
+// Entity meta data: foreign keys no relation holds (on the primary-key column itself), as a JSON
+// array of {"column": name, "table": target table, "target": target column}.
+inline const QLatin1String k_sForeignKeys("TAVREL_SQL_FOREIGN_KEYS");
+
 } // namespace sql_meta
 
 } // namespace model

@@ -1,5 +1,8 @@
 #include "sql_export/schema/schema_model.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QSet>
 
 #include <algorithm>
@@ -196,6 +199,38 @@ QStringList declaredKeyOrder(const model::entity & entity, const QStringList & l
    return lst;
 }
 
+// What import-db kept of the table beyond its properties: indexes of several columns or of a
+// prefix, and a foreign key on the key column itself. Columns the table does not have are passed over.
+void keepTableForm(sql_table & t, const model::entity & entity, const sql_dialect & dialect, QStringList & lstWarnings)
+{
+   const auto hasColumn = [&t](const QString & s) { for (const sql_column & c : t.lstColumns) { if (c.sName == s) { return true; } } return false; };
+   const QJsonArray lstIndexes = QJsonDocument::fromJson(entity.getMetaData(model::sql_meta::k_sIndexes).toString().toUtf8()).array();
+   for (const QJsonValue & v : lstIndexes)
+   {
+      sql_index i;
+      i.bUnique = v.toObject().value("unique").toBool();
+      const QJsonArray lstLengths = v.toObject().value("lengths").toArray();
+      bool bKnown = true;
+      for (const QJsonValue & c : v.toObject().value("columns").toArray())
+      {
+         bKnown = bKnown && hasColumn(c.toString());
+         i.lstColumns.append(c.toString());
+         const int iLength = lstLengths.at(i.lstLengths.size()).toInt();
+         i.lstLengths.append(((iLength > 0) && (iLength <= 65535)) ? iLength : 0);
+      }
+      if (! bKnown || i.lstColumns.isEmpty()) { continue; }
+      if ((dialect.kind() != dialect_mariadb) && i.lstLengths.count(0) != i.lstLengths.size())
+      { lstWarnings.append(QString("%1: index (%2) of a prefix is made on the whole columns in %3").arg(entity.getName(), i.lstColumns.join(", "), dialect.name())); }
+      t.lstIndexes.append(i);
+   }
+   const QJsonArray lstKeys = QJsonDocument::fromJson(entity.getMetaData(model::sql_meta::k_sForeignKeys).toString().toUtf8()).array();
+   for (const QJsonValue & v : lstKeys)
+   {
+      const sql_foreign_key k { v.toObject().value("column").toString(), v.toObject().value("table").toString(), v.toObject().value("target").toString() };
+      if (hasColumn(k.sColumn) && ! k.sTargetTable.isEmpty() && ! k.sTargetColumn.isEmpty()) { t.lstForeignKeys.append(k); }
+   }
+}
+
 } // namespace
 
 QString schema_builder::tableName(const model::entity & entity)
@@ -237,6 +272,7 @@ sql_table schema_builder::tableOf(const model::entity & entity, const sql_dialec
       if (! options.bComments) { t.lstColumns.last().sComment.clear(); }
    }
    if (t.lstPrimaryKey.size() > 1) { t.lstPrimaryKey = declaredKeyOrder(entity, t.lstPrimaryKey); }
+   keepTableForm(t, entity, dialect, lstWarnings);
    const QString sSoftDelete = entity.getSoftDeleteColumn();
    if (! sSoftDelete.isEmpty() && ! setColumns.contains(sSoftDelete))
    {

@@ -35,6 +35,14 @@ struct sql_foreign_key
    QString sTargetColumn;
 };
 
+// An index no column flag holds: of several columns, or of a column's first characters.
+struct sql_index
+{
+   bool bUnique = false;
+   QStringList lstColumns;
+   QList<int> lstLengths;   // per column: the prefix length (MariaDB only), 0 for the whole column
+};
+
 struct sql_table
 {
    // The entity's id ("e3") or, for a join table, the ids of the two entities it joins ("m2-3").
@@ -44,6 +52,7 @@ struct sql_table
    QList<sql_column> lstColumns;
    QStringList lstPrimaryKey;
    QList<sql_foreign_key> lstForeignKeys;
+   QList<sql_index> lstIndexes;
 };
 
 struct sql_schema

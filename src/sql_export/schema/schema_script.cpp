@@ -31,6 +31,7 @@ QString indexes(const sql_table & t, const sql_dialect & d)
       if (c.bIndex)
       { s += "CREATE INDEX " + d.quote(d.objectName("ix", t.sName, c.sName)) + " ON " + d.quote(t.sName) + " (" + d.quote(c.sName) + ");\n"; }
    }
+   for (const sql_index & i : t.lstIndexes) { s += schema_script::createIndex(t, i, d); }
    return s;
 }
 
@@ -99,6 +100,22 @@ QSet<QString> schema_script::enumerationTypeNames(const QList<sql_table> & lstTa
    QSet<QString> set;
    for (const sql_table & t : lstTables) { for (const sql_column & c : t.lstColumns) { if (enumerationType(c, d)) { set.insert(c.sType); } } }
    return set;
+}
+
+QString schema_script::indexName(const sql_table & t, const sql_index & i, const sql_dialect & d)
+{
+   return d.objectName(i.bUnique ? "ux" : "ix", t.sName, i.lstColumns.join('_'));
+}
+
+QString schema_script::createIndex(const sql_table & t, const sql_index & i, const sql_dialect & d)
+{
+   QStringList lst;
+   for (qsizetype k = 0; k < i.lstColumns.size(); ++k)
+   {
+      const int iLength = i.lstLengths.value(k);
+      lst.append(d.quote(i.lstColumns.at(k)) + (((d.kind() == dialect_mariadb) && (iLength > 0)) ? QString("(%1)").arg(iLength) : QString()));
+   }
+   return (i.bUnique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ") + d.quote(indexName(t, i, d)) + " ON " + d.quote(t.sName) + " (" + lst.join(", ") + ");\n";
 }
 
 QString schema_script::generatorClause(const sql_column & c, const sql_dialect & d)

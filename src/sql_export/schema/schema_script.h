@@ -28,6 +28,9 @@ public:
    // setExisting; empty in the other databases.
    static QString enumerationTypes(const QList<sql_table> & lstTables, const sql_dialect & dialect, const QSet<QString> & setExisting);
    static QSet<QString> enumerationTypeNames(const QList<sql_table> & lstTables, const sql_dialect & dialect);
+   // An index of several columns or of a prefix (its length written for MariaDB only), and its name.
+   static QString createIndex(const sql_table & table, const sql_index & index, const sql_dialect & dialect);
+   static QString indexName(const sql_table & table, const sql_index & index, const sql_dialect & dialect);
    // " GENERATED ... AS IDENTITY" or " AUTO_INCREMENT"; empty in SQLite (see createTable).
    static QString generatorClause(const sql_column & column, const sql_dialect & dialect);
    // The name of the constraint of a foreign key of a table.

@@ -34,6 +34,12 @@ CREATE TABLE harvest_note (id int NOT NULL AUTO_INCREMENT PRIMARY KEY, written d
 CREATE TABLE inspection (id int NOT NULL AUTO_INCREMENT PRIMARY KEY, barn_id int NOT NULL DEFAULT 2, held date NOT NULL,
   passed tinyint(1) NOT NULL DEFAULT 0, remarks varchar(200) DEFAULT '', CONSTRAINT inspection_barn_fk FOREIGN KEY (barn_id) REFERENCES barn (id));
 CREATE UNIQUE INDEX inspection_barn ON inspection (barn_id);
+CREATE TABLE grower_profile (grower_id bigint NOT NULL PRIMARY KEY, bio text NOT NULL,
+  CONSTRAINT grower_profile_fk FOREIGN KEY (grower_id) REFERENCES grower (id));
+CREATE INDEX sale_line_pair ON sale_line (sale_id, fruit_id);
+CREATE UNIQUE INDEX transfer_once ON transfer (cold_store_id, fruit_id, moved);
+CREATE UNIQUE INDEX buyer_nickname ON buyer (nickname(20));
+CREATE INDEX worker_name ON worker (name(50));
 
 -- rows
 INSERT INTO district (id, name, code) VALUES (1, 'Hillside', 'HIL');
@@ -59,3 +65,4 @@ INSERT INTO worker (name, lead_id, wage) VALUES ('Tobin Alder', 1, 1800.50);
 INSERT INTO preference (name) VALUES ('currency');
 INSERT INTO harvest_note (body, severity) VALUES ('Frost on the lower slope', 2);
 INSERT INTO inspection (held) VALUES ('2024-08-15');
+INSERT INTO grower_profile (grower_id, bio) VALUES (1, 'Third generation on the hill');

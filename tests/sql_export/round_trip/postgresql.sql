@@ -33,6 +33,9 @@ CREATE TABLE harvest_note (id serial PRIMARY KEY, written timestamp with time zo
 CREATE TABLE inspection (id serial PRIMARY KEY, barn_id integer NOT NULL DEFAULT 2 REFERENCES barn (id), held date NOT NULL,
   passed yes_no, remarks character varying(200) DEFAULT '');
 CREATE UNIQUE INDEX inspection_barn ON inspection (barn_id);
+CREATE TABLE grower_profile (grower_id bigint PRIMARY KEY REFERENCES grower (id), bio text NOT NULL DEFAULT '');
+CREATE INDEX sale_line_pair ON sale_line (sale_id, fruit_id);
+CREATE UNIQUE INDEX transfer_once ON transfer (cold_store_id, fruit_id, moved);
 
 -- rows
 INSERT INTO district (id, name, code) VALUES (1, 'Hillside', 'HIL');
@@ -58,3 +61,4 @@ INSERT INTO worker (id, name, lead_id, wage) VALUES (2, 'Tobin Alder', 1, 1800.5
 INSERT INTO preference (name, settings) VALUES ('currency', '{"code": "EUR"}');
 INSERT INTO harvest_note (body, severity) VALUES ('Frost on the lower slope', 2);
 INSERT INTO inspection (held) VALUES ('2024-08-15');
+INSERT INTO grower_profile (grower_id, bio) VALUES (1, 'Third generation on the hill');

@@ -30,6 +30,9 @@ CREATE TABLE harvest_note (id INTEGER PRIMARY KEY, written TIMESTAMP NOT NULL DE
 CREATE TABLE inspection (id INTEGER PRIMARY KEY AUTOINCREMENT, barn_id INTEGER NOT NULL DEFAULT 2 REFERENCES barn (id), held DATE NOT NULL,
   passed BOOLEAN NOT NULL DEFAULT 0, remarks VARCHAR(200) DEFAULT '');
 CREATE UNIQUE INDEX inspection_barn ON inspection (barn_id);
+CREATE TABLE grower_profile (grower_id INTEGER PRIMARY KEY REFERENCES grower (id), bio TEXT NOT NULL DEFAULT '');
+CREATE INDEX sale_line_pair ON sale_line (sale_id, fruit_id);
+CREATE UNIQUE INDEX transfer_once ON transfer (cold_store_id, fruit_id, moved);
 
 -- rows
 INSERT INTO district (id, name, code) VALUES (1, 'Hillside', 'HIL');
@@ -55,3 +58,4 @@ INSERT INTO worker (name, lead_id, wage) VALUES ('Tobin Alder', 1, 1800.50);
 INSERT INTO preference (name) VALUES ('currency');
 INSERT INTO harvest_note (body, severity) VALUES ('Frost on the lower slope', 2);
 INSERT INTO inspection (held) VALUES ('2024-08-15');
+INSERT INTO grower_profile (grower_id, bio) VALUES (1, 'Third generation on the hill');
