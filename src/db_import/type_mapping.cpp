@@ -200,6 +200,40 @@ void type_mapping::keepTableForm(const db_catalog & catalog, const db_table & ta
    if (! lstKeys.isEmpty()) { entity.setMetaData(model::sql_meta::k_sForeignKeys, QString::fromUtf8(QJsonDocument(lstKeys).toJson(QJsonDocument::Compact))); }
 }
 
+namespace {
+
+bool followMeta(model::persistable & kept, const model::persistable & fresh, const QList<QLatin1String> & lstKeys)
+{
+   QMap<QString, QString> map = kept.getAllMetaData();
+   const QMap<QString, QString> & mapFresh = fresh.getAllMetaData();
+   bool bChanged = false;
+   for (const QLatin1String & k : lstKeys)
+   {
+      if (map.value(k) == mapFresh.value(k) && (map.contains(k) == mapFresh.contains(k))) { continue; }
+      bChanged = true;
+      if (mapFresh.contains(k)) { map.insert(k, mapFresh.value(k)); } else { map.remove(k); }
+   }
+   if (bChanged) { kept.setAllMetaData(map); }
+   return bChanged;
+}
+
+} // namespace
+
+bool type_mapping::followSqlForm(model::property & kept, const model::property & fresh)
+{
+   bool bChanged = false;
+   const bool bUsers = (! kept.getForceSqlType().isEmpty() && kept.getMetaData(model::sql_meta::k_sTypeDialect).toString().isEmpty());
+   if (! bUsers && (kept.getForceSqlType() != fresh.getForceSqlType())) { kept.setForceSqlType(fresh.getForceSqlType()); bChanged = true; }
+   QList<QLatin1String> lstKeys { model::sql_meta::k_sAutoIncrement, model::sql_meta::k_sDefault, model::sql_meta::k_sValues };
+   if (! bUsers) { lstKeys.append(model::sql_meta::k_sTypeDialect); }
+   return followMeta(kept, fresh, lstKeys) || bChanged;
+}
+
+bool type_mapping::followSqlForm(model::entity & kept, const model::entity & fresh)
+{
+   return followMeta(kept, fresh, { model::sql_meta::k_sIndexes, model::sql_meta::k_sForeignKeys });
+}
+
 type_mapping::result type_mapping::map(enum_dialect eDialect, const db_column & column, const import_options & options)
 {
    const type_table & table = ((eDialect == dialect_postgresql) ? postgresqlTypes() : ((eDialect == dialect_mariadb) ? mariadbTypes() : sqliteTypes()));

@@ -35,6 +35,10 @@ public:
    // The indexes no property flag holds (several columns, a prefix) and a foreign key on the
    // primary-key column itself, which no relation holds, as entity meta data for the SQL export.
    static void keepTableForm(const db_catalog & catalog, const db_table & table, model::entity & entity);
+   // On a refresh, what import-db keeps for the SQL export follows the database as the type does;
+   // a forced type the user gave (without TAVREL_SQL_DIALECT) stays. True when something changed.
+   static bool followSqlForm(model::property & kept, const model::property & fresh);
+   static bool followSqlForm(model::entity & kept, const model::entity & fresh);
    // The column type the SQL export writes for a C++ type, spelt as the catalog reads it back.
    static QString exportedType(enum_dialect eDialect, const QString & sCppType, int iMaxLength, bool bKeyed);
    // A default as the export can write it on any database ('text', a number, CURRENT_TIMESTAMP...),

@@ -3,6 +3,10 @@
 #include <QTemporaryDir>
 
 #include "catalog_compare.h"
+#include "db_import/import_options.h"
+#include "db_import/model_merger.h"
+#include "model/entity.h"
+#include "model/property.h"
 #include "db_environment.h"
 #include "model/project.h"
 #include "sql_test_support.h"
@@ -143,6 +147,35 @@ TEST_P(SqlRoundTripOnServer, ModelGoesToTheOtherDatabases)
    ASSERT_TRUE(sql_test::readCatalog(pOther->getUrl("round_copy"), copy, sError)) << sError.toStdString();
    lstDifferences = sql_test::catalogDifferences(source, copy, true);
    EXPECT_TRUE(lstDifferences.isEmpty()) << lstDifferences.join('\n').toStdString() << "\n" << sScript.toStdString();
+}
+
+// A refresh brings the database's own type, numbering, defaults and indexes along as it brings
+// the C++ type; a type the user forced stays; a second refresh changes nothing.
+TEST(SqlRoundTrip, RefreshFollowsTheDatabase)
+{
+   QTemporaryDir dir;
+   ASSERT_TRUE(dir.isValid());
+   QString sError;
+   ASSERT_TRUE(sql_test::runOnSqlite(dir.filePath("before.db"), "CREATE TABLE tally (id INTEGER PRIMARY KEY AUTOINCREMENT, amount SMALLINT, "
+                                     "mine INT, note TEXT DEFAULT '');\nCREATE INDEX tally_pair ON tally (amount, note);\n", sError)) << sError.toStdString();
+   ASSERT_TRUE(sql_test::runOnSqlite(dir.filePath("after.db"), "CREATE TABLE tally (id INTEGER PRIMARY KEY, amount BIGINT, mine INT, note TEXT);\n", sError)) << sError.toStdString();
+   const model::project_ptr pProject = sql_test::importFrom("sqlite:" + dir.filePath("before.db"), "Tally", sError);
+   ASSERT_TRUE(pProject) << sError.toStdString();
+   const model::entity_ptr pTally = pProject->getListOfAllEntities()->first();
+   ASSERT_EQ(pTally->getPropertyByName("amount")->getForceSqlType(), "SMALLINT");
+   pTally->getPropertyByName("mine")->setForceSqlType("MEDIUMINT");
+   const model::project_ptr pFresh = sql_test::importFrom("sqlite:" + dir.filePath("after.db"), "Tally", sError);
+   ASSERT_TRUE(pFresh) << sError.toStdString();
+   const db_import::import_options options;
+   const QStringList lstChanges = db_import::model_merger(pProject, options).merge(* pFresh);
+   EXPECT_TRUE(pTally->getPropertyByName("amount")->getForceSqlType().isEmpty());
+   EXPECT_TRUE(pTally->getPropertyByName("amount")->getAllMetaData().isEmpty());
+   EXPECT_TRUE(pTally->getPropertyByName("id")->getAllMetaData().isEmpty());
+   EXPECT_TRUE(pTally->getPropertyByName("note")->getAllMetaData().isEmpty());
+   EXPECT_EQ(pTally->getPropertyByName("mine")->getForceSqlType(), "MEDIUMINT");
+   EXPECT_TRUE(pTally->getAllMetaData().isEmpty());
+   EXPECT_EQ(lstChanges.filter("kept for the SQL export").size(), 4) << lstChanges.join('\n').toStdString();
+   EXPECT_TRUE(db_import::model_merger(pProject, options).merge(* pFresh).isEmpty());
 }
 
 INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlRoundTripOnServer, ::testing::Values(db_support::db_server::kind_postgresql));
