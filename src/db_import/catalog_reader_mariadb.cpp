@@ -1,5 +1,6 @@
 #include "db_import/catalog_reader.h"
 
+#include <QRegularExpression>
 #include <QVariant>
 
 namespace db_import {
@@ -28,8 +29,18 @@ QString standardLiteral(const QString & s)
    return '\'' + r + '\'';
 }
 
+// "enum('a','b')": the quoted values, quotes undoubled (the catalog doubles them).
+QStringList enumValues(const QString & sDeclared)
+{
+   static const QRegularExpression reValue("'((?:[^']|'')*)'");
+   QStringList lst;
+   if (! sDeclared.startsWith("enum(", Qt::CaseInsensitive)) { return lst; }
+   for (auto it = reValue.globalMatch(sDeclared, 5); it.hasNext(); ) { lst.append(it.next().captured(1).replace("''", "'")); }
+   return lst;
+}
+
 const char * const k_sColumns =
-   "SELECT c.TABLE_SCHEMA, c.TABLE_NAME, t.TABLE_TYPE, c.COLUMN_NAME, c.COLUMN_TYPE, c.IS_NULLABLE, c.COLUMN_DEFAULT "
+   "SELECT c.TABLE_SCHEMA, c.TABLE_NAME, t.TABLE_TYPE, c.COLUMN_NAME, c.COLUMN_TYPE, c.IS_NULLABLE, c.COLUMN_DEFAULT, c.EXTRA "
    "FROM information_schema.COLUMNS c JOIN information_schema.TABLES t "
    "ON t.TABLE_SCHEMA = c.TABLE_SCHEMA AND t.TABLE_NAME = c.TABLE_NAME "
    "WHERE t.TABLE_TYPE IN ('BASE TABLE', 'VIEW') AND c.TABLE_SCHEMA IN (%1) "
@@ -37,7 +48,7 @@ const char * const k_sColumns =
 
 // Every index, the primary key's ("PRIMARY") and the unique constraints' among them.
 const char * const k_sIndexes =
-   "SELECT TABLE_SCHEMA, TABLE_NAME, INDEX_NAME, NON_UNIQUE, COLUMN_NAME FROM information_schema.STATISTICS "
+   "SELECT TABLE_SCHEMA, TABLE_NAME, INDEX_NAME, NON_UNIQUE, COLUMN_NAME, SUB_PART FROM information_schema.STATISTICS "
    "WHERE TABLE_SCHEMA IN (%1) ORDER BY TABLE_SCHEMA, TABLE_NAME, INDEX_NAME, SEQ_IN_INDEX";
 
 const char * const k_sForeignKeys =
@@ -62,6 +73,8 @@ bool catalog_reader::readMariadb(const QSqlDatabase & database, const QStringLis
       c.bNotNull = (q.value(5).toString() == "NO");
       // "NULL" is how the catalog writes a null default; a text default comes quoted.
       if (! q.value(6).isNull() && (q.value(6).toString() != "NULL")) { c.sDefault = standardLiteral(q.value(6).toString()); }
+      c.lstValues = enumValues(c.sDeclared);
+      if (q.value(7).toString().contains("auto_increment", Qt::CaseInsensitive)) { c.sGenerator = QStringLiteral("autoincrement"); }
       t.lstColumns.append(c);
    }
    return readMariadbKeys(q, sSchemas, catalog, sError);
@@ -76,10 +89,11 @@ bool catalog_reader::readMariadbKeys(QSqlQuery & q, const QString & sSchemas, db
       db_table & t = catalog.table(q.value(0).toString(), q.value(1).toString());
       const QString sIndex = q.value(2).toString();
       if (sIndex == "PRIMARY") { t.lstPrimaryKey.append(q.value(4).toString()); continue; }
-      t.addIndexColumn(sIndex, (q.value(3).toInt() == 0), q.value(4).toString());
+      t.addIndexColumn(sIndex, (q.value(3).toInt() == 0), q.value(4).toString(), q.value(5).toInt());
    }
    if (! exec(q, QString(k_sForeignKeys).arg(sSchemas), sError)) { return false; }
    QString sLast;
+   QHash<QString, QStringList> hashKeyColumns;
    while (q.next())
    {
       if (! catalog.find(q.value(0).toString(), q.value(1).toString())) { continue; }
@@ -88,6 +102,20 @@ bool catalog_reader::readMariadbKeys(QSqlQuery & q, const QString & sSchemas, db
       if (sKey != sLast) { t.lstForeignKeys.append(db_foreign_key { {}, q.value(4).toString(), q.value(5).toString(), {} }); sLast = sKey; }
       t.lstForeignKeys.last().lstColumns.append(q.value(3).toString());
       t.lstForeignKeys.last().lstTargetColumns.append(q.value(6).toString());
+      hashKeyColumns[db_catalog::keyOf(db_catalog::keyOf(t.sSchema, t.sName), q.value(2).toString())].append(q.value(3).toString());
+   }
+   // The index MariaDB makes for a foreign key by itself bears the key's name, or its first
+   // column's when the key has none of its own: no one declared it.
+   for (db_table & t : catalog.lstTables)
+   {
+      const QString sTable = db_catalog::keyOf(t.sSchema, t.sName);
+      t.lstIndexes.removeIf([&](const db_index & i)
+      {
+         if (i.bUnique) { return false; }
+         if (hashKeyColumns.value(db_catalog::keyOf(sTable, i.sName)) == i.lstColumns) { return true; }
+         for (const db_foreign_key & k : t.lstForeignKeys) { if ((k.lstColumns == i.lstColumns) && (i.sName == k.lstColumns.first())) { return true; } }
+         return false;
+      });
    }
    return true;
 }

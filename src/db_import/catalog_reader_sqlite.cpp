@@ -43,14 +43,17 @@ bool catalog_reader::readSqlite(const QSqlDatabase & database, const import_opti
 {
    static const QRegularExpression reVirtual("^\\s*create\\s+virtual\\s+table\\b.*?\\busing\\s+(\\w+)",
                                              QRegularExpression::CaseInsensitiveOption | QRegularExpression::DotMatchesEverythingOption);
+   static const QRegularExpression reAutoIncrement("\\bautoincrement\\b", QRegularExpression::CaseInsensitiveOption);
    QSqlQuery q(database);
    if (! exec(q, k_sObjects, sError)) { return false; }
    QList<std::pair<QString, bool>> lstObjects;
-   QSet<QString> setShadow;
+   QSet<QString> setShadow, setAutoIncrement;
    while (q.next())
    {
       const QString sName = q.value(0).toString();
       const QRegularExpressionMatch m = reVirtual.match(q.value(2).toString().left(4096));
+      // Only an INTEGER PRIMARY KEY takes the word, so the table's text tells which column has it.
+      if (reAutoIncrement.match(q.value(2).toString()).hasMatch()) { setAutoIncrement.insert(sName); }
       if (! m.hasMatch()) { lstObjects.append({ sName, (q.value(1).toString() == "view") }); continue; }
       catalog.lstWarnings.append(QString("virtual table %1 (%2) left out, and the tables SQLite keeps its data in").arg(sName, m.captured(1)));
       for (const QString & sSuffix : shadowSuffixes(m.captured(1))) { setShadow.insert(sName + "_" + sSuffix); }
@@ -87,6 +90,10 @@ bool catalog_reader::readSqlite(const QSqlDatabase & database, const import_opti
          t.lstColumns.append(c);
       }
       t.lstPrimaryKey = mapKey.values();
+      if (setAutoIncrement.contains(sTable) && (t.lstPrimaryKey.size() == 1))
+      {
+         for (db_column & c : t.lstColumns) { if ((c.sName == t.lstPrimaryKey.first()) && (c.sType == "integer")) { c.sGenerator = "autoincrement"; } }
+      }
    }
 
    // Keys and indexes of the tables read above only.

@@ -20,6 +20,11 @@ struct db_column
    bool bNotNull = false;
    // The catalog's default expression as text; null when there is none.
    QString sDefault;
+   // How the database numbers new rows: "autoincrement" (SQLite AUTOINCREMENT, MariaDB
+   // AUTO_INCREMENT), "identity", "identity always" or "serial" (PostgreSQL); empty when it does not.
+   QString sGenerator;
+   // The values of an enumeration type (PostgreSQL's, MariaDB's ENUM), in their order.
+   QStringList lstValues;
 };
 
 struct db_index
@@ -27,6 +32,10 @@ struct db_index
    QString sName;
    QStringList lstColumns;
    bool bUnique = false;
+   // Per column, the length of a prefix index (MariaDB's "KEY (name(190))"), 0 for the whole column.
+   QList<int> lstLengths;
+
+   bool hasPrefix() const { for (int i : lstLengths) { if (i > 0) { return true; } } return false; }
 };
 
 struct db_foreign_key
@@ -50,10 +59,11 @@ struct db_table
    QList<db_foreign_key> lstForeignKeys;
 
    // Catalog rows come one per index column, in index order.
-   void addIndexColumn(const QString & sIndex, bool bUnique, const QString & sColumn)
+   void addIndexColumn(const QString & sIndex, bool bUnique, const QString & sColumn, int iLength = 0)
    {
-      if (lstIndexes.isEmpty() || (lstIndexes.last().sName != sIndex)) { lstIndexes.append(db_index { sIndex, {}, bUnique }); }
+      if (lstIndexes.isEmpty() || (lstIndexes.last().sName != sIndex)) { lstIndexes.append(db_index { sIndex, {}, bUnique, {} }); }
       lstIndexes.last().lstColumns.append(sColumn);
+      lstIndexes.last().lstLengths.append(iLength);
    }
    const db_column * column(const QString & s) const
    {

@@ -17,7 +17,7 @@ bool singleColumnIndex(const db_table & table, const QString & sColumn, bool bUn
 {
    for (const db_index & i : table.lstIndexes)
    {
-      if ((i.lstColumns.size() == 1) && (i.lstColumns.first() == sColumn) && (i.bUnique == bUnique)) { return true; }
+      if ((i.lstColumns.size() == 1) && (i.lstColumns.first() == sColumn) && (i.bUnique == bUnique) && ! i.hasPrefix()) { return true; }
    }
    return false;
 }
@@ -156,6 +156,7 @@ model::property_ptr model_mapper::newProperty(const model::entity_ptr & pEntity,
 void model_mapper::addColumns(const db_table & table)
 {
    const model::entity_ptr pEntity = m_hashEntities.value(db_catalog::keyOf(table.sSchema, table.sName));
+   type_mapping::keepTableForm(m_catalog, table, * pEntity);
    for (const db_column & c : table.lstColumns)
    {
       if (! representable(table, c)) { continue; }
@@ -185,6 +186,7 @@ model::property_ptr model_mapper::plainProperty(const db_table & table, const mo
    if (! bKey) { p->setUnique(singleColumnIndex(table, column.sName, true)); }
    p->setIndex(singleColumnIndex(table, column.sName, false));
    p->setType(pType);
+   type_mapping::keepColumnForm(m_catalog.eDialect, column, * p);
    return p;
 }
 
@@ -209,6 +211,9 @@ void model_mapper::addManyToOne(const db_table & table, const model::entity_ptr 
    // The generated classes read the key from the column named like the data member.
    if (p->getName() != column.sName) { p->setColumnName(column.sName); }
    if (column.bNotNull) { p->setAllowNull(false); }
+   p->setUnique(singleColumnIndex(table, column.sName, true));
+   p->setIndex(singleColumnIndex(table, column.sName, false));
+   type_mapping::keepColumnForm(m_catalog.eDialect, column, * p);
    if (m_options.bInverse) { m_lstInverses.append(pending_inverse { & table, pEntity, & key, p->getName() }); }
 }
 

@@ -1,6 +1,7 @@
 #include "db_import/model_merger.h"
 
 #include "db_import/model_mapper.h"
+#include "db_import/type_mapping.h"
 #include "model/entity.h"
 #include "model/project.h"
 #include "model/property.h"
@@ -122,6 +123,7 @@ void model_merger::adopt(const model::entity_ptr & pEntity, const model::propert
 
 void model_merger::mergeEntity(const model::entity_ptr & pEntity, const model::entity & fresh, const model::project & freshProject)
 {
+   if (type_mapping::followSqlForm(* pEntity, fresh)) { note(QString("~ %1: indexes and keys kept for the SQL export").arg(pEntity->getName())); }
    QHash<QString, model::property_ptr> hashOwn;
    for (const model::property_ptr & p : pEntity->getOwnProperties())
    {
@@ -145,6 +147,7 @@ void model_merger::mergeEntity(const model::entity_ptr & pEntity, const model::e
 void model_merger::updateProperty(const model::entity & entity, const model::property_ptr & p, const model::property & fresh)
 {
    const QString sWhere = entity.getName() + "." + p->getName();
+   if (type_mapping::followSqlForm(* p, fresh)) { note(QString("~ %1: SQL type, numbering or default kept for the SQL export").arg(sWhere)); }
    if (p->isObsolete())
    {
       p->setObsolete(false);

@@ -1,9 +1,17 @@
 #include "db_import/type_mapping.h"
 
 #include <QHash>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QRegularExpression>
 
 #include "db_import/import_options.h"
+#include "model/entity.h"
+#include "model/model_text_rules.h"
+#include "model/property.h"
+#include "model/property_type.h"
+#include "model/sql_meta.h"
 
 namespace db_import {
 
@@ -54,7 +62,7 @@ const type_table & mariadbTypes()
       { "binary", kind_bytes }, { "varbinary", kind_bytes }, { "tinyblob", kind_bytes }, { "blob", kind_bytes },
       { "mediumblob", kind_bytes }, { "longblob", kind_bytes },
       { "date", kind_date }, { "time", kind_time }, { "datetime", kind_datetime }, { "timestamp", kind_datetime },
-      { "uuid", kind_uuid }, { "json", kind_json } };
+      { "year", kind_int }, { "uuid", kind_uuid }, { "json", kind_json } };
    return s_table;
 }
 
@@ -88,7 +96,143 @@ QString cppType(enum_kind eKind, bool bDecimalAsString)
    }
 }
 
+// The declared type as the export's would be read back: lower case, MariaDB's display widths of
+// integers left out ("int(11) unsigned" is "int unsigned"), but its boolean "tinyint(1)" kept.
+QString comparableType(enum_dialect eDialect, const QString & sDeclared)
+{
+   static const QRegularExpression reWidth("^(tinyint|smallint|mediumint|int|integer|bigint)\\(\\d+\\)");
+   QString s = sDeclared.toLower().simplified();
+   if ((eDialect == dialect_mariadb) && ! s.startsWith("tinyint(1)")) { s.replace(reWidth, "\\1"); }
+   return s;
+}
+
 } // namespace
+
+QString type_mapping::dialectName(enum_dialect eDialect)
+{
+   switch (eDialect)
+   {
+      case dialect_postgresql: return QStringLiteral("postgresql");
+      case dialect_mariadb: return QStringLiteral("mariadb");
+      default: return QStringLiteral("sqlite");
+   }
+}
+
+QString type_mapping::exportedType(enum_dialect eDialect, const QString & sCppType, int iMaxLength, bool bKeyed)
+{
+   const int i = static_cast<int>(eDialect);
+   // One row per C++ type: SQLite, PostgreSQL, MariaDB (as the SQL export writes them).
+   static const QHash<QString, QList<const char *> > s_hash {
+      { "int", { "int", "integer", "int" } }, { "long", { "integer", "bigint", "bigint" } },
+      { "qlonglong", { "bigint", "bigint", "bigint" } }, { "bool", { "boolean", "boolean", "tinyint(1)" } },
+      { "double", { "real", "double precision", "double" } }, { "QByteArray", { "blob", "bytea", "longblob" } },
+      { "QDate", { "date", "date", "date" } }, { "QTime", { "time", "time without time zone", "time" } },
+      { "QDateTime", { "datetime", "timestamp without time zone", "datetime" } }, { "QUuid", { "uuid", "uuid", "uuid" } } };
+   auto it = s_hash.constFind(sCppType);
+   if (it != s_hash.constEnd()) { return QString::fromLatin1(it.value().at(i)); }
+   if (iMaxLength > 0) { return QString((eDialect == dialect_postgresql) ? "character varying(%1)" : "varchar(%1)").arg(iMaxLength); }
+   if (eDialect == dialect_postgresql) { return QStringLiteral("text"); }
+   return (((eDialect == dialect_mariadb) && bKeyed) ? QStringLiteral("varchar(255)") : QStringLiteral("text"));
+}
+
+QString type_mapping::portableDefault(const QString & sDefault)
+{
+   static const QRegularExpression reCast("::[a-z ]+(\\[\\])?$");
+   static const QRegularExpression reNumber("^[-+]?(\\d+\\.?\\d*|\\.\\d+)([eE][-+]?\\d+)?$");
+   static const QRegularExpression reText("^'(?:[^']|'')*'$");
+   if (sDefault.isNull()) { return QString(); }
+   QString s = sDefault.trimmed();
+   s.remove(reCast);
+   while (s.startsWith('(') && s.endsWith(')')) { s = s.mid(1, s.size() - 2).trimmed(); }
+   if (reText.match(s).hasMatch() || reNumber.match(s).hasMatch()) { return s; }
+   const QString sLower = s.toLower();
+   if ((sLower == "now()") || sLower.startsWith("current_timestamp")) { return QStringLiteral("CURRENT_TIMESTAMP"); }
+   if ((sLower == "current_date") || (sLower == "curdate()")) { return QStringLiteral("CURRENT_DATE"); }
+   if ((sLower == "current_time") || (sLower == "curtime()")) { return QStringLiteral("CURRENT_TIME"); }
+   return QString();
+}
+
+void type_mapping::keepColumnForm(enum_dialect eDialect, const db_column & column, model::property & property)
+{
+   if (! column.sGenerator.isEmpty()) { property.setMetaData(model::sql_meta::k_sAutoIncrement, column.sGenerator); }
+   const model::property_type_ptr pType = property.getType();
+   const QStringList & lstValues = column.lstValues;
+   if (! lstValues.isEmpty()) { property.setMetaData(model::sql_meta::k_sValues, lstValues.join('\n')); }
+   // A relation's column: only its default is kept, the type follows the key it points at.
+   // PostgreSQL's enumeration type goes back by its name; MariaDB's ENUM is written from the values.
+   if (pType && (lstValues.isEmpty() || (eDialect == dialect_postgresql)))
+   {
+      const bool bKeyed = (property.isPrimaryKey() || property.getUnique() || property.isIndex());
+      const QString sBack = exportedType(eDialect, pType->getPrimitiveType(), property.getMaxLength().toInt(), bKeyed);
+      const QString sOwn = comparableType(eDialect, column.sDeclared);
+      if ((sOwn != sBack) && model::model_text_rules::sqlTypeProblem(sOwn).isEmpty())
+      {
+         // SQLite keeps the declared text as written, so it is given back as written.
+         property.setForceSqlType((eDialect == dialect_sqlite) ? column.sDeclared.simplified() : sOwn);
+         property.setMetaData(model::sql_meta::k_sTypeDialect, dialectName(eDialect));
+      }
+   }
+   const bool bDefaultKept = (pType && ! pType->getDefaultValue().isEmpty());
+   const QString sDefault = portableDefault(column.sDefault);
+   if (! bDefaultKept && column.sGenerator.isEmpty() && ! sDefault.isEmpty()) { property.setMetaData(model::sql_meta::k_sDefault, sDefault); }
+}
+
+void type_mapping::keepTableForm(const db_catalog & catalog, const db_table & table, model::entity & entity)
+{
+   if (table.bView) { return; }
+   QJsonArray lstIndexes;
+   for (const db_index & i : table.lstIndexes)
+   {
+      // An expression's column has no name: such an index is left out.
+      if (((i.lstColumns.size() < 2) && ! i.hasPrefix()) || i.lstColumns.contains(QString())) { continue; }
+      QJsonArray lstLengths;
+      for (int iLength : i.lstLengths) { lstLengths.append(iLength); }
+      lstIndexes.append(QJsonObject { { "unique", i.bUnique }, { "columns", QJsonArray::fromStringList(i.lstColumns) }, { "lengths", lstLengths } });
+   }
+   if (! lstIndexes.isEmpty()) { entity.setMetaData(model::sql_meta::k_sIndexes, QString::fromUtf8(QJsonDocument(lstIndexes).toJson(QJsonDocument::Compact))); }
+   QJsonArray lstKeys;
+   for (const db_foreign_key & k : table.lstForeignKeys)
+   {
+      if ((table.lstPrimaryKey.size() != 1) || (k.lstColumns != table.lstPrimaryKey) || (k.lstTargetColumns.size() != 1)) { continue; }
+      const QString sTarget = ((k.sTargetSchema == catalog.sDefaultSchema) ? k.sTargetTable : (k.sTargetSchema + "." + k.sTargetTable));
+      lstKeys.append(QJsonObject { { "column", k.lstColumns.first() }, { "table", sTarget }, { "target", k.lstTargetColumns.first() } });
+   }
+   if (! lstKeys.isEmpty()) { entity.setMetaData(model::sql_meta::k_sForeignKeys, QString::fromUtf8(QJsonDocument(lstKeys).toJson(QJsonDocument::Compact))); }
+}
+
+namespace {
+
+bool followMeta(model::persistable & kept, const model::persistable & fresh, const QList<QLatin1String> & lstKeys)
+{
+   QMap<QString, QString> map = kept.getAllMetaData();
+   const QMap<QString, QString> & mapFresh = fresh.getAllMetaData();
+   bool bChanged = false;
+   for (const QLatin1String & k : lstKeys)
+   {
+      if (map.value(k) == mapFresh.value(k) && (map.contains(k) == mapFresh.contains(k))) { continue; }
+      bChanged = true;
+      if (mapFresh.contains(k)) { map.insert(k, mapFresh.value(k)); } else { map.remove(k); }
+   }
+   if (bChanged) { kept.setAllMetaData(map); }
+   return bChanged;
+}
+
+} // namespace
+
+bool type_mapping::followSqlForm(model::property & kept, const model::property & fresh)
+{
+   bool bChanged = false;
+   const bool bUsers = (! kept.getForceSqlType().isEmpty() && kept.getMetaData(model::sql_meta::k_sTypeDialect).toString().isEmpty());
+   if (! bUsers && (kept.getForceSqlType() != fresh.getForceSqlType())) { kept.setForceSqlType(fresh.getForceSqlType()); bChanged = true; }
+   QList<QLatin1String> lstKeys { model::sql_meta::k_sAutoIncrement, model::sql_meta::k_sDefault, model::sql_meta::k_sValues };
+   if (! bUsers) { lstKeys.append(model::sql_meta::k_sTypeDialect); }
+   return followMeta(kept, fresh, lstKeys) || bChanged;
+}
+
+bool type_mapping::followSqlForm(model::entity & kept, const model::entity & fresh)
+{
+   return followMeta(kept, fresh, { model::sql_meta::k_sIndexes, model::sql_meta::k_sForeignKeys });
+}
 
 type_mapping::result type_mapping::map(enum_dialect eDialect, const db_column & column, const import_options & options)
 {

@@ -188,8 +188,25 @@ TEST_P(ImportSchemas, CompositeKeysAndKeylessTablesStayPlainWithAWarning)
 
 // The same schema gives the same model from every database (the view's computed column aside,
 // whose type each database derives its own way; the type table has its own test), so the
-// compile check of the SQLite import holds for all three.
-class ImportSameModel : public ImportSchemas { };
+// compile check of the SQLite import holds for all three. What each database keeps for the SQL
+// export in its own spelling (own types, numbering, defaults) is left out of the comparison.
+class ImportSameModel : public ImportSchemas
+{
+protected:
+   static void leaveOutSqlForms(model::project & project)
+   {
+      for (const model::entity_ptr & pEntity : * project.getListOfAllEntities())
+      {
+         for (const model::property_ptr & p : pEntity->getOwnProperties())
+         {
+            if (! p->getMetaData("TAVREL_SQL_DIALECT").toString().isEmpty()) { p->setForceSqlType(QString()); }
+            QMap<QString, QString> map = p->getAllMetaData();
+            map.removeIf([](const auto & it) { return it.key().startsWith("TAVREL_SQL_") || (it.key() == "TAVREL_AUTO_INCREMENT"); });
+            p->setAllMetaData(map);
+         }
+      }
+   }
+};
 
 TEST_P(ImportSameModel, AsFromSqlite)
 {
@@ -202,6 +219,8 @@ TEST_P(ImportSameModel, AsFromSqlite)
       const import_test::import_run fromSqlite = import_test::importSource(sUrl, options);
       const import_test::import_run r = import(sSchema, options);
       ASSERT_TRUE(r.bOk && fromSqlite.bOk);
+      leaveOutSqlForms(* r.pProject);
+      leaveOutSqlForms(* fromSqlite.pProject);
       EXPECT_EQ(storage::project_storage::toJson(* r.pProject).toStdString(), storage::project_storage::toJson(* fromSqlite.pProject).toStdString()) << sSchema.toStdString();
    }
 }

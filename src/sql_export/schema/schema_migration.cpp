@@ -118,6 +118,13 @@ QList<derived_object> planner::derivedObjects(const sql_schema & s) const
             lst.append(derived_object { sKind + '|' + sName + '|' + t.sKey + '|' + c.sKey, t.sKey, sText, sCreate, sDrop, false });
          }
       }
+      for (const sql_index & i : t.lstIndexes)
+      {
+         const QString sName = schema_script::indexName(t, i, m_d);
+         const QString sDrop = "DROP INDEX IF EXISTS " + m_d.quote(sName) + ((m_d.kind() == dialect_mariadb) ? " ON " + sTable : QString()) + ";\n";
+         const QString sText = (i.bUnique ? "unique index " : "index ") + sName + " of table " + t.sName;
+         lst.append(derived_object { "ixs|" + sName + '|' + t.sKey + '|' + schema_script::createIndex(t, i, m_d), t.sKey, sText, schema_script::createIndex(t, i, m_d), sDrop, false });
+      }
       // SQLite changes no key in place: a table whose keys change is rebuilt.
       if (m_d.kind() == dialect_sqlite) { continue; }
       for (const sql_foreign_key & k : t.lstForeignKeys)
@@ -210,6 +217,9 @@ migration_plan planner::run()
       add("drop " + x.sText, x.sDrop);
    }
    for (const sql_table & o : m_from.lstTables) { if (! m_hashTo.contains(o.sKey)) { add("drop table " + o.sName, "DROP TABLE " + m_d.quote(o.sName) + ";\n", true); } }
+   // PostgreSQL's enumeration types before the columns of that type.
+   const QString sTypes = schema_script::enumerationTypes(m_to.lstTables, m_d, schema_script::enumerationTypeNames(m_from.lstTables, m_d));
+   if (! sTypes.isEmpty()) { add("create the enumeration types", sTypes); }
    for (const sql_table & n : m_to.lstTables)
    {
       const int i = m_hashFrom.value(n.sKey, -1);

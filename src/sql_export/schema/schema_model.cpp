@@ -1,5 +1,8 @@
 #include "sql_export/schema/schema_model.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QSet>
 
 #include <algorithm>
@@ -9,6 +12,7 @@
 #include "model/property.h"
 #include "model/property_type.h"
 #include "model/relationship.h"
+#include "model/sql_meta.h"
 #include "sql_export/schema/sql_types.h"
 
 namespace sql_export {
@@ -25,6 +29,30 @@ QString cppTypeOf(const model::property & p)
    return pType->getPrimitiveType();
 }
 
+// The dialect as import-db names it in the model.
+QString dialectKey(const sql_dialect & dialect)
+{
+   switch (dialect.kind())
+   {
+      case dialect_postgresql: return QStringLiteral("postgresql");
+      case dialect_mariadb: return QStringLiteral("mariadb");
+      default: return QStringLiteral("sqlite");
+   }
+}
+
+// What import-db kept of the column beyond the C++ side: its generator, its allowed values, a
+// default the C++ default cannot hold (the only default of a foreign-key column).
+void keepColumnForm(sql_column & c, const model::property & p, const sql_dialect & dialect)
+{
+   c.sGenerator = p.getMetaData(model::sql_meta::k_sAutoIncrement).toString();
+   if (c.sGenerator == "0" || c.sGenerator == "false") { c.sGenerator.clear(); }
+   const QString sValues = p.getMetaData(model::sql_meta::k_sValues).toString();
+   if (! sValues.isEmpty()) { c.lstValues = sValues.split('\n'); }
+   // A numbered column takes its values from its generator alone.
+   if (! c.sGenerator.isEmpty()) { c.sDefault.clear(); return; }
+   if (c.sDefault.isEmpty()) { c.sDefault = sql_types::sqlDefaultLiteral(dialect, p.getMetaData(model::sql_meta::k_sDefault).toString()); }
+}
+
 QString entityLabel(const model::property & p)
 {
    const model::entity_ptr pEntity = p.getEntity();
@@ -34,8 +62,18 @@ QString entityLabel(const model::property & p)
 // The type of a column, and a warning naming the property when its type has no SQL form.
 QString columnType(const model::property & p, const sql_dialect & dialect, bool bKeyed, QStringList & lstWarnings)
 {
-   if (! p.getForceSqlType().isEmpty()) { return p.getForceSqlType(); }
+   const QString sForced = p.getForceSqlType();
+   const QString sFrom = p.getMetaData(model::sql_meta::k_sTypeDialect).toString();
+   // A type read from another database is written in this one's spelling.
+   if (! sForced.isEmpty() && (sFrom.isEmpty() || (sFrom == dialectKey(dialect)))) { return sForced; }
+   const sql_types::translation t = (sForced.isEmpty() ? sql_types::translation() : sql_types::translate(dialect, sForced));
+   if (! t.sType.isEmpty() && ! t.sLoss.isEmpty())
+   { lstWarnings.append(QString("%1: type '%2' of %3 written as %4: %5").arg(entityLabel(p), sForced, sFrom, t.sType, t.sLoss)); }
+   if (! t.sType.isEmpty()) { return t.sType; }
    const QString sCpp = cppTypeOf(p);
+   // An enumeration type of another database: its values are written instead (see keepColumnForm).
+   if (! sForced.isEmpty() && p.getMetaData(model::sql_meta::k_sValues).toString().isEmpty())
+   { lstWarnings.append(QString("%1: type '%2' of %3 has no form in %4, written from its C++ type").arg(entityLabel(p), sForced, sFrom, dialect.name())); }
    const sql_types::result r = sql_types::map(dialect, sCpp, p.getMaxLength().toInt(), bKeyed);
    if (! r.bKnown) { lstWarnings.append(QString("%1: type '%2' has no SQL mapping, written as text").arg(entityLabel(p), sCpp)); }
    return r.sType;
@@ -61,10 +99,14 @@ void addKeyColumn(sql_table & table, const model::property & p, const QString & 
    c.sKey = itemKey("p", p.getId(), sColumn);
    c.sName = sColumn;
    c.sType = (pTargetKey ? columnType(* pTargetKey, dialect, true, lstWarnings) : sql_types::map(dialect, "long", 0, true).sType);
-   c.bNotNull = ! p.getAllowNull();
+   // A foreign key may be part of a key of several columns.
+   c.bNotNull = (p.isPrimaryKey() || ! p.getAllowNull());
+   c.bUnique = (p.getUnique() && ! p.isPrimaryKey());
    c.bIndex = p.isIndex();
    c.sComment = p.getDescription();
+   keepColumnForm(c, p, dialect);
    table.lstColumns.append(c);
+   if (p.isPrimaryKey()) { table.lstPrimaryKey.append(sColumn); }
    if (pTarget && ! pTarget->isAbstract() && pTargetKey)
    { table.lstForeignKeys.append(sql_foreign_key { sColumn, schema_builder::tableName(* pTarget), schema_builder::columnName(* pTargetKey) }); }
 }
@@ -84,6 +126,9 @@ void addColumn(sql_table & table, const model::property & p, const sql_dialect &
    c.bIndex = p.isIndex();
    if (p.getType()) { c.sDefault = sql_types::defaultLiteral(dialect, cppTypeOf(p), p.getType()->getDefaultValue()); }
    c.sComment = p.getDescription();
+   keepColumnForm(c, p, dialect);
+   // SQLite numbers rows only in a column declared exactly INTEGER PRIMARY KEY.
+   if (! c.sGenerator.isEmpty() && (dialect.kind() == dialect_sqlite)) { c.sType = QStringLiteral("INTEGER"); }
    table.lstColumns.append(c);
    if (p.isPrimaryKey()) { table.lstPrimaryKey.append(sColumn); }
 }
@@ -137,6 +182,55 @@ model::list_of_property registeredProperties(const model::entity & entity, const
    return lstResult;
 }
 
+// A key of several columns in the order the model declares them (relations are registered last).
+QStringList declaredKeyOrder(const model::entity & entity, const QStringList & lstKey)
+{
+   QList<const model::entity *> lstChain;
+   for (const model::entity * p = & entity; p && (lstChain.size() <= 1000); p = p->getParent().get()) { lstChain.prepend(p); }
+   QStringList lst;
+   for (const model::entity * pEntity : lstChain)
+   {
+      for (const model::property_ptr & p : pEntity->getOwnProperties())
+      {
+         const QString sColumn = (p ? schema_builder::columnName(* p) : QString());
+         if (lstKey.contains(sColumn) && ! lst.contains(sColumn)) { lst.append(sColumn); }
+      }
+   }
+   return lst;
+}
+
+// What import-db kept of the table beyond its properties: indexes of several columns or of a
+// prefix, and a foreign key on the key column itself. Columns the table does not have are passed over.
+void keepTableForm(sql_table & t, const model::entity & entity, const sql_dialect & dialect, QStringList & lstWarnings)
+{
+   const auto hasColumn = [&t](const QString & s) { for (const sql_column & c : t.lstColumns) { if (c.sName == s) { return true; } } return false; };
+   const QJsonArray lstIndexes = QJsonDocument::fromJson(entity.getMetaData(model::sql_meta::k_sIndexes).toString().toUtf8()).array();
+   for (const QJsonValue & v : lstIndexes)
+   {
+      sql_index i;
+      i.bUnique = v.toObject().value("unique").toBool();
+      const QJsonArray lstLengths = v.toObject().value("lengths").toArray();
+      bool bKnown = true;
+      for (const QJsonValue & c : v.toObject().value("columns").toArray())
+      {
+         bKnown = bKnown && hasColumn(c.toString());
+         i.lstColumns.append(c.toString());
+         const int iLength = lstLengths.at(i.lstLengths.size()).toInt();
+         i.lstLengths.append(((iLength > 0) && (iLength <= 65535)) ? iLength : 0);
+      }
+      if (! bKnown || i.lstColumns.isEmpty()) { continue; }
+      if ((dialect.kind() != dialect_mariadb) && i.lstLengths.count(0) != i.lstLengths.size())
+      { lstWarnings.append(QString("%1: index (%2) of a prefix is made on the whole columns in %3").arg(entity.getName(), i.lstColumns.join(", "), dialect.name())); }
+      t.lstIndexes.append(i);
+   }
+   const QJsonArray lstKeys = QJsonDocument::fromJson(entity.getMetaData(model::sql_meta::k_sForeignKeys).toString().toUtf8()).array();
+   for (const QJsonValue & v : lstKeys)
+   {
+      const sql_foreign_key k { v.toObject().value("column").toString(), v.toObject().value("table").toString(), v.toObject().value("target").toString() };
+      if (hasColumn(k.sColumn) && ! k.sTargetTable.isEmpty() && ! k.sTargetColumn.isEmpty()) { t.lstForeignKeys.append(k); }
+   }
+}
+
 } // namespace
 
 QString schema_builder::tableName(const model::entity & entity)
@@ -177,6 +271,8 @@ sql_table schema_builder::tableOf(const model::entity & entity, const sql_dialec
       addColumn(t, * p, dialect, lstWarnings);
       if (! options.bComments) { t.lstColumns.last().sComment.clear(); }
    }
+   if (t.lstPrimaryKey.size() > 1) { t.lstPrimaryKey = declaredKeyOrder(entity, t.lstPrimaryKey); }
+   keepTableForm(t, entity, dialect, lstWarnings);
    const QString sSoftDelete = entity.getSoftDeleteColumn();
    if (! sSoftDelete.isEmpty() && ! setColumns.contains(sSoftDelete))
    {

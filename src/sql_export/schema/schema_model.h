@@ -21,6 +21,11 @@ struct sql_column
    bool bIndex = false;
    QString sDefault;   // an SQL literal, or empty
    QString sComment;
+   // How the database numbers new rows ("autoincrement", "identity", "identity always",
+   // "serial"), empty when it does not.
+   QString sGenerator;
+   // The only values the column takes (an enumeration type of the database it was read from).
+   QStringList lstValues;
 };
 
 struct sql_foreign_key
@@ -28,6 +33,14 @@ struct sql_foreign_key
    QString sColumn;
    QString sTargetTable;
    QString sTargetColumn;
+};
+
+// An index no column flag holds: of several columns, or of a column's first characters.
+struct sql_index
+{
+   bool bUnique = false;
+   QStringList lstColumns;
+   QList<int> lstLengths;   // per column: the prefix length (MariaDB only), 0 for the whole column
 };
 
 struct sql_table
@@ -39,6 +52,7 @@ struct sql_table
    QList<sql_column> lstColumns;
    QStringList lstPrimaryKey;
    QList<sql_foreign_key> lstForeignKeys;
+   QList<sql_index> lstIndexes;
 };
 
 struct sql_schema

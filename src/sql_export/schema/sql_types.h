@@ -23,6 +23,17 @@ public:
    static result map(const sql_dialect & dialect, const QString & sCppType, int iMaxLength, bool bKeyed);
    // The model's default as an SQL literal of that C++ type, or empty when it has none.
    static QString defaultLiteral(const sql_dialect & dialect, const QString & sCppType, const QString & sDefault);
+   // A default as import-db keeps it when the C++ default cannot hold it ('text', a number,
+   // CURRENT_TIMESTAMP, CURRENT_DATE, CURRENT_TIME) written for the database; empty for another text.
+   static QString sqlDefaultLiteral(const sql_dialect & dialect, const QString & sDefault);
+
+   struct translation
+   {
+      QString sType;   // empty when the type has no form in the target database
+      QString sLoss;   // what the target's type does not keep, empty when nothing
+   };
+   // A type read from another database (its own spelling, as import-db forces it) in the target's.
+   static translation translate(const sql_dialect & target, const QString & sType);
 };
 
 } // namespace sql_export

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QLatin1String>
+
+namespace model {
+
+// Meta data of a property that tells the SQL export what the C++ side of the model cannot: set
+// by import-db, kept in the project file and the JSON model like any meta data.
+namespace sql_meta {
+
+// How the database numbers new rows: "autoincrement", "identity", "identity always" or "serial".
+inline const QLatin1String k_sAutoIncrement("TAVREL_AUTO_INCREMENT");
+// The database ("sqlite", "postgresql", "mariadb") whose spelling the forced SQL type is in.
+inline const QLatin1String k_sTypeDialect("TAVREL_SQL_DIALECT");
+// A default the C++ default cannot hold: a quoted text ('' too), a number or CURRENT_TIMESTAMP,
+// CURRENT_DATE, CURRENT_TIME; also the default of a foreign-key column.
+inline const QLatin1String k_sDefault("TAVREL_SQL_DEFAULT");
+// The values a column allows (an enumeration type of the database), one a line.
+inline const QLatin1String k_sValues("TAVREL_SQL_VALUES");
+
+// Entity meta data: the indexes no property flag holds (of several columns, or of a prefix), as
+// a JSON array of {"unique": bool, "columns": [names], "lengths": [prefix lengths, 0 for whole]}.
+inline const QLatin1String k_sIndexes("TAVREL_SQL_INDEXES");
+// Entity meta data: foreign keys no relation holds (on the primary-key column itself), as a JSON
+// array of {"column": name, "table": target table, "target": target column}.
+inline const QLatin1String k_sForeignKeys("TAVREL_SQL_FOREIGN_KEYS");
+
+} // namespace sql_meta
+
+} // namespace model
