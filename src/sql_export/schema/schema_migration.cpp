@@ -105,14 +105,14 @@ QList<derived_object> planner::derivedObjects(const sql_schema & s) const
    QList<derived_object> lst;
    for (const sql_table & t : s.lstTables)
    {
-      const QString sTable = m_d.quote(t.sName);
+      const QString sTable = m_d.table(t.sName);
       for (const sql_column & c : t.lstColumns)
       {
          for (const QString & sKind : { QString("ux"), QString("ix") })
          {
             if (! ((sKind == "ux") ? c.bUnique : c.bIndex)) { continue; }
             const QString sName = m_d.objectName(sKind, t.sName, c.sName);
-            const QString sDrop = "DROP INDEX IF EXISTS " + m_d.quote(sName) + ((m_d.kind() == dialect_mariadb) ? " ON " + sTable : QString()) + ";\n";
+            const QString sDrop = "DROP INDEX IF EXISTS " + m_d.indexName(t.sName, sName) + ((m_d.kind() == dialect_mariadb) ? " ON " + sTable : QString()) + ";\n";
             const QString sCreate = ((sKind == "ux") ? "CREATE UNIQUE INDEX " : "CREATE INDEX ") + m_d.quote(sName) + " ON " + sTable + " (" + m_d.quote(c.sName) + ");\n";
             const QString sText = ((sKind == "ux") ? "unique index " : "index ") + sName + " of table " + t.sName;
             lst.append(derived_object { sKind + '|' + sName + '|' + t.sKey + '|' + c.sKey, t.sKey, sText, sCreate, sDrop, false });
@@ -209,7 +209,7 @@ migration_plan planner::run()
       if (x.bForeignKey || setNew.contains(x.sIdentity) || ! m_hashTo.contains(x.sTableKey) || m_setRebuilt.contains(x.sTableKey)) { continue; }
       add("drop " + x.sText, x.sDrop);
    }
-   for (const sql_table & o : m_from.lstTables) { if (! m_hashTo.contains(o.sKey)) { add("drop table " + o.sName, "DROP TABLE " + m_d.quote(o.sName) + ";\n", true); } }
+   for (const sql_table & o : m_from.lstTables) { if (! m_hashTo.contains(o.sKey)) { add("drop table " + o.sName, "DROP TABLE " + m_d.table(o.sName) + ";\n", true); } }
    for (const sql_table & n : m_to.lstTables)
    {
       const int i = m_hashFrom.value(n.sKey, -1);

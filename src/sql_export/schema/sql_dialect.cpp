@@ -78,6 +78,31 @@ QString sql_dialect::quote(const QString & sIdentifier) const
    return cQuote + s + cQuote;
 }
 
+QString sql_dialect::schemaOf(const QString & sTable) const
+{
+   const qsizetype i = sTable.indexOf('.');
+   if ((m_eDialect == dialect_sqlite) || (i <= 0) || (i == sTable.size() - 1)) { return QString(); }
+   return sTable.left(i);
+}
+
+QString sql_dialect::bareTable(const QString & sTable) const
+{
+   const QString sSchema = schemaOf(sTable);
+   return (sSchema.isEmpty() ? sTable : sTable.mid(sSchema.size() + 1));
+}
+
+QString sql_dialect::table(const QString & sTable) const
+{
+   const QString sSchema = schemaOf(sTable);
+   return (sSchema.isEmpty() ? quote(sTable) : quote(sSchema) + '.' + quote(bareTable(sTable)));
+}
+
+QString sql_dialect::indexName(const QString & sTable, const QString & sIndex) const
+{
+   const QString sSchema = ((m_eDialect == dialect_postgresql) ? schemaOf(sTable) : QString());
+   return (sSchema.isEmpty() ? quote(sIndex) : quote(sSchema) + '.' + quote(sIndex));
+}
+
 QString sql_dialect::literal(const QString & sText) const
 {
    QString s = sText;
@@ -93,7 +118,9 @@ QString sql_dialect::literal(const QString & sText) const
 
 QString sql_dialect::objectName(const QString & sPrefix, const QString & sTable, const QString & sColumn) const
 {
-   const QString s = sPrefix + '_' + sTable + '_' + sColumn;
+   // A schema's dot would read as a qualifier: an index or a key is named within its schema.
+   QString s = sPrefix + '_' + sTable + '_' + sColumn;
+   s.replace('.', '_');
    if (s.size() <= maxNameLength()) { return s; }
    const QByteArray sum = QCryptographicHash::hash(s.toUtf8(), QCryptographicHash::Sha1).toHex().left(8);
    return s.left(maxNameLength() - 9) + '_' + QString::fromLatin1(sum);

@@ -1,0 +1,162 @@
+// Migrations applied to databases holding rows, on SQLite, PostgreSQL and MariaDB: renames given
+// on the command line keep their values, a failing step leaves the database as it was, tables
+// of another schema are named by schema and table.
+
+#include <gtest/gtest.h>
+
+#include "model/project.h"
+#include "sql_apply_target.h"
+#include "sql_export/schema/schema_migration.h"
+#include "test_support.h"
+
+using namespace sql_test;
+
+namespace {
+
+const ::testing::Environment * const s_pEnvironment = db_support::db_environment::install();
+
+// Two versions without ids: the customer becomes a client, its city a town, its score goes, an
+// e-mail and a purchase note come.
+const char * const k_sShopBefore = R"({ "name": "SHOP", "entities": [
+   {"name": "Customer", "table": "customer", "properties": [
+     {"name": "id", "type": "long", "primary_key": true}, {"name": "name", "type": "QString", "max_length": 60},
+     {"name": "city", "type": "QString", "max_length": 40}, {"name": "score", "type": "int"} ]},
+   {"name": "Purchase", "table": "purchase", "properties": [
+     {"name": "id", "type": "long", "primary_key": true}, {"name": "total", "type": "int"},
+     {"name": "customer", "relation": {"kind": "many_to_one", "target": "Customer"}} ]} ] })";
+const char * const k_sShopAfter = R"({ "name": "SHOP", "entities": [
+   {"name": "Client", "table": "client", "properties": [
+     {"name": "id", "type": "long", "primary_key": true}, {"name": "name", "type": "QString", "max_length": 60},
+     {"name": "town", "type": "QString", "max_length": 40}, {"name": "email", "type": "QString", "max_length": 80} ]},
+   {"name": "Purchase", "table": "purchase", "properties": [
+     {"name": "id", "type": "long", "primary_key": true}, {"name": "total", "type": "int"},
+     {"name": "note", "type": "QString"},
+     {"name": "customer", "relation": {"kind": "many_to_one", "target": "Client"}} ]} ] })";
+
+class SqlApply : public sql_apply_test
+{
+protected:
+   QString write(const QString & sName, const QByteArray & json)
+   {
+      const QString s = m_dir.filePath(sName);
+      EXPECT_TRUE(test_support::writeAll(s, json));
+      return s;
+   }
+
+   // The SQL of "tavrel migrate" for this database, or empty with the failure.
+   QString migrate(const QStringList & args)
+   {
+      const test_support::cli_result r = test_support::runTavrel(QStringList { "migrate" } + args + QStringList { "--dialect", dialectName() });
+      EXPECT_EQ(r.code, 0) << r.err.toStdString();
+      return ((r.code == 0) ? r.out : QString());
+   }
+};
+
+using SqlApplyInOneTransaction = SqlApply;
+using SqlApplySchemas = SqlApply;
+
+} // namespace
+
+TEST_P(SqlApply, RenameAddAndDropKeepRowsAndRenamedValues)
+{
+   QString sError;
+   ASSERT_TRUE(freshDatabase("sqlx_apply_shop", sError)) << sError.toStdString();
+   const QString sEmpty = write("empty.json", R"({"name": "SHOP", "entities": []})");
+   const QString sBefore = write("before.json", k_sShopBefore), sAfter = write("after.json", k_sShopAfter);
+   const QString sCreate = migrate({ sEmpty, sBefore });
+   ASSERT_FALSE(sCreate.isEmpty());
+   ASSERT_TRUE(run(sCreate, sError)) << sError.toStdString();
+   QString sRows;
+   QStringList lstCities, lstCustomers;
+   for (int i = 1; i <= 40; ++i)
+   {
+      lstCities.append(QString("Town %1").arg(i % 7));
+      sRows += QString("INSERT INTO customer (id, name, city, score) VALUES (%1, 'C%1', '%2', %3);\n").arg(i).arg(lstCities.last()).arg(i * 3);
+   }
+   for (int i = 1; i <= 120; ++i)
+   {
+      lstCustomers.append(QString::number(1 + (i % 40)));
+      sRows += QString("INSERT INTO purchase (id, total, customer) VALUES (%1, %2, %3);\n").arg(i).arg(i * 10).arg(lstCustomers.last());
+   }
+   ASSERT_TRUE(run(sRows, sError)) << sError.toStdString();
+
+   const QString sMigration = migrate({ sBefore, sAfter, "--rename", "Customer=Client", "--rename", "Client.city=town", "--allow-destructive" });
+   ASSERT_FALSE(sMigration.isEmpty());
+   ASSERT_TRUE(run(sMigration, sError)) << sError.toStdString() << "\n" << sMigration.toStdString();
+   EXPECT_EQ(values("SELECT COUNT(*) FROM client"), QStringList("40"));
+   EXPECT_EQ(values("SELECT COUNT(*) FROM purchase"), QStringList("120"));
+   EXPECT_EQ(values("SELECT town FROM client ORDER BY id"), lstCities);
+   EXPECT_EQ(values("SELECT name FROM client WHERE id = 17"), QStringList("C17"));
+   EXPECT_EQ(values("SELECT customer FROM purchase ORDER BY id"), lstCustomers);
+   EXPECT_EQ(values("SELECT COUNT(email) FROM client"), QStringList("0"));
+   EXPECT_EQ(values("SELECT COUNT(note) FROM purchase"), QStringList("0"));
+   EXPECT_TRUE(values("SELECT score FROM client").value(0).startsWith("error:"));
+   EXPECT_TRUE(values("SELECT COUNT(*) FROM customer").value(0).startsWith("error:"));
+   // The key still guards the renamed table.
+   EXPECT_FALSE(run("INSERT INTO purchase (id, total, customer) VALUES (999, 1, 4242);\n", sError));
+}
+
+// The table is renamed and gets a column before its code becomes unique, which the rows there
+// refuse: nothing of it may stay.
+TEST_P(SqlApplyInOneTransaction, FailingStepLeavesTheDatabaseUnchanged)
+{
+   const QString sModel = R"({ "name": "STORE", "entities": [ {"id": 1, "name": "Item", "table": "%1", "properties": [
+      {"id": 1, "name": "id", "type": "long", "primary_key": true}, {"id": 2, "name": "code", "type": "QString", "max_length": 20%2}%3 ]} ] })";
+   const model::project_ptr pBefore = modelFromJson(sModel.arg("item", "", "").toUtf8());
+   const model::project_ptr pAfter = modelFromJson(sModel.arg("article", R"(, "unique": true)", R"(, {"id": 3, "name": "colour", "type": "QString"})").toUtf8());
+   ASSERT_TRUE(pBefore && pAfter);
+   QString sError;
+   ASSERT_TRUE(freshDatabase("sqlx_apply_atomic", sError)) << sError.toStdString();
+   ASSERT_TRUE(run(scriptOf(* pBefore, dialect()) + "INSERT INTO item (id, code) VALUES (1, 'A');\nINSERT INTO item (id, code) VALUES (2, 'A');\n", sError)) << sError.toStdString();
+   const sql_export::sql_dialect d(dialect());
+   const sql_export::migration_plan plan = sql_export::schema_migration::plan(sql_export::schema_builder::build(* pBefore, d, {}),
+                                                                              sql_export::schema_builder::build(* pAfter, d, {}), d);
+   const QString sScript = sql_export::schema_migration::write(plan, d, { "STORE", "a" }, { "STORE", "b" });
+   ASSERT_TRUE(sScript.contains("RENAME TO article"));
+   EXPECT_FALSE(run(sScript, sError));
+   EXPECT_EQ(values("SELECT COUNT(*) FROM item"), QStringList("2"));
+   EXPECT_TRUE(values("SELECT COUNT(*) FROM article").value(0).startsWith("error:"));
+   EXPECT_TRUE(values("SELECT colour FROM item").value(0).startsWith("error:"));
+}
+
+// Tables of the schema "sales": made, renamed, one moved to another schema, an index dropped.
+TEST_P(SqlApplySchemas, TablesOfAnotherSchemaAreNamedBySchemaAndTable)
+{
+   const QString sModel = R"({ "name": "SALES", "entities": [
+      {"id": 1, "name": "Order", "table": "%1", "description": "%3", "properties": [
+        {"id": 1, "name": "id", "type": "long", "primary_key": true},
+        {"id": 2, "name": "reference", "type": "QString", "max_length": 20, "unique": true},
+        {"id": 3, "name": "placed", "type": "int", "index": %4} ]},
+      {"id": 2, "name": "OrderLine", "table": "%2", "properties": [
+        {"id": 10, "name": "id", "type": "long", "primary_key": true},
+        {"id": 11, "name": "quantity", "type": "int", "description": "%3"},
+        {"id": 12, "name": "owner", "relation": {"kind": "many_to_one", "target": "Order"}} ]} ] })";
+   const model::project_ptr pBefore = modelFromJson(sModel.arg("sales.orders", "sales.order_line", "first", "true").toUtf8());
+   const model::project_ptr pAfter = modelFromJson(sModel.arg("sales.purchase", "archive.order_line", "second", "false").toUtf8());
+   ASSERT_TRUE(pBefore && pAfter);
+   QString sError;
+   ASSERT_TRUE(freshDatabase("sqlx_apply_schemas", sError)) << sError.toStdString();
+   const QString sScript = scriptOf(* pBefore, dialect());
+   EXPECT_TRUE(sScript.contains("CREATE TABLE sales.orders (")) << sScript.toStdString();
+   ASSERT_TRUE(run(sScript, sError)) << sError.toStdString() << "\n" << sScript.toStdString();
+   ASSERT_TRUE(run("INSERT INTO sales.orders (id, reference, placed) VALUES (1, 'R1', 5);\nINSERT INTO sales.order_line (id, quantity, owner) VALUES (1, 3, 1);\n", sError)) << sError.toStdString();
+   const QString sTables = "SELECT table_schema || '.' || table_name FROM information_schema.tables WHERE table_schema IN ('sales', 'archive', 'public') ORDER BY 1";
+   EXPECT_EQ(values(sTables), QStringList({ "sales.order_line", "sales.orders" }));
+   const sql_export::sql_dialect d(dialect());
+   const sql_export::migration_plan plan = sql_export::schema_migration::plan(sql_export::schema_builder::build(* pBefore, d, {}),
+                                                                              sql_export::schema_builder::build(* pAfter, d, {}), d);
+   const QString sMigration = sql_export::schema_migration::write(plan, d, { "SALES", "a" }, { "SALES", "b" });
+   ASSERT_TRUE(run(sMigration, sError)) << sError.toStdString() << "\n" << sMigration.toStdString();
+   EXPECT_EQ(values(sTables), QStringList({ "archive.order_line", "sales.purchase" }));
+   EXPECT_EQ(values("SELECT indexname FROM pg_indexes WHERE schemaname = 'sales' ORDER BY 1"), QStringList({ "purchase_pkey", "ux_sales_purchase_reference" }));
+   EXPECT_EQ(values("SELECT owner FROM archive.order_line"), QStringList("1"));
+   EXPECT_FALSE(run("INSERT INTO archive.order_line (id, quantity, owner) VALUES (2, 1, 77);\n", sError));
+}
+
+INSTANTIATE_TEST_SUITE_P(SQLite, SqlApply, ::testing::Values(apply_sqlite), applyKindName);
+INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlApply, ::testing::Values(apply_postgresql), applyKindName);
+INSTANTIATE_TEST_SUITE_P(MariaDB, SqlApply, ::testing::Values(apply_mariadb), applyKindName);
+// MariaDB commits each schema change on its own: no one transaction to check there.
+INSTANTIATE_TEST_SUITE_P(SQLite, SqlApplyInOneTransaction, ::testing::Values(apply_sqlite), applyKindName);
+INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlApplyInOneTransaction, ::testing::Values(apply_postgresql), applyKindName);
+INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlApplySchemas, ::testing::Values(apply_postgresql), applyKindName);
