@@ -11,6 +11,7 @@
 #include "model/entity.h"
 #include "model/project.h"
 #include "model/property.h"
+#include "model/schema_items.h"
 #include "sql_export/schema/schema_migration.h"
 #include "sql_export/schema/script_file.h"
 #include "tools/terminal_text.h"
@@ -155,6 +156,10 @@ int cli_migrate::run(const QStringList & args)
       model::project_ptr & p = (i == 0 ? pOld : pNew);
       const zy::ZyBool ok = cli_diagram::readModel(lstFiles.at(i), p);
       if (! ok || ! p) { return message(ok.getDesc().isEmpty() ? "cannot read '" + lstFiles.at(i) + "'" : ok.getDesc(), 1); }
+      // Two entities on one table: no database holds that model.
+      zy::ZyInvalidValueX lstShared;
+      model::schema_items::appendSharedTables(lstShared, * p->getListOfAllEntities());
+      if (! lstShared.isEmpty()) { return message("'" + lstFiles.at(i) + "': " + lstShared.first().getMessage(), 1); }
    }
    const QStringList lstRenames = parser.values("rename");
    const bool bByName = (! lstRenames.isEmpty() || ! carriesIds(lstFiles.at(0)) || ! carriesIds(lstFiles.at(1)));

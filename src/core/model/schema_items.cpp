@@ -151,6 +151,38 @@ void appendParentCycles(zy::ZyInvalidValueX & lst, const list_of_entity & lstEnt
    }
 }
 
+void appendSharedTables(zy::ZyInvalidValueX & lst, const list_of_entity & lstEntities)
+{
+   QHash<QString, qsizetype> hashFirst;
+   const auto claim = [&](const QString & sTable, qsizetype i, const QString & sWhat) {
+      const qsizetype iFirst = hashFirst.value(sTable.toLower(), -1);
+      if (iFirst < 0) { hashFirst.insert(sTable.toLower(), i); return; }
+      lst.append(zy::ZyInvalidValue(QString("%1 : %2 is also the table of %3").arg(entityLabel(lstEntities.at(i), i), sWhat,
+                                                                                entityLabel(lstEntities.at(iFirst), iFirst)), entityPath(i)));
+   };
+   for (qsizetype i = 0; i < lstEntities.size(); ++i)
+   {
+      const entity_ptr & p = lstEntities.at(i);
+      if (p && ! p->isAbstract() && ! (p->getName().isEmpty() && p->getTableName().isEmpty()))
+      {
+         const QString sTable = (p->getTableName().isEmpty() ? p->getName() : p->getTableName());
+         claim(sTable, i, "table '" + sTable + "'");
+      }
+   }
+   // Both sides of a relation may name its join table: only an entity's table clashes with it.
+   for (qsizetype i = 0; i < lstEntities.size(); ++i)
+   {
+      if (! lstEntities.at(i)) { continue; }
+      for (const property_ptr & pProperty : lstEntities.at(i)->getOwnProperties())
+      {
+         const relationship_ptr pRelation = (pProperty ? pProperty->getRelation() : relationship_ptr());
+         if (! pRelation || (pRelation->getType() != relationship::many_to_many) || pRelation->getExtraTable().isEmpty()) { continue; }
+         const qsizetype iFirst = hashFirst.value(pRelation->getExtraTable().toLower(), -1);
+         if ((iFirst >= 0) && lstEntities.at(iFirst)) { claim(pRelation->getExtraTable(), i, "join table '" + pRelation->getExtraTable() + "' of '" + pProperty->getName() + "'"); }
+      }
+   }
+}
+
 void checkEntity(zy::ZyInvalidValueX & lst, const entity_ptr & pEntity, qsizetype i,
                  const QHash<QString, qsizetype> & hashEntities, const QHash<QString, qsizetype> & hashEnums)
 {

@@ -80,9 +80,10 @@ QString sql_dialect::quote(const QString & sIdentifier) const
 
 QString sql_dialect::schemaOf(const QString & sTable) const
 {
-   const qsizetype i = sTable.indexOf('.');
-   if ((m_eDialect == dialect_sqlite) || (i <= 0) || (i == sTable.size() - 1)) { return QString(); }
-   return sTable.left(i);
+   // Only two plain names joined by one dot qualify: another name with a dot is one name.
+   static const QRegularExpression s_reQualified("^([A-Za-z_][A-Za-z0-9_]*)\\.[A-Za-z_][A-Za-z0-9_]*$");
+   if (m_eDialect == dialect_sqlite) { return QString(); }
+   return s_reQualified.match(sTable).captured(1);
 }
 
 QString sql_dialect::bareTable(const QString & sTable) const

@@ -22,8 +22,8 @@ public:
 
    // The name as written in the script: left bare when plain and no keyword, else quoted.
    QString quote(const QString & sIdentifier) const;
-   // A table's name as written in the script: "schema.table" is a table of another schema in
-   // PostgreSQL and MariaDB (quoted "schema"."table"), one name in SQLite.
+   // A table's name as written in the script: "schema.table" (two plain names) is a table of
+   // another schema in PostgreSQL and MariaDB, written "schema"."table"; one name in SQLite.
    QString table(const QString & sTable) const;
    // The schema part of a table's name, or empty (always in SQLite).
    QString schemaOf(const QString & sTable) const;
