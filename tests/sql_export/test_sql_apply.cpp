@@ -53,6 +53,7 @@ protected:
 };
 
 using SqlApplyInOneTransaction = SqlApply;
+using SqlApplyDescriptions = SqlApply;
 using SqlApplySchemas = SqlApply;
 
 } // namespace
@@ -153,10 +154,50 @@ TEST_P(SqlApplySchemas, TablesOfAnotherSchemaAreNamedBySchemaAndTable)
    EXPECT_FALSE(run("INSERT INTO archive.order_line (id, quantity, owner) VALUES (2, 1, 77);\n", sError));
 }
 
+// Descriptions changed and removed reach the database's catalog; a column added between two
+// others goes there in MariaDB, at the end elsewhere, and the script says so.
+TEST_P(SqlApplyDescriptions, DescriptionsAndPlacesOfNewColumnsFollowTheModel)
+{
+   const QString sModel = R"({ "name": "NOTES", "entities": [ {"id": 1, "name": "Note", "table": "note", "description": "%1", "properties": [
+      {"id": 1, "name": "id", "type": "long", "primary_key": true}, {"id": 2, "name": "title", "type": "QString", "description": "%2"}%3,
+      {"id": 3, "name": "body", "type": "QString", "description": "%4"} ]} ] })";
+   const model::project_ptr pBefore = modelFromJson(sModel.arg("old note", "old title", "", "old body").toUtf8());
+   const model::project_ptr pAfter = modelFromJson(sModel.arg("new note", "it's new", R"(, {"id": 4, "name": "subtitle", "type": "QString"})", "").toUtf8());
+   ASSERT_TRUE(pBefore && pAfter);
+   QString sError;
+   ASSERT_TRUE(freshDatabase("sqlx_apply_notes", sError)) << sError.toStdString();
+   ASSERT_TRUE(run(scriptOf(* pBefore, dialect()), sError)) << sError.toStdString();
+   const sql_export::sql_dialect d(dialect());
+   const sql_export::migration_plan plan = sql_export::schema_migration::plan(sql_export::schema_builder::build(* pBefore, d, {}),
+                                                                              sql_export::schema_builder::build(* pAfter, d, {}), d);
+   const QString sMigration = sql_export::schema_migration::write(plan, d, { "NOTES", "a" }, { "NOTES", "b" });
+   ASSERT_TRUE(run(sMigration, sError)) << sError.toStdString() << "\n" << sMigration.toStdString();
+   const bool bPg = (GetParam() == apply_postgresql);
+   if (bPg)
+   {
+      EXPECT_EQ(values("SELECT obj_description('note'::regclass, 'pg_class')"), QStringList("new note"));
+      const QString sColumn = "SELECT COALESCE(col_description('note'::regclass, attnum), '(none)') FROM pg_attribute WHERE attrelid = 'note'::regclass AND attname = '%1'";
+      EXPECT_EQ(values(sColumn.arg("title")), QStringList("it's new"));
+      EXPECT_EQ(values(sColumn.arg("body")), QStringList("(none)"));
+      EXPECT_TRUE(sMigration.contains("add column note.subtitle (at the end of the table, not before body: postgresql adds no column in between)"));
+   }
+   else
+   {
+      EXPECT_EQ(values("SELECT TABLE_COMMENT FROM information_schema.TABLES WHERE TABLE_SCHEMA = DATABASE() AND TABLE_NAME = 'note'"), QStringList("new note"));
+      const QString sColumn = "SELECT COLUMN_COMMENT FROM information_schema.COLUMNS WHERE TABLE_SCHEMA = DATABASE() AND TABLE_NAME = 'note' AND COLUMN_NAME = '%1'";
+      EXPECT_EQ(values(sColumn.arg("title")), QStringList("it's new"));
+      EXPECT_EQ(values(sColumn.arg("body")), QStringList(""));
+   }
+   const QString sOrder = "SELECT column_name FROM information_schema.columns WHERE table_name = 'note' AND table_schema = " + QString(bPg ? "current_schema()" : "DATABASE()") + " ORDER BY ordinal_position";
+   EXPECT_EQ(values(sOrder), bPg ? QStringList({ "id", "title", "body", "subtitle" }) : QStringList({ "id", "title", "subtitle", "body" }));
+}
+
 INSTANTIATE_TEST_SUITE_P(SQLite, SqlApply, ::testing::Values(apply_sqlite), applyKindName);
 INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlApply, ::testing::Values(apply_postgresql), applyKindName);
 INSTANTIATE_TEST_SUITE_P(MariaDB, SqlApply, ::testing::Values(apply_mariadb), applyKindName);
 // MariaDB commits each schema change on its own: no one transaction to check there.
 INSTANTIATE_TEST_SUITE_P(SQLite, SqlApplyInOneTransaction, ::testing::Values(apply_sqlite), applyKindName);
 INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlApplyInOneTransaction, ::testing::Values(apply_postgresql), applyKindName);
+INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlApplyDescriptions, ::testing::Values(apply_postgresql), applyKindName);
+INSTANTIATE_TEST_SUITE_P(MariaDB, SqlApplyDescriptions, ::testing::Values(apply_mariadb), applyKindName);
 INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlApplySchemas, ::testing::Values(apply_postgresql), applyKindName);

@@ -101,17 +101,30 @@ QString migration_sql::dropColumn(const QString & sTable, const QString & sColum
    return "ALTER TABLE " + d.table(sTable) + " DROP COLUMN " + d.quote(sColumn) + ";\n";
 }
 
-QString migration_sql::addColumn(const QString & sTable, const sql_column & c, const sql_dialect & d)
+QString migration_sql::tableComment(const sql_table & t, const sql_dialect & d)
+{
+   if (d.kind() == dialect_mariadb) { return "ALTER TABLE " + d.table(t.sName) + " COMMENT = " + d.literal(t.sComment) + ";\n"; }
+   if (d.kind() != dialect_postgresql) { return QString(); }
+   return "COMMENT ON TABLE " + d.table(t.sName) + " IS " + (t.sComment.isEmpty() ? QString("NULL") : d.literal(t.sComment)) + ";\n";
+}
+
+QString migration_sql::columnComment(const QString & sTable, const sql_column & c, const sql_dialect & d)
+{
+   if (d.kind() == dialect_mariadb) { return "ALTER TABLE " + d.table(sTable) + " MODIFY COLUMN " + schema_script::columnDefinition(c, d) + ";\n"; }
+   if (d.kind() != dialect_postgresql) { return QString(); }
+   return "COMMENT ON COLUMN " + d.table(sTable) + '.' + d.quote(c.sName) + " IS " + (c.sComment.isEmpty() ? QString("NULL") : d.literal(c.sComment)) + ";\n";
+}
+
+QString migration_sql::addColumn(const QString & sTable, const sql_column & c, const sql_dialect & d, const QString & sPlace)
 {
    const QString sAlter = "ALTER TABLE " + d.table(sTable);
    sql_column added = c;
    const bool bFill = (c.bNotNull && c.sDefault.isEmpty());
    if (bFill) { added.sDefault = fillValue(c, d); }
-   QString s = sAlter + " ADD COLUMN " + schema_script::columnDefinition(added, d) + ";\n";
+   QString s = sAlter + " ADD COLUMN " + schema_script::columnDefinition(added, d) + sPlace + ";\n";
    // The rows already there got the fill value; new rows must give one, as the model says.
    if (bFill && (d.kind() != dialect_sqlite)) { s += sAlter + " ALTER COLUMN " + d.quote(c.sName) + " DROP DEFAULT;\n"; }
-   if ((d.kind() == dialect_postgresql) && ! c.sComment.isEmpty())
-   { s += "COMMENT ON COLUMN " + d.table(sTable) + '.' + d.quote(c.sName) + " IS " + d.literal(c.sComment) + ";\n"; }
+   if ((d.kind() == dialect_postgresql) && ! c.sComment.isEmpty()) { s += columnComment(sTable, c, d); }
    return s;
 }
 

@@ -3,6 +3,8 @@
 #include <QHash>
 #include <QSet>
 
+#include <algorithm>
+
 #include "model/entity.h"
 #include "model/project.h"
 #include "model/property.h"
@@ -79,6 +81,7 @@ private:
    bool needsRebuild(const sql_table & o, const sql_table & n) const;
    void changeTable(const sql_table & o, const sql_table & n, bool bSql);
    void changeColumns(const sql_table & o, const sql_table & n, bool bSql);
+   void addColumns(const sql_table & o, const sql_table & n, bool bSql);
    QString indexesOf(const QString & sTableKey, const QList<derived_object> & lst) const;
 };
 
@@ -157,8 +160,7 @@ void planner::changeColumns(const sql_table & o, const sql_table & n, bool bSql)
       if (pOld && (pOld->sName != c.sName))
       { add("rename column " + t + '.' + pOld->sName + " to " + c.sName, bSql ? migration_sql::renameColumn(t, pOld->sName, c.sName, m_d) : QString()); }
    }
-   for (const sql_column & c : n.lstColumns)
-   { if (! columnOf(o, c.sKey, true)) { add("add column " + t + '.' + c.sName, bSql ? migration_sql::addColumn(t, c, m_d) : QString()); } }
+   addColumns(o, n, bSql);
    for (const sql_column & c : n.lstColumns)
    {
       const sql_column * pOld = columnOf(o, c.sKey, true);
@@ -170,11 +172,38 @@ void planner::changeColumns(const sql_table & o, const sql_table & n, bool bSql)
       if (pOld->sDefault != c.sDefault) { lstWhat.append(c.sDefault.isEmpty() ? QString("no default") : "default " + c.sDefault); }
       add("change column " + t + '.' + c.sName + ": " + lstWhat.join(", "), bSql ? migration_sql::alterColumn(t, * pOld, c, m_d) : QString(), bNarrowing);
    }
+   // MariaDB's new definition above carries the description; SQLite keeps none.
+   for (const sql_column & c : n.lstColumns)
+   {
+      const sql_column * pOld = columnOf(o, c.sKey, true);
+      if (! bSql || ! pOld || (pOld->sComment == c.sComment) || (m_d.kind() == dialect_sqlite)) { continue; }
+      if ((m_d.kind() == dialect_mariadb) && columnChanged(* pOld, c)) { continue; }
+      add("change the description of column " + t + '.' + c.sName, migration_sql::columnComment(t, c, m_d));
+   }
+}
+
+void planner::addColumns(const sql_table & o, const sql_table & n, bool bSql)
+{
+   for (int k = 0; k < n.lstColumns.size(); ++k)
+   {
+      const sql_column & c = n.lstColumns.at(k);
+      if (columnOf(o, c.sKey, true)) { continue; }
+      // MariaDB puts the column where the model has it; the others add it at the end.
+      QString sPlace, sNote;
+      if (m_d.kind() == dialect_mariadb) { sPlace = ((k == 0) ? QString(" FIRST") : " AFTER " + m_d.quote(n.lstColumns.at(k - 1).sName)); }
+      else if (bSql)
+      {
+         const auto itLater = std::find_if(n.lstColumns.cbegin() + k + 1, n.lstColumns.cend(), [&o](const sql_column & x) { return columnOf(o, x.sKey, true) != nullptr; });
+         if (itLater != n.lstColumns.cend()) { sNote = " (at the end of the table, not before " + itLater->sName + ": " + m_d.name() + " adds no column in between)"; }
+      }
+      add("add column " + n.sName + '.' + c.sName + sNote, bSql ? migration_sql::addColumn(n.sName, c, m_d, sPlace) : QString());
+   }
 }
 
 void planner::changeTable(const sql_table & o, const sql_table & n, bool bSql)
 {
    if (o.sName != n.sName) { add("rename table " + o.sName + " to " + n.sName, bSql ? migration_sql::renameTable(o.sName, n.sName, m_d) : QString()); }
+   if ((o.sComment != n.sComment) && (m_d.kind() != dialect_sqlite)) { add("change the description of table " + n.sName, migration_sql::tableComment(n, m_d)); }
    // A column leaves the key before it may change (a key column is always NOT NULL).
    const bool bKey = (primaryKeys(o) != primaryKeys(n));
    if (bKey && ! o.lstPrimaryKey.isEmpty()) { add("drop the primary key of table " + n.sName, bSql ? migration_sql::changePrimaryKey(n, true, m_d) : QString()); }
