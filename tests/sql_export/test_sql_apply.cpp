@@ -154,6 +154,40 @@ TEST_P(SqlApplySchemas, TablesOfAnotherSchemaAreNamedBySchemaAndTable)
    EXPECT_FALSE(run("INSERT INTO archive.order_line (id, quantity, owner) VALUES (2, 1, 77);\n", sError));
 }
 
+// A view reading a table SQLite rebuilds still reads it, with the rows and the new column.
+TEST(SqlApplySqlite, ViewOfARebuiltTableStillReadsIt)
+{
+   const QString sModel = R"({ "name": "STORE", "entities": [ {"id": 1, "name": "Item", "table": "item", "properties": [
+      {"id": 1, "name": "id", "type": "long", "primary_key": true}, {"id": 2, "name": "code", "type": "QString"}%1 ]} ] })";
+   const model::project_ptr pBefore = modelFromJson(sModel.arg("").toUtf8());
+   const model::project_ptr pAfter = modelFromJson(sModel.arg(R"(, {"id": 3, "name": "stock", "type": "int", "allow_null": false})").toUtf8());
+   ASSERT_TRUE(pBefore && pAfter);
+   QTemporaryDir dir;
+   ASSERT_TRUE(dir.isValid());
+   const QString sDb = dir.filePath("view.db");
+   QString sError;
+   ASSERT_TRUE(runOnSqlite(sDb, scriptOf(* pBefore, sql_export::dialect_sqlite) + "INSERT INTO item (id, code) VALUES (1, 'A');\nCREATE VIEW item_codes AS SELECT code FROM item;\n", sError)) << sError.toStdString();
+   const sql_export::sql_dialect d(sql_export::dialect_sqlite);
+   const sql_export::migration_plan plan = sql_export::schema_migration::plan(sql_export::schema_builder::build(* pBefore, d, {}),
+                                                                              sql_export::schema_builder::build(* pAfter, d, {}), d);
+   const QString sScript = sql_export::schema_migration::write(plan, d, { "STORE", "a" }, { "STORE", "b" });
+   ASSERT_TRUE(sScript.contains("rebuild table item"));
+   ASSERT_TRUE(runOnSqlite(sDb, sScript + "INSERT INTO item (id, code, stock) VALUES (2, 'B', 4);\n", sError)) << sError.toStdString();
+   QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "sqlx_view");
+   {
+      db.setDatabaseName(sDb);
+      ASSERT_TRUE(db.open());
+      QSqlQuery q(db);
+      QStringList lst;
+      ASSERT_TRUE(q.exec("SELECT code FROM item_codes ORDER BY code"));
+      while (q.next()) { lst.append(q.value(0).toString()); }
+      EXPECT_EQ(lst, QStringList({ "A", "B" }));
+      db.close();
+   }
+   db = QSqlDatabase();
+   QSqlDatabase::removeDatabase("sqlx_view");
+}
+
 // Descriptions changed and removed reach the database's catalog; a column added between two
 // others goes there in MariaDB, at the end elsewhere, and the script says so.
 TEST_P(SqlApplyDescriptions, DescriptionsAndPlacesOfNewColumnsFollowTheModel)

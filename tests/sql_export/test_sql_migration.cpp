@@ -101,7 +101,7 @@ TEST(SqlMigration, TypeChangesPerDatabase)
    EXPECT_TRUE(sqlOf(planOf(s_base, wider, dialect_mariadb)).contains("ALTER TABLE book MODIFY COLUMN pages BIGINT;"));
    const migration_plan lite = planOf(s_base, wider, dialect_sqlite);
    EXPECT_EQ(textsOf(lite), QStringList({ "change column book.pages: type INT to INTEGER", "rebuild table book with its rows (SQLite alters no column in place)" }));
-   EXPECT_TRUE(sqlOf(lite).contains("DROP TABLE book;\nALTER TABLE tavrel_new_book RENAME TO book;"));
+   EXPECT_TRUE(sqlOf(lite).contains("DROP TABLE book;\nPRAGMA legacy_alter_table = ON;\nALTER TABLE tavrel_new_book RENAME TO book;\nPRAGMA legacy_alter_table = OFF;"));
 }
 
 TEST(SqlMigration, NarrowingTypeIsDestructive)

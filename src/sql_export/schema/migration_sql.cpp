@@ -185,7 +185,9 @@ QString migration_sql::rebuildTable(const sql_table & o, const sql_table & n, co
    if (! lstTo.isEmpty())
    { s += "INSERT INTO " + d.quote(sTemporary) + " (" + lstTo.join(", ") + ") SELECT " + lstFrom.join(", ") + " FROM " + d.table(o.sName) + ";\n"; }
    s += "DROP TABLE " + d.table(o.sName) + ";\n";
-   return s + renameTable(sTemporary, n.sName, d) + sIndexes;
+   // A view that reads the table would stop the rename (its table is gone for a moment): the
+   // legacy rename leaves views and triggers as written, reading the new table by its name.
+   return s + "PRAGMA legacy_alter_table = ON;\n" + renameTable(sTemporary, n.sName, d) + "PRAGMA legacy_alter_table = OFF;\n" + sIndexes;
 }
 
 } // namespace sql_export
