@@ -6,6 +6,11 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
+#include <QSet>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
 
 #include "cli_diagram.h"
 #include "model/entity.h"
@@ -121,6 +126,63 @@ int cli_migrate::message(const QString & text, int iExit, bool bHint)
    return iExit;
 }
 
+int cli_migrate::readModels(const QStringList & lstFiles, model::project_ptr & pOld, model::project_ptr & pNew)
+{
+   for (int i = 0; i < 2; ++i)
+   {
+      model::project_ptr & p = (i == 0 ? pOld : pNew);
+      const zy::ZyBool ok = cli_diagram::readModel(lstFiles.at(i), p);
+      if (! ok || ! p) { return message(ok.getDesc().isEmpty() ? "cannot read '" + lstFiles.at(i) + "'" : ok.getDesc(), 1); }
+      // Two entities on one table: no database holds that model.
+      zy::ZyInvalidValueX lstShared;
+      model::schema_items::appendSharedTables(lstShared, * p->getListOfAllEntities());
+      if (! lstShared.isEmpty()) { return message("'" + lstFiles.at(i) + "': " + lstShared.first().getMessage(), 1); }
+   }
+   return -1;
+}
+
+bool cli_migrate::readSqliteCatalog(const QString & sFile, const sql_export::sql_schema & from, QList<sql_export::catalog_object> & lst, QString & sError)
+{
+   if (! QFileInfo(sFile).isFile()) { sError = "--database: no SQLite database '" + sFile + "'"; return false; }
+   // The indexes the old model made itself are no extra.
+   const sql_export::sql_dialect d(sql_export::dialect_sqlite);
+   QSet<QString> setKnown;
+   for (const sql_export::sql_table & t : from.lstTables)
+   {
+      for (const sql_export::sql_column & c : t.lstColumns) { setKnown << d.objectName("ux", t.sName, c.sName) << d.objectName("ix", t.sName, c.sName); }
+   }
+   static const QRegularExpression s_reCheck("\\bCHECK\\s*\\(", QRegularExpression::CaseInsensitiveOption);
+   static const QRegularExpression s_reAutoIncrement("\\bAUTOINCREMENT\\b", QRegularExpression::CaseInsensitiveOption);
+   const QString sConnection = "tavrel_migrate_catalog";
+   bool bOk = false;
+   {
+      QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", sConnection);
+      db.setDatabaseName(sFile);
+      db.setConnectOptions("QSQLITE_OPEN_READONLY");
+      QSqlQuery q(db);
+      bOk = db.open() && q.exec("SELECT type, name, tbl_name, sql FROM sqlite_master WHERE type IN ('table', 'index', 'trigger') AND sql IS NOT NULL ORDER BY type, name");
+      if (! bOk) { sError = "--database: cannot read '" + sFile + "': " + q.lastError().text() + db.lastError().text(); }
+      while (bOk && q.next())
+      {
+         const QString sType = q.value(0).toString(), sName = q.value(1).toString(), sTable = q.value(2).toString(), sSql = q.value(3).toString();
+         if (sType == "table")
+         {
+            if (sSql.contains(s_reCheck)) { lst.append({ sTable, "CHECK constraint", QString(), QString(), {} }); }
+            if (sSql.contains(s_reAutoIncrement)) { lst.append({ sTable, "AUTOINCREMENT", QString(), QString(), {} }); }
+            continue;
+         }
+         if ((sType == "index") && setKnown.contains(sName)) { continue; }
+         sql_export::catalog_object x { sTable, sType, sName, sSql, {} };
+         QSqlQuery info(db);
+         if ((sType == "index") && info.exec("PRAGMA index_info(" + d.literal(sName) + ")")) { while (info.next()) { x.lstColumns.append(info.value(2).toString()); } }
+         lst.append(x);
+      }
+      db.close();
+   }
+   QSqlDatabase::removeDatabase(sConnection);
+   return bOk;
+}
+
 int cli_migrate::run(const QStringList & args)
 {
    QCommandLineParser parser;
@@ -132,7 +194,8 @@ int cli_migrate::run(const QStringList & args)
       { "rename", "Match by name, with this entity or property renamed (OLD=NEW, Entity.old=new); repeatable.", "RENAME" },
       { "allow-destructive", "Write the steps that lose data too." },
       { "check", "Write nothing; exit 1 when a migration is needed." },
-      { "include-obsolete", "Keep the columns of obsolete properties." } });
+      { "include-obsolete", "Keep the columns of obsolete properties." },
+      { "database", "SQLite: the database the migration is for; what its rebuilt tables hold beyond the model is kept or named.", "FILE" } });
    parser.addPositionalArgument("OLD", "The model the database was made for, .tavrel or .json.");
    parser.addPositionalArgument("NEW", "The model it is to follow, .tavrel or .json.");
    if (! parser.parse(QStringList("tavrel") + args)) { return message(parser.errorText(), 2, true); }
@@ -144,6 +207,7 @@ int cli_migrate::run(const QStringList & args)
    if (! sql_export::sql_dialect::parse(parser.value("dialect"), eDialect))
    { return message("unknown dialect '" + parser.value("dialect") + "' (" + sql_export::sql_dialect::knownNames() + ")", 2, true); }
    const QString sOut = parser.value("output");
+   if (parser.isSet("database") && (eDialect != sql_export::dialect_sqlite)) { return message("--database reads SQLite databases only", 2, true); }
    if (! sOut.isEmpty() && ! parser.isSet("check"))
    {
       const QString sRefused = sql_export::script_file::refusedPath(sOut);
@@ -151,16 +215,8 @@ int cli_migrate::run(const QStringList & args)
    }
 
    model::project_ptr pOld, pNew;
-   for (int i = 0; i < 2; ++i)
-   {
-      model::project_ptr & p = (i == 0 ? pOld : pNew);
-      const zy::ZyBool ok = cli_diagram::readModel(lstFiles.at(i), p);
-      if (! ok || ! p) { return message(ok.getDesc().isEmpty() ? "cannot read '" + lstFiles.at(i) + "'" : ok.getDesc(), 1); }
-      // Two entities on one table: no database holds that model.
-      zy::ZyInvalidValueX lstShared;
-      model::schema_items::appendSharedTables(lstShared, * p->getListOfAllEntities());
-      if (! lstShared.isEmpty()) { return message("'" + lstFiles.at(i) + "': " + lstShared.first().getMessage(), 1); }
-   }
+   const int iRead = readModels(lstFiles, pOld, pNew);
+   if (iRead >= 0) { return iRead; }
    const QStringList lstRenames = parser.values("rename");
    const bool bByName = (! lstRenames.isEmpty() || ! carriesIds(lstFiles.at(0)) || ! carriesIds(lstFiles.at(1)));
    if (! bByName && ! sql_export::schema_migration::shareIds(* pOld, * pNew))
@@ -183,7 +239,14 @@ int cli_migrate::run(const QStringList & args)
       if (! sConflict.isEmpty()) { return message("--rename: " + sConflict, 2, true); }
    }
    for (const QString & s : to.lstWarnings) { message("warning: " + s, 0); }
-   const sql_export::migration_plan plan = sql_export::schema_migration::plan(from, to, dialect);
+   sql_export::migration_plan plan = sql_export::schema_migration::plan(from, to, dialect);
+   if (parser.isSet("database"))
+   {
+      QList<sql_export::catalog_object> lstObjects;
+      QString sError;
+      if (! readSqliteCatalog(parser.value("database"), from, lstObjects, sError)) { return message(sError, 1); }
+      sql_export::schema_migration::keepCatalogObjects(plan, to, lstObjects);
+   }
    if (parser.isSet("check"))
    {
       m_out << (plan.isEmpty() ? QString("No migration needed\n") : QString("A migration of %1 steps is needed\n").arg(plan.lstSteps.size()));

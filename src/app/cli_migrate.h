@@ -29,6 +29,11 @@ public:
 
 private:
    int message(const QString & text, int iExit, bool bHint = false);
+   // Both models, each without two entities on one table; -1, or the exit code of the failure.
+   int readModels(const QStringList & lstFiles, model::project_ptr & pOld, model::project_ptr & pNew);
+   // Indexes and triggers of an SQLite database, and the CHECK constraints and AUTOINCREMENT of
+   // its tables, that the old model (from) did not make.
+   static bool readSqliteCatalog(const QString & sFile, const sql_export::sql_schema & from, QList<sql_export::catalog_object> & lst, QString & sError);
    // The script on standard output or into sOut; the exit code.
    int writeScript(const QString & sOut, const QString & sScript, qsizetype iSteps);
    // Adds one "--rename" value; the reason it names nothing of the models, or empty.

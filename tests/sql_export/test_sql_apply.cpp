@@ -188,6 +188,62 @@ TEST(SqlApplySqlite, ViewOfARebuiltTableStillReadsIt)
    QSqlDatabase::removeDatabase("sqlx_view");
 }
 
+// A table SQLite rebuilds, with an index, a trigger and a CHECK the model does not know: read from
+// the database (--database), the index and the trigger are made again; the CHECK is named and
+// refused unless --allow-destructive.
+TEST(SqlApplySqlite, RebuildKeepsOrNamesWhatTheModelDoesNotKnow)
+{
+   const QString sModel = R"({ "name": "STORE", "entities": [ {"id": 1, "name": "Item", "table": "item", "properties": [
+      {"id": 1, "name": "id", "type": "long", "primary_key": true}, {"id": 2, "name": "code", "type": "QString"}%1 ]} ] })";
+   QTemporaryDir dir;
+   ASSERT_TRUE(dir.isValid());
+   const QString sBefore = dir.filePath("before.json"), sAfter = dir.filePath("after.json"), sDb = dir.filePath("store.db");
+   ASSERT_TRUE(test_support::writeAll(sBefore, sModel.arg("").toUtf8()));
+   ASSERT_TRUE(test_support::writeAll(sAfter, sModel.arg(R"(, {"id": 3, "name": "stock", "type": "int", "allow_null": false})").toUtf8()));
+   QString sError;
+   ASSERT_TRUE(runOnSqlite(sDb, "CREATE TABLE item (id INTEGER NOT NULL, code TEXT, PRIMARY KEY (id));\nCREATE TABLE log (id INTEGER);\n"
+                                "CREATE INDEX item_code_extra ON item (code);\n"
+                                "CREATE TRIGGER item_log AFTER INSERT ON item BEGIN INSERT INTO log VALUES (NEW.id); END;\n"
+                                "INSERT INTO item (id, code) VALUES (1, 'A');\n", sError)) << sError.toStdString();
+   const QStringList lstArgs { "migrate", sBefore, sAfter, "--dialect", "sqlite" };
+   test_support::cli_result r = test_support::runTavrel(lstArgs);
+   ASSERT_EQ(r.code, 0) << r.err.toStdString();
+   EXPECT_TRUE(r.out.contains("-- A rebuilt table loses what the model does not know of it"));
+   r = test_support::runTavrel(lstArgs + QStringList { "--database", sDb });
+   ASSERT_EQ(r.code, 0) << r.err.toStdString();
+   EXPECT_TRUE(r.out.contains("make index item_code_extra of table item again")) << r.out.toStdString();
+   EXPECT_TRUE(r.out.contains("make trigger item_log of table item again")) << r.out.toStdString();
+   ASSERT_TRUE(runOnSqlite(sDb, r.out + "INSERT INTO item (id, code, stock) VALUES (2, 'B', 1);\n", sError)) << sError.toStdString();
+   ASSERT_TRUE(runOnSqlite(sDb, "CREATE TABLE seen AS SELECT (SELECT COUNT(*) FROM log) AS n, (SELECT COUNT(*) FROM sqlite_master WHERE name IN ('item_code_extra', 'item_log')) AS k;\n", sError));
+
+   // The same table with a CHECK: named, refused, then written with the step that loses it.
+   const QString sChecked = dir.filePath("checked.db");
+   ASSERT_TRUE(runOnSqlite(sChecked, "CREATE TABLE item (id INTEGER NOT NULL, code TEXT CHECK (length(code) < 10), PRIMARY KEY (id));\n", sError));
+   r = test_support::runTavrel(lstArgs + QStringList { "--database", sChecked });
+   EXPECT_EQ(r.code, 1);
+   EXPECT_TRUE(r.err.contains("lose CHECK constraint of table item (the model does not know it)")) << r.err.toStdString();
+   r = test_support::runTavrel(lstArgs + QStringList { "--database", sChecked, "--allow-destructive" });
+   EXPECT_EQ(r.code, 0) << r.err.toStdString();
+   r = test_support::runTavrel(QStringList { "migrate", sBefore, sAfter, "--dialect", "postgresql", "--database", sChecked });
+   EXPECT_EQ(r.code, 2);
+   r = test_support::runTavrel(lstArgs + QStringList { "--database", dir.filePath("missing.db") });
+   EXPECT_EQ(r.code, 1);
+   EXPECT_FALSE(QFile::exists(dir.filePath("missing.db")));
+
+   QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "sqlx_keep");
+   {
+      db.setDatabaseName(sDb);
+      ASSERT_TRUE(db.open());
+      QSqlQuery q(db);
+      ASSERT_TRUE(q.exec("SELECT n, k FROM seen") && q.next());
+      EXPECT_EQ(q.value(0).toInt(), 2);   // the trigger fired for the row before and the row after the migration
+      EXPECT_EQ(q.value(1).toInt(), 2);
+      db.close();
+   }
+   db = QSqlDatabase();
+   QSqlDatabase::removeDatabase("sqlx_keep");
+}
+
 // Descriptions changed and removed reach the database's catalog; a column added between two
 // others goes there in MariaDB, at the end elsewhere, and the script says so.
 TEST_P(SqlApplyDescriptions, DescriptionsAndPlacesOfNewColumnsFollowTheModel)

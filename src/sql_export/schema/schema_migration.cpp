@@ -246,7 +246,10 @@ migration_plan planner::run()
       const bool bRebuild = m_setRebuilt.contains(n.sKey);
       changeTable(m_from.lstTables.at(i), n, ! bRebuild);
       if (bRebuild)
-      { add("rebuild table " + n.sName + " with its rows (SQLite alters no column in place)", migration_sql::rebuildTable(m_from.lstTables.at(i), n, indexesOf(n.sKey, lstNew), m_d)); }
+      {
+         add("rebuild table " + n.sName + " with its rows (SQLite alters no column in place)", migration_sql::rebuildTable(m_from.lstTables.at(i), n, indexesOf(n.sKey, lstNew), m_d));
+         m_plan.lstRebuilt.append({ m_from.lstTables.at(i).sName, n.sName });
+      }
    }
    for (const sql_table & n : m_to.lstTables)
    { if (! m_hashFrom.contains(n.sKey)) { add("create table " + n.sName, schema_script::createTable(n, m_d, {}, m_d.kind() == dialect_sqlite)); } }
@@ -273,6 +276,36 @@ migration_plan schema_migration::plan(const sql_schema & from, const sql_schema 
    return planner(from, to, dialect).run();
 }
 
+namespace {
+
+// What a failing step leaves behind, and what a rebuild cannot keep, for the script's header.
+QString failureNote(const migration_plan & plan, const sql_dialect & d)
+{
+   QString s;
+   switch (d.kind())
+   {
+      case dialect_mariadb:
+         s = "-- If a step fails: MariaDB has committed the steps before it and none after it. The database is\n"
+             "-- left between the two versions; fix the cause and run the script again from the failing step.\n";
+         break;
+      case dialect_postgresql:
+         s = "-- If a step fails, the transaction is rolled back and the database is left as it was\n"
+             "-- (psql -v ON_ERROR_STOP=1 stops there).\n";
+         break;
+      default:
+         s = "-- If a step fails, the transaction is rolled back and the database is left as it was, when the\n"
+             "-- run stops there: sqlite3 -bail (without it the shell goes on and commits what did run).\n";
+         if (! plan.lstRebuilt.isEmpty() && ! plan.bCatalogRead)
+         {
+            s += "-- A rebuilt table loses what the model does not know of it (other indexes, triggers, CHECK\n"
+                 "-- constraints, AUTOINCREMENT): tavrel migrate --database FILE keeps them or names them.\n";
+         }
+   }
+   return s;
+}
+
+} // namespace
+
 QString schema_migration::write(const migration_plan & plan, const sql_dialect & d, const migration_end & from, const migration_end & to)
 {
    const auto end = [](const migration_end & e) { return "model '" + schema_script::commentText(e.sProject) + "' (" + schema_script::commentText(e.sFile) + ")\n"; };
@@ -284,6 +317,7 @@ QString schema_migration::write(const migration_plan & plan, const sql_dialect &
       return QString("%1. %2%3").arg(i + 1).arg(schema_script::commentText(step.sText), step.bDestructive ? " (loses data)" : "");
    };
    for (int i = 0; i < plan.lstSteps.size(); ++i) { s += "--   " + stepLine(i) + '\n'; }
+   s += failureNote(plan, d);
    // SQLite checks no key while tables are rebuilt, as its documented procedure asks.
    if (d.kind() == dialect_sqlite) { s += "PRAGMA foreign_keys = OFF;\n"; }
    s += ((d.kind() == dialect_mariadb) ? QString("-- MariaDB commits each schema change on its own: no transaction\n") : QString("BEGIN;\n"));
@@ -291,6 +325,32 @@ QString schema_migration::write(const migration_plan & plan, const sql_dialect &
    if (d.kind() != dialect_mariadb) { s += "\nCOMMIT;\n"; }
    if (d.kind() == dialect_sqlite) { s += "PRAGMA foreign_keys = ON;\n"; }
    return s;
+}
+
+void schema_migration::keepCatalogObjects(migration_plan & plan, const sql_schema & to, const QList<catalog_object> & lstObjects)
+{
+   plan.bCatalogRead = true;
+   QHash<QString, QString> hashRebuilt;
+   for (const auto & r : plan.lstRebuilt) { hashRebuilt.insert(r.first, r.second); }
+   QHash<QString, const sql_table *> hashTo;
+   for (const sql_table & t : to.lstTables) { hashTo.insert(t.sName, & t); }
+   for (const catalog_object & x : lstObjects)
+   {
+      if (! hashRebuilt.contains(x.sTable)) { continue; }
+      const QString sNew = hashRebuilt.value(x.sTable);
+      const sql_table * pTable = hashTo.value(sNew, nullptr);
+      bool bKept = ! x.sSql.isEmpty() && pTable;
+      // Written for the old table: it must keep its name, and an index all its columns.
+      if (sNew != x.sTable) { bKept = false; }
+      for (const QString & sColumn : x.lstColumns)
+      {
+         const bool bThere = pTable && std::any_of(pTable->lstColumns.cbegin(), pTable->lstColumns.cend(), [&sColumn](const sql_column & c) { return c.sName == sColumn; });
+         if (! bThere) { bKept = false; }
+      }
+      const QString sWhat = x.sKind + (x.sName.isEmpty() ? QString() : ' ' + x.sName) + " of table " + x.sTable;
+      if (bKept) { plan.lstSteps.append(migration_step { "make " + sWhat + " again", x.sSql.trimmed() + (x.sSql.trimmed().endsWith(';') ? "\n" : ";\n"), false }); }
+      else { plan.lstSteps.append(migration_step { "lose " + sWhat + " (the model does not know it)", QString(), true }); }
+   }
 }
 
 QString schema_migration::keyByName(sql_schema & from, sql_schema & to, const migration_renames & renames)
