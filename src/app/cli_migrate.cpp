@@ -27,7 +27,7 @@ const char * cli_migrate::usageText()
 {
    return "Usage: tavrel migrate OLD NEW --dialect sqlite|postgresql|mariadb [-o FILE]\n"
           "                      [--rename ENTITY=NEW_ENTITY] [--rename ENTITY.PROPERTY=NEW_PROPERTY]\n"
-          "                      [--allow-destructive] [--check] [--include-obsolete]\n"
+          "                      [--allow-destructive] [--check] [--include-obsolete] [--database DB]\n"
           "Writes the SQL that turns a database made for the model OLD into one for the model NEW\n"
           "(each a .tavrel or .json file). When both models carry their ids (a project file, or a\n"
           "JSON model that writes them), entities and properties are matched by id, so a renamed\n"
@@ -35,7 +35,10 @@ const char * cli_migrate::usageText()
           "rename is one only when --rename says so (else it is a drop and an add). Steps that lose\n"
           "data (dropping a table or a column, narrowing a type) are refused unless\n"
           "--allow-destructive. --check writes nothing and exits 1 when the database needs a\n"
-          "migration, 0 when it does not.\n";
+          "migration, 0 when it does not. --database (SQLite) reads the database the script is\n"
+          "for: what a rebuilt table holds beyond the model is made again or named as lost.\n"
+          "PostgreSQL and SQLite run the script in one transaction; MariaDB commits each step,\n"
+          "so a failing step leaves the steps before it done.\n";
 }
 
 bool cli_migrate::carriesIds(const QString & sFile)
