@@ -160,10 +160,15 @@ void appendSharedTables(zy::ZyInvalidValueX & lst, const list_of_entity & lstEnt
       lst.append(zy::ZyInvalidValue(QString("%1 : %2 is also the table of %3").arg(entityLabel(lstEntities.at(i), i), sWhat,
                                                                                 entityLabel(lstEntities.at(iFirst), iFirst)), entityPath(i)));
    };
+   // An entity defined twice is reported as such, not as two users of its table.
+   QSet<QString> setKeys;
    for (qsizetype i = 0; i < lstEntities.size(); ++i)
    {
       const entity_ptr & p = lstEntities.at(i);
-      if (p && ! p->isAbstract() && ! (p->getName().isEmpty() && p->getTableName().isEmpty()))
+      if (! p || (p->getName().isEmpty() && p->getTableName().isEmpty())) { continue; }
+      if (setKeys.contains(p->getKey())) { continue; }
+      setKeys.insert(p->getKey());
+      if (! p->isAbstract())
       {
          const QString sTable = (p->getTableName().isEmpty() ? p->getName() : p->getTableName());
          claim(sTable, i, "table '" + sTable + "'");
