@@ -13,6 +13,7 @@
 #include <QSqlQuery>
 
 #include "cli_diagram.h"
+#include "db_import/db_importer.h"
 #include "model/entity.h"
 #include "model/project.h"
 #include "model/property.h"
@@ -35,8 +36,11 @@ const char * cli_migrate::usageText()
           "rename is one only when --rename says so (else it is a drop and an add). Steps that lose\n"
           "data (dropping a table or a column, narrowing a type) are refused unless\n"
           "--allow-destructive. --check writes nothing and exits 1 when the database needs a\n"
-          "migration, 0 when it does not. --database (SQLite) reads the database the script is\n"
-          "for: what a rebuilt table holds beyond the model is made again or named as lost.\n"
+          "migration, 0 when it does not. --database (an SQLite file or a database URL, as\n"
+          "import-db reads them) names the database the script is for: it must hold the tables\n"
+          "and columns of OLD and none of those the script makes, and (MariaDB) the keys the\n"
+          "script adds must match the columns they point at, or nothing is written. With SQLite\n"
+          "what a rebuilt table holds beyond the model is made again or named as lost.\n"
           "PostgreSQL and SQLite run the script in one transaction; MariaDB commits each step,\n"
           "so a failing step leaves the steps before it done.\n";
 }
@@ -186,6 +190,105 @@ bool cli_migrate::readSqliteCatalog(const QString & sFile, const sql_export::sql
    return bOk;
 }
 
+namespace {
+
+const db_import::db_table * catalogTable(const db_import::db_catalog & catalog, const sql_export::sql_dialect & d, const QString & sTable)
+{
+   const QString sSchema = (d.schemaOf(sTable).isEmpty() ? catalog.sDefaultSchema : d.schemaOf(sTable));
+   for (const db_import::db_table & t : catalog.lstTables)
+   {
+      if (! t.bView && (t.sSchema.compare(sSchema, Qt::CaseInsensitive) == 0) && (t.sName.compare(d.bareTable(sTable), Qt::CaseInsensitive) == 0)) { return & t; }
+   }
+   return nullptr;
+}
+
+const db_import::db_column * catalogColumn(const db_import::db_table * pTable, const QString & sColumn)
+{
+   if (! pTable) { return nullptr; }
+   for (const db_import::db_column & c : pTable->lstColumns) { if (c.sName.compare(sColumn, Qt::CaseInsensitive) == 0) { return & c; } }
+   return nullptr;
+}
+
+const sql_export::sql_table * tableByKey(const sql_export::sql_schema & s, const QString & sKey, bool bByName = false)
+{
+   for (const sql_export::sql_table & t : s.lstTables) { if ((bByName ? t.sName : t.sKey) == sKey) { return & t; } }
+   return nullptr;
+}
+
+const sql_export::sql_column * columnByKey(const sql_export::sql_table * pTable, const QString & sKey, bool bByName = false)
+{
+   if (! pTable) { return nullptr; }
+   for (const sql_export::sql_column & c : pTable->lstColumns) { if ((bByName ? c.sName : c.sKey) == sKey) { return & c; } }
+   return nullptr;
+}
+
+// An integer type's name, lower case without its display width: MariaDB keys join equal ones.
+QString integerType(const QString & sType)
+{
+   const QString s = sType.toLower().section('(', 0, 0).trimmed();
+   return (s.endsWith("int") || (s == "integer")) ? ((s == "integer") ? QString("int") : s) : QString();
+}
+
+} // namespace
+
+QStringList cli_migrate::databaseProblems(const db_import::db_catalog & catalog, const sql_export::sql_schema & from, const sql_export::sql_schema & to, const sql_export::sql_dialect & d)
+{
+   QStringList lst;
+   for (const sql_export::sql_table & o : from.lstTables)
+   {
+      const db_import::db_table * pTable = catalogTable(catalog, d, o.sName);
+      if (! pTable) { lst.append("table " + o.sName + " of the old model is not in the database"); continue; }
+      for (const sql_export::sql_column & c : o.lstColumns) { if (! catalogColumn(pTable, c.sName)) { lst.append("column " + o.sName + '.' + c.sName + " of the old model is not in the database"); } }
+   }
+   for (const sql_export::sql_table & n : to.lstTables)
+   {
+      const sql_export::sql_table * pOld = tableByKey(from, n.sKey);
+      if ((! pOld || (pOld->sName.compare(n.sName, Qt::CaseInsensitive) != 0)) && catalogTable(catalog, d, n.sName) && ! tableByKey(from, n.sName, true))
+      { lst.append("table " + n.sName + ", which the script makes, is in the database already"); }
+      const db_import::db_table * pTable = (pOld ? catalogTable(catalog, d, pOld->sName) : nullptr);
+      for (const sql_export::sql_column & c : n.lstColumns)
+      {
+         if (pOld && ! columnByKey(pOld, c.sKey) && catalogColumn(pTable, c.sName) && ! columnByKey(pOld, c.sName, true))
+         { lst.append("column " + pOld->sName + '.' + c.sName + ", which the script adds, is in the database already"); }
+      }
+      if (d.kind() != sql_export::dialect_mariadb) { continue; }
+      // A key to a table the script leaves as it is must match the column in the database.
+      for (const sql_export::sql_foreign_key & k : n.lstForeignKeys)
+      {
+         const sql_export::sql_table * pTarget = tableByKey(to, k.sTargetTable, true);
+         const sql_export::sql_table * pTargetOld = (pTarget ? tableByKey(from, pTarget->sKey) : nullptr);
+         const sql_export::sql_column * pTo = columnByKey(pTarget, k.sTargetColumn, true);
+         const sql_export::sql_column * pToOld = (pTo && pTargetOld ? columnByKey(pTargetOld, pTo->sKey) : nullptr);
+         const db_import::db_column * pDb = (pToOld ? catalogColumn(catalogTable(catalog, d, pTargetOld->sName), pToOld->sName) : nullptr);
+         const sql_export::sql_column * pColumn = columnByKey(& n, k.sColumn, true);
+         if (! pDb || ! pColumn || (pToOld->sType != pTo->sType)) { continue; }
+         const QString sOurs = integerType(pColumn->sType), sTheirs = integerType(pDb->sDeclared.isEmpty() ? pDb->sType : pDb->sDeclared);
+         if (! sOurs.isEmpty() && ! sTheirs.isEmpty() && (sOurs != sTheirs))
+         { lst.append("key " + n.sName + '.' + k.sColumn + " is " + pColumn->sType + " but " + pTargetOld->sName + '.' + pToOld->sName + " in the database is " + pDb->sDeclared + ": MariaDB would refuse the foreign key"); }
+      }
+   }
+   return lst;
+}
+
+int cli_migrate::checkDatabase(const QString & sDatabase, const sql_export::sql_schema & from, const sql_export::sql_schema & to,
+                               const sql_export::sql_dialect & d, sql_export::migration_plan & plan)
+{
+   const bool bSqlite = (d.kind() == sql_export::dialect_sqlite);
+   const QString sUrl = ((bSqlite && ! sDatabase.startsWith("sqlite:")) ? "sqlite:" + sDatabase : sDatabase);
+   db_import::db_importer importer { db_import::import_options() };
+   db_import::db_catalog catalog;
+   QString sError;
+   if (! importer.readSource(sUrl, QString(), catalog, sError)) { return message("--database: " + sError, 1); }
+   if (int(catalog.eDialect) != int(d.kind())) { return message("--database: '" + sDatabase + "' is no " + d.name() + " database", 2, true); }
+   const QStringList lstProblems = databaseProblems(catalog, from, to, d);
+   if (! lstProblems.isEmpty()) { return message("the database is not ready for this migration, nothing written:\n  " + lstProblems.join("\n  "), 1); }
+   if (! bSqlite) { return -1; }
+   QList<sql_export::catalog_object> lstObjects;
+   if (! readSqliteCatalog(sUrl.mid(7), from, lstObjects, sError)) { return message(sError, 1); }
+   sql_export::schema_migration::keepCatalogObjects(plan, to, lstObjects);
+   return -1;
+}
+
 int cli_migrate::run(const QStringList & args)
 {
    QCommandLineParser parser;
@@ -198,7 +301,7 @@ int cli_migrate::run(const QStringList & args)
       { "allow-destructive", "Write the steps that lose data too." },
       { "check", "Write nothing; exit 1 when a migration is needed." },
       { "include-obsolete", "Keep the columns of obsolete properties." },
-      { "database", "SQLite: the database the migration is for; what its rebuilt tables hold beyond the model is kept or named.", "FILE" } });
+      { "database", "The database the migration is for (SQLite file or URL), checked before anything is written.", "DB" } });
    parser.addPositionalArgument("OLD", "The model the database was made for, .tavrel or .json.");
    parser.addPositionalArgument("NEW", "The model it is to follow, .tavrel or .json.");
    if (! parser.parse(QStringList("tavrel") + args)) { return message(parser.errorText(), 2, true); }
@@ -210,7 +313,6 @@ int cli_migrate::run(const QStringList & args)
    if (! sql_export::sql_dialect::parse(parser.value("dialect"), eDialect))
    { return message("unknown dialect '" + parser.value("dialect") + "' (" + sql_export::sql_dialect::knownNames() + ")", 2, true); }
    const QString sOut = parser.value("output");
-   if (parser.isSet("database") && (eDialect != sql_export::dialect_sqlite)) { return message("--database reads SQLite databases only", 2, true); }
    if (! sOut.isEmpty() && ! parser.isSet("check"))
    {
       const QString sRefused = sql_export::script_file::refusedPath(sOut);
@@ -245,10 +347,8 @@ int cli_migrate::run(const QStringList & args)
    sql_export::migration_plan plan = sql_export::schema_migration::plan(from, to, dialect);
    if (parser.isSet("database"))
    {
-      QList<sql_export::catalog_object> lstObjects;
-      QString sError;
-      if (! readSqliteCatalog(parser.value("database"), from, lstObjects, sError)) { return message(sError, 1); }
-      sql_export::schema_migration::keepCatalogObjects(plan, to, lstObjects);
+      const int iChecked = checkDatabase(parser.value("database"), from, to, dialect, plan);
+      if (iChecked >= 0) { return iChecked; }
    }
    if (parser.isSet("check"))
    {

@@ -54,6 +54,7 @@ protected:
 
 using SqlApplyInOneTransaction = SqlApply;
 using SqlApplyDescriptions = SqlApply;
+using SqlApplyChecked = SqlApply;
 using SqlApplySchemas = SqlApply;
 
 } // namespace
@@ -282,12 +283,66 @@ TEST_P(SqlApplyDescriptions, DescriptionsAndPlacesOfNewColumnsFollowTheModel)
    EXPECT_EQ(values(sOrder), bPg ? QStringList({ "id", "title", "body", "subtitle" }) : QStringList({ "id", "title", "subtitle", "body" }));
 }
 
+// --database: the database must hold the old model and none of what the script makes, and in
+// MariaDB a new key must be of the integer type of the column it points at; else nothing is
+// written and every problem is named.
+TEST_P(SqlApplyChecked, DatabaseIsCheckedBeforeAnythingIsWritten)
+{
+   const char * const k_sAuthor = R"({"name": "Author", "table": "author", "properties": [
+      {"name": "id", "type": "long", "primary_key": true}, {"name": "name", "type": "QString"}%1 ]})";
+   const QString sBefore = write("before.json", QString(R"({ "name": "LIB", "entities": [ %1 ] })").arg(QString(k_sAuthor).arg("")).toUtf8());
+   const QString sAfter = write("after.json", QString(R"({ "name": "LIB", "entities": [ %1, {"name": "Book", "table": "book", "properties": [
+      {"name": "id", "type": "long", "primary_key": true}, {"name": "author", "relation": {"kind": "many_to_one", "target": "Author"}} ]} ] })")
+      .arg(QString(k_sAuthor).arg(R"(, {"name": "born", "type": "int"})")).toUtf8());
+   const QString sOut = m_dir.filePath("m.sql");
+   const auto migrateTo = [&](const QString & sDatabase) {
+      const QString sTarget = ((GetParam() == apply_sqlite) ? m_dir.filePath(sDatabase + ".db") : m_pServer->getUrl(sDatabase));
+      return test_support::runTavrel({ "migrate", sBefore, sAfter, "--dialect", dialectName(), "--database", sTarget, "-o", sOut });
+   };
+   const QString sOldScript = migrate({ write("empty.json", R"({"name": "LIB", "entities": []})"), sBefore });
+   QString sError;
+   ASSERT_TRUE(freshDatabase("sqlx_check_bare", sError)) << sError.toStdString();
+   ASSERT_TRUE(run("CREATE TABLE unrelated (id INT);\n", sError)) << sError.toStdString();
+   test_support::cli_result r = migrateTo("sqlx_check_bare");
+   EXPECT_EQ(r.code, 1);
+   EXPECT_TRUE(r.err.contains("table author of the old model is not in the database")) << r.err.toStdString();
+   EXPECT_FALSE(QFile::exists(sOut));
+
+   ASSERT_TRUE(freshDatabase("sqlx_check_taken", sError)) << sError.toStdString();
+   ASSERT_TRUE(run(sOldScript + "CREATE TABLE book (id INT);\nALTER TABLE author ADD COLUMN born INT;\n", sError)) << sError.toStdString();
+   r = migrateTo("sqlx_check_taken");
+   EXPECT_EQ(r.code, 1);
+   EXPECT_TRUE(r.err.contains("table book, which the script makes, is in the database already")) << r.err.toStdString();
+   EXPECT_TRUE(r.err.contains("column author.born, which the script adds, is in the database already")) << r.err.toStdString();
+   EXPECT_FALSE(QFile::exists(sOut));
+
+   if (GetParam() == apply_mariadb)
+   {
+      ASSERT_TRUE(freshDatabase("sqlx_check_types", sError)) << sError.toStdString();
+      ASSERT_TRUE(run("CREATE TABLE author (id INT NOT NULL, name TEXT, PRIMARY KEY (id));\n", sError)) << sError.toStdString();
+      r = migrateTo("sqlx_check_types");
+      EXPECT_EQ(r.code, 1);
+      EXPECT_TRUE(r.err.contains("key book.author is BIGINT but author.id in the database is int")) << r.err.toStdString();
+   }
+
+   ASSERT_TRUE(freshDatabase("sqlx_check_ready", sError)) << sError.toStdString();
+   ASSERT_TRUE(run(sOldScript, sError)) << sError.toStdString();
+   r = migrateTo("sqlx_check_ready");
+   ASSERT_EQ(r.code, 0) << r.err.toStdString();
+   QFile file(sOut);
+   ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+   EXPECT_TRUE(run(QString::fromUtf8(file.readAll()), sError)) << sError.toStdString();
+}
+
 INSTANTIATE_TEST_SUITE_P(SQLite, SqlApply, ::testing::Values(apply_sqlite), applyKindName);
 INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlApply, ::testing::Values(apply_postgresql), applyKindName);
 INSTANTIATE_TEST_SUITE_P(MariaDB, SqlApply, ::testing::Values(apply_mariadb), applyKindName);
 // MariaDB commits each schema change on its own: no one transaction to check there.
 INSTANTIATE_TEST_SUITE_P(SQLite, SqlApplyInOneTransaction, ::testing::Values(apply_sqlite), applyKindName);
 INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlApplyInOneTransaction, ::testing::Values(apply_postgresql), applyKindName);
+INSTANTIATE_TEST_SUITE_P(SQLite, SqlApplyChecked, ::testing::Values(apply_sqlite), applyKindName);
+INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlApplyChecked, ::testing::Values(apply_postgresql), applyKindName);
+INSTANTIATE_TEST_SUITE_P(MariaDB, SqlApplyChecked, ::testing::Values(apply_mariadb), applyKindName);
 INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlApplyDescriptions, ::testing::Values(apply_postgresql), applyKindName);
 INSTANTIATE_TEST_SUITE_P(MariaDB, SqlApplyDescriptions, ::testing::Values(apply_mariadb), applyKindName);
 INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlApplySchemas, ::testing::Values(apply_postgresql), applyKindName);
