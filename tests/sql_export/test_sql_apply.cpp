@@ -55,6 +55,7 @@ protected:
 using SqlApplyInOneTransaction = SqlApply;
 using SqlApplyDescriptions = SqlApply;
 using SqlApplyChecked = SqlApply;
+using SqlApplyDropsLast = SqlApply;
 using SqlApplySchemas = SqlApply;
 
 } // namespace
@@ -225,8 +226,10 @@ TEST(SqlApplySqlite, RebuildKeepsOrNamesWhatTheModelDoesNotKnow)
    EXPECT_TRUE(r.err.contains("lose CHECK constraint of table item (the model does not know it)")) << r.err.toStdString();
    r = test_support::runTavrel(lstArgs + QStringList { "--database", sChecked, "--allow-destructive" });
    EXPECT_EQ(r.code, 0) << r.err.toStdString();
-   r = test_support::runTavrel(QStringList { "migrate", sBefore, sAfter, "--dialect", "postgresql", "--database", sChecked });
+   // A database of another kind than the script's.
+   r = test_support::runTavrel(QStringList { "migrate", sBefore, sAfter, "--dialect", "postgresql", "--database", "sqlite:" + sChecked });
    EXPECT_EQ(r.code, 2);
+   EXPECT_TRUE(r.err.contains("is no postgresql database")) << r.err.toStdString();
    r = test_support::runTavrel(lstArgs + QStringList { "--database", dir.filePath("missing.db") });
    EXPECT_EQ(r.code, 1);
    EXPECT_FALSE(QFile::exists(dir.filePath("missing.db")));
@@ -334,6 +337,29 @@ TEST_P(SqlApplyChecked, DatabaseIsCheckedBeforeAnythingIsWritten)
    EXPECT_TRUE(run(QString::fromUtf8(file.readAll()), sError)) << sError.toStdString();
 }
 
+// MariaDB commits each step: when one fails, the columns and tables the old version reads are
+// still there with their rows, since drops come last.
+TEST_P(SqlApplyDropsLast, FailingStepLeavesWhatTheOldVersionReads)
+{
+   const QString sModel = R"({ "name": "STORE", "entities": [ {"id": 1, "name": "Item", "table": "item", "properties": [
+      {"id": 1, "name": "id", "type": "long", "primary_key": true}, {"id": 2, "name": "code", "type": "QString", "max_length": 20%1}%2 ]}%3 ] })";
+   const model::project_ptr pBefore = modelFromJson(sModel.arg("", R"(, {"id": 3, "name": "legacy", "type": "int"})",
+      R"(, {"id": 2, "name": "Old", "table": "old_rows", "properties": [ {"id": 10, "name": "id", "type": "long", "primary_key": true} ]})").toUtf8());
+   const model::project_ptr pAfter = modelFromJson(sModel.arg(R"(, "unique": true)", R"(, {"id": 4, "name": "colour", "type": "QString"})", "").toUtf8());
+   ASSERT_TRUE(pBefore && pAfter);
+   QString sError;
+   ASSERT_TRUE(freshDatabase("sqlx_apply_order", sError)) << sError.toStdString();
+   ASSERT_TRUE(run(scriptOf(* pBefore, dialect()) + "INSERT INTO item (id, code, legacy) VALUES (1, 'A', 10);\nINSERT INTO item (id, code, legacy) VALUES (2, 'A', 20);\n"
+                   "INSERT INTO old_rows (id) VALUES (7);\n", sError)) << sError.toStdString();
+   const sql_export::sql_dialect d(dialect());
+   const sql_export::migration_plan plan = sql_export::schema_migration::plan(sql_export::schema_builder::build(* pBefore, d, {}),
+                                                                              sql_export::schema_builder::build(* pAfter, d, {}), d);
+   const QString sScript = sql_export::schema_migration::write(plan, d, { "STORE", "a" }, { "STORE", "b" });
+   EXPECT_FALSE(run(sScript, sError)) << sScript.toStdString();
+   EXPECT_EQ(values("SELECT legacy FROM item ORDER BY id"), QStringList({ "10", "20" }));
+   EXPECT_EQ(values("SELECT id FROM old_rows"), QStringList("7"));
+}
+
 INSTANTIATE_TEST_SUITE_P(SQLite, SqlApply, ::testing::Values(apply_sqlite), applyKindName);
 INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlApply, ::testing::Values(apply_postgresql), applyKindName);
 INSTANTIATE_TEST_SUITE_P(MariaDB, SqlApply, ::testing::Values(apply_mariadb), applyKindName);
@@ -343,6 +369,7 @@ INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlApplyInOneTransaction, ::testing::Values
 INSTANTIATE_TEST_SUITE_P(SQLite, SqlApplyChecked, ::testing::Values(apply_sqlite), applyKindName);
 INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlApplyChecked, ::testing::Values(apply_postgresql), applyKindName);
 INSTANTIATE_TEST_SUITE_P(MariaDB, SqlApplyChecked, ::testing::Values(apply_mariadb), applyKindName);
+INSTANTIATE_TEST_SUITE_P(MariaDB, SqlApplyDropsLast, ::testing::Values(apply_mariadb), applyKindName);
 INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlApplyDescriptions, ::testing::Values(apply_postgresql), applyKindName);
 INSTANTIATE_TEST_SUITE_P(MariaDB, SqlApplyDescriptions, ::testing::Values(apply_mariadb), applyKindName);
 INSTANTIATE_TEST_SUITE_P(PostgreSQL, SqlApplySchemas, ::testing::Values(apply_postgresql), applyKindName);

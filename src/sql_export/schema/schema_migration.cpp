@@ -62,6 +62,8 @@ class planner
    const QHash<QString, int> m_hashFromNames;
    const QHash<QString, int> m_hashToNames;
    QSet<QString> m_setRebuilt;
+   // Drops whose name nothing new takes: MariaDB runs them last (see run).
+   QSet<qsizetype> m_setDeferred;
    migration_plan m_plan;
 
 public:
@@ -153,7 +155,11 @@ void planner::changeColumns(const sql_table & o, const sql_table & n, bool bSql)
 {
    const QString & t = n.sName;
    for (const sql_column & c : o.lstColumns)
-   { if (! columnOf(n, c.sKey, true)) { add("drop column " + t + '.' + c.sName, bSql ? migration_sql::dropColumn(t, c.sName, m_d) : QString(), true); } }
+   {
+      if (columnOf(n, c.sKey, true)) { continue; }
+      add("drop column " + t + '.' + c.sName, bSql ? migration_sql::dropColumn(t, c.sName, m_d) : QString(), true);
+      if (! columnOf(n, c.sName, false)) { m_setDeferred.insert(m_plan.lstSteps.size() - 1); }
+   }
    for (const sql_column & c : n.lstColumns)
    {
       const sql_column * pOld = columnOf(o, c.sKey, true);
@@ -238,7 +244,12 @@ migration_plan planner::run()
       if (x.bForeignKey || setNew.contains(x.sIdentity) || ! m_hashTo.contains(x.sTableKey) || m_setRebuilt.contains(x.sTableKey)) { continue; }
       add("drop " + x.sText, x.sDrop);
    }
-   for (const sql_table & o : m_from.lstTables) { if (! m_hashTo.contains(o.sKey)) { add("drop table " + o.sName, "DROP TABLE " + m_d.table(o.sName) + ";\n", true); } }
+   for (const sql_table & o : m_from.lstTables)
+   {
+      if (m_hashTo.contains(o.sKey)) { continue; }
+      add("drop table " + o.sName, "DROP TABLE " + m_d.table(o.sName) + ";\n", true);
+      if (! m_hashToNames.contains(o.sName)) { m_setDeferred.insert(m_plan.lstSteps.size() - 1); }
+   }
    for (const sql_table & n : m_to.lstTables)
    {
       const int i = m_hashFrom.value(n.sKey, -1);
@@ -259,6 +270,14 @@ migration_plan planner::run()
       add("create " + x.sText, x.sCreate);
    }
    for (const derived_object & x : lstNew) { if (x.bForeignKey && ! setOld.contains(x.sIdentity)) { add("add " + x.sText, x.sCreate); } }
+   // MariaDB commits step by step: with the drops last, a step that fails leaves every table and
+   // column the old version reads, so the database stays usable by it.
+   if (m_d.kind() == dialect_mariadb)
+   {
+      QList<migration_step> lstFirst, lstLast;
+      for (qsizetype i = 0; i < m_plan.lstSteps.size(); ++i) { (m_setDeferred.contains(i) ? lstLast : lstFirst).append(m_plan.lstSteps.at(i)); }
+      m_plan.lstSteps = lstFirst + lstLast;
+   }
    return m_plan;
 }
 
