@@ -305,7 +305,8 @@ QString failureNote(const migration_plan & plan, const sql_dialect & d)
    {
       case dialect_mariadb:
          s = "-- If a step fails: MariaDB has committed the steps before it and none after it. The database is\n"
-             "-- left between the two versions; fix the cause and run the script again from the failing step.\n";
+             "-- left between the two versions; fix the cause and run the script again from the failing step.\n"
+             "-- Tables and columns are dropped last: until then the old version finds what it reads.\n";
          break;
       case dialect_postgresql:
          s = "-- If a step fails, the transaction is rolled back and the database is left as it was\n"
