@@ -43,6 +43,13 @@ TEST(SqlSharedTables, CheckReportsTwoEntitiesOnOneTable)
    model::schema_check check;
    EXPECT_EQ(messagesOf(check.run(* p)), lstExpected);
    EXPECT_EQ(messagesOf(check.run(* p)), lstExpected);
+   // An edit that removes the second user: its kept entries do not keep the clash, and putting
+   // it back reports it again without checking the entity anew.
+   const model::entity_ptr pShrub = p->getListOfAllEntities()->takeLast();
+   EXPECT_TRUE(messagesOf(check.run(* p)).isEmpty());
+   EXPECT_EQ(check.checkedItems(), 0);
+   p->getListOfAllEntities()->append(pShrub);
+   EXPECT_EQ(messagesOf(check.run(* p)), lstExpected);
 }
 
 TEST(SqlSharedTables, AbstractEntityAndOtherTablesAreNoClash)
