@@ -101,7 +101,7 @@ TEST(SqlMigration, TypeChangesPerDatabase)
    EXPECT_TRUE(sqlOf(planOf(s_base, wider, dialect_mariadb)).contains("ALTER TABLE book MODIFY COLUMN pages BIGINT;"));
    const migration_plan lite = planOf(s_base, wider, dialect_sqlite);
    EXPECT_EQ(textsOf(lite), QStringList({ "change column book.pages: type INT to INTEGER", "rebuild table book with its rows (SQLite alters no column in place)" }));
-   EXPECT_TRUE(sqlOf(lite).contains("DROP TABLE book;\nALTER TABLE tavrel_new_book RENAME TO book;"));
+   EXPECT_TRUE(sqlOf(lite).contains("DROP TABLE book;\nPRAGMA legacy_alter_table = ON;\nALTER TABLE tavrel_new_book RENAME TO book;\nPRAGMA legacy_alter_table = OFF;"));
 }
 
 TEST(SqlMigration, NarrowingTypeIsDestructive)
@@ -187,7 +187,14 @@ TEST(SqlMigration, ScriptNamesBothVersionsAndListsEverySteps)
    const migration_plan plan = planOf(s_base, library(k_sTitle), dialect_postgresql);
    const QString s = schema_migration::write(plan, d, { "LIB", "old.json" }, { "LIB 2", "new.tavrel" });
    EXPECT_TRUE(s.startsWith("-- Migration of a database for postgresql, written by Tavrel\n-- From: model 'LIB' (old.json)\n-- To:   model 'LIB 2' (new.tavrel)\n"
-                            "-- Steps:\n--   1. drop column book.pages (loses data)\nBEGIN;\n")) << s.toStdString();
+                            "-- Steps:\n--   1. drop column book.pages (loses data)\n"
+                            "-- If a step fails, the transaction is rolled back and the database is left as it was\n"
+                            "-- (psql -v ON_ERROR_STOP=1 stops there).\nBEGIN;\n")) << s.toStdString();
+   // MariaDB's header says what a failed step leaves; SQLite's what a rebuild loses.
+   EXPECT_TRUE(schema_migration::write(plan, sql_dialect(dialect_mariadb), { "LIB", "a" }, { "LIB", "b" }).contains("-- If a step fails: MariaDB has committed the steps before it"));
+   const QString sLite = schema_migration::write(planOf(s_base, library(k_sTitle), dialect_sqlite), sql_dialect(dialect_sqlite), { "LIB", "a" }, { "LIB", "b" });
+   EXPECT_TRUE(sLite.contains("sqlite3 -bail")) << sLite.toStdString();
+   EXPECT_TRUE(sLite.contains("-- A rebuilt table loses what the model does not know of it")) << sLite.toStdString();
    EXPECT_TRUE(s.endsWith("\n-- 1. drop column book.pages (loses data)\nALTER TABLE book DROP COLUMN pages;\n\nCOMMIT;\n")) << s.toStdString();
    const QString none = schema_migration::write(migration_plan(), d, { "LIB", "a.json" }, { "LIB", "b.json" });
    EXPECT_TRUE(none.endsWith("-- Nothing to change: both versions have the same schema.\n"));

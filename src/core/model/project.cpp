@@ -175,6 +175,7 @@ zy::ZyInvalidValueX project::checkSchema() const
          if (lstEntities.at(i)) { checkEntity(lstResult, lstEntities.at(i), i, hashEntities, hashEnums); }
       }
       appendParentCycles(lstResult, lstEntities);
+      appendSharedTables(lstResult, lstEntities);
       for (qsizetype i = 0; i < lstEnums.size(); ++i)
       {
          if (lstEnums.at(i)) { checkEnumeration(lstResult, lstEnums.at(i), i, hashEntities, hashEnums); }

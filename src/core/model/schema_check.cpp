@@ -169,6 +169,7 @@ zy::ZyInvalidValueX schema_check::run(const project & p)
       lstTexts.append(e.texts);
    }
    appendParentCycles(lstResult, lstEntities);
+   appendSharedTables(lstResult, lstEntities);
 
    for (qsizetype i = 0; i < lstEnums.size(); ++i)
    {

@@ -176,6 +176,43 @@ void appendParentCycles(zy::ZyInvalidValueX & lst, const list_of_entity & lstEnt
    }
 }
 
+void appendSharedTables(zy::ZyInvalidValueX & lst, const list_of_entity & lstEntities)
+{
+   QHash<QString, qsizetype> hashFirst;
+   const auto claim = [&](const QString & sTable, qsizetype i, const QString & sWhat) {
+      const qsizetype iFirst = hashFirst.value(sTable.toLower(), -1);
+      if (iFirst < 0) { hashFirst.insert(sTable.toLower(), i); return; }
+      lst.append(zy::ZyInvalidValue(QString("%1 : %2 is also the table of %3").arg(entityLabel(lstEntities.at(i), i), sWhat,
+                                                                                entityLabel(lstEntities.at(iFirst), iFirst)), entityPath(i)));
+   };
+   // An entity defined twice is reported as such, not as two users of its table.
+   QSet<QString> setKeys;
+   for (qsizetype i = 0; i < lstEntities.size(); ++i)
+   {
+      const entity_ptr & p = lstEntities.at(i);
+      if (! p || (p->getName().isEmpty() && p->getTableName().isEmpty())) { continue; }
+      if (setKeys.contains(p->getKey())) { continue; }
+      setKeys.insert(p->getKey());
+      if (! p->isAbstract())
+      {
+         const QString sTable = (p->getTableName().isEmpty() ? p->getName() : p->getTableName());
+         claim(sTable, i, "table '" + sTable + "'");
+      }
+   }
+   // Both sides of a relation may name its join table: only an entity's table clashes with it.
+   for (qsizetype i = 0; i < lstEntities.size(); ++i)
+   {
+      if (! lstEntities.at(i)) { continue; }
+      for (const property_ptr & pProperty : lstEntities.at(i)->getOwnProperties())
+      {
+         const relationship_ptr pRelation = (pProperty ? pProperty->getRelation() : relationship_ptr());
+         if (! pRelation || (pRelation->getType() != relationship::many_to_many) || pRelation->getExtraTable().isEmpty()) { continue; }
+         const qsizetype iFirst = hashFirst.value(pRelation->getExtraTable().toLower(), -1);
+         if ((iFirst >= 0) && lstEntities.at(iFirst)) { claim(pRelation->getExtraTable(), i, "join table '" + pRelation->getExtraTable() + "' of '" + pProperty->getName() + "'"); }
+      }
+   }
+}
+
 void checkEntity(zy::ZyInvalidValueX & lst, const entity_ptr & pEntity, qsizetype i,
                  const key_table & hashEntities, const key_table & hashEnums)
 {

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "tavrelcore_export.h"
 #include "model/model_fwd.h"
 #include "zy/ZyInvalidValue.h"
 
@@ -51,6 +52,9 @@ QString entityPath(qsizetype i);
 void checkProjectName(zy::ZyInvalidValueX & lst, const QString & sName);
 // Each inheritance cycle once, at its first member in document order.
 void appendParentCycles(zy::ZyInvalidValueX & lst, const list_of_entity & lstEntities);
+// Two entities, or an entity and a many-to-many join table, on one table (names compared as
+// SQLite does, without case): each at its second user. The SQL export and migrate refuse so too.
+TAVRELCORE_EXPORT void appendSharedTables(zy::ZyInvalidValueX & lst, const list_of_entity & lstEntities);
 // Name, namespace, repeated key, parent, validator and every property of the entity at index i.
 void checkEntity(zy::ZyInvalidValueX & lst, const entity_ptr & pEntity, qsizetype i,
                  const key_table & hashEntities, const key_table & hashEnums);

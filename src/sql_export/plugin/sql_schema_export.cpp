@@ -14,6 +14,7 @@
 #include "gui/view/main_wnd.h"
 #include "model/plugin_params.h"
 #include "model/project.h"
+#include "model/schema_items.h"
 #include "sql_export/schema/script_file.h"
 #include "sql_export/schema/schema_script.h"
 #include "sql_export/view/sql_export_preview.h"
@@ -163,6 +164,11 @@ zy::ZyBool sql_schema_export::exportProject(model::project & project)
    { return zy::ZyBool(false, "Unknown SQL dialect '" + m_sDialect + "' (known : " + sql_export::sql_dialect::knownNames() + ")"); }
    const sql_export::sql_dialect dialect(eDialect);
    m_sDialect = dialect.name();
+
+   // Two entities on one table would make it twice.
+   zy::ZyInvalidValueX lstShared;
+   model::schema_items::appendSharedTables(lstShared, * project.getListOfAllEntities());
+   if (! lstShared.isEmpty()) { return zy::ZyBool(false, lstShared.first().getMessage()); }
 
    tools::wait_cursor wait;
    sql_export::schema_options options;

@@ -71,44 +71,70 @@ bool migration_sql::isNarrowing(const QString & sOldType, const QString & sNewTy
 
 QString migration_sql::renameTable(const QString & sOld, const QString & sNew, const sql_dialect & d)
 {
-   const QString s = "ALTER TABLE " + d.quote(sOld) + " RENAME TO " + d.quote(sNew) + ";\n";
+   if (d.kind() != dialect_postgresql) { return "ALTER TABLE " + d.table(sOld) + " RENAME TO " + d.table(sNew) + ";\n"; }
+   // PostgreSQL renames within the schema: a move is its own statement, to the default schema
+   // when the new name has none.
+   QString s;
+   const QString sOldSchema = d.schemaOf(sOld), sNewSchema = d.schemaOf(sNew);
+   const QString sOldBare = d.bareTable(sOld), sNewBare = d.bareTable(sNew);
+   if (sOldSchema != sNewSchema)
+   {
+      const QString sTo = (sNewSchema.isEmpty() ? QString("public") : sNewSchema);
+      if (! sNewSchema.isEmpty()) { s += "CREATE SCHEMA IF NOT EXISTS " + d.quote(sNewSchema) + ";\n"; }
+      s += "ALTER TABLE " + d.table(sOld) + " SET SCHEMA " + d.quote(sTo) + ";\n";
+   }
+   const QString sMoved = (sNewSchema.isEmpty() ? sOldBare : sNewSchema + '.' + sOldBare);
+   if (sOldBare == sNewBare) { return s; }
+   s += "ALTER TABLE " + d.table(sMoved) + " RENAME TO " + d.quote(sNewBare) + ";\n";
    // PostgreSQL names the primary key after the table it was made with: the name follows the
    // table, so that a later change of the key finds it.
-   if (d.kind() != dialect_postgresql) { return s; }
-   return s + "ALTER INDEX IF EXISTS " + d.quote(sOld + "_pkey") + " RENAME TO " + d.quote(sNew + "_pkey") + ";\n";
+   return s + "ALTER INDEX IF EXISTS " + d.indexName(sNew, sOldBare + "_pkey") + " RENAME TO " + d.quote(sNewBare + "_pkey") + ";\n";
 }
 
 QString migration_sql::renameColumn(const QString & sTable, const QString & sOld, const QString & sNew, const sql_dialect & d)
 {
-   return "ALTER TABLE " + d.quote(sTable) + " RENAME COLUMN " + d.quote(sOld) + " TO " + d.quote(sNew) + ";\n";
+   return "ALTER TABLE " + d.table(sTable) + " RENAME COLUMN " + d.quote(sOld) + " TO " + d.quote(sNew) + ";\n";
 }
 
 QString migration_sql::dropColumn(const QString & sTable, const QString & sColumn, const sql_dialect & d)
 {
-   return "ALTER TABLE " + d.quote(sTable) + " DROP COLUMN " + d.quote(sColumn) + ";\n";
+   return "ALTER TABLE " + d.table(sTable) + " DROP COLUMN " + d.quote(sColumn) + ";\n";
 }
 
-QString migration_sql::addColumn(const QString & sTable, const sql_column & c, const sql_dialect & d)
+QString migration_sql::tableComment(const sql_table & t, const sql_dialect & d)
 {
-   const QString sAlter = "ALTER TABLE " + d.quote(sTable);
+   if (d.kind() == dialect_mariadb) { return "ALTER TABLE " + d.table(t.sName) + " COMMENT = " + d.literal(t.sComment) + ";\n"; }
+   if (d.kind() != dialect_postgresql) { return QString(); }
+   return "COMMENT ON TABLE " + d.table(t.sName) + " IS " + (t.sComment.isEmpty() ? QString("NULL") : d.literal(t.sComment)) + ";\n";
+}
+
+QString migration_sql::columnComment(const QString & sTable, const sql_column & c, const sql_dialect & d)
+{
+   if (d.kind() == dialect_mariadb) { return "ALTER TABLE " + d.table(sTable) + " MODIFY COLUMN " + schema_script::columnDefinition(c, d) + ";\n"; }
+   if (d.kind() != dialect_postgresql) { return QString(); }
+   return "COMMENT ON COLUMN " + d.table(sTable) + '.' + d.quote(c.sName) + " IS " + (c.sComment.isEmpty() ? QString("NULL") : d.literal(c.sComment)) + ";\n";
+}
+
+QString migration_sql::addColumn(const QString & sTable, const sql_column & c, const sql_dialect & d, const QString & sPlace)
+{
+   const QString sAlter = "ALTER TABLE " + d.table(sTable);
    sql_column added = c;
    const bool bFill = (c.bNotNull && c.sDefault.isEmpty());
    if (bFill) { added.sDefault = fillValue(c, d); }
-   QString s = sAlter + " ADD COLUMN " + schema_script::columnDefinition(added, d) + ";\n";
+   QString s = sAlter + " ADD COLUMN " + schema_script::columnDefinition(added, d) + sPlace + ";\n";
    // The rows already there got the fill value; new rows must give one, as the model says.
    if (bFill && (d.kind() != dialect_sqlite)) { s += sAlter + " ALTER COLUMN " + d.quote(c.sName) + " DROP DEFAULT;\n"; }
-   if ((d.kind() == dialect_postgresql) && ! c.sComment.isEmpty())
-   { s += "COMMENT ON COLUMN " + d.quote(sTable) + '.' + d.quote(c.sName) + " IS " + d.literal(c.sComment) + ";\n"; }
+   if ((d.kind() == dialect_postgresql) && ! c.sComment.isEmpty()) { s += columnComment(sTable, c, d); }
    return s;
 }
 
 QString migration_sql::alterColumn(const QString & sTable, const sql_column & o, const sql_column & n, const sql_dialect & d)
 {
-   const QString sAlter = "ALTER TABLE " + d.quote(sTable);
+   const QString sAlter = "ALTER TABLE " + d.table(sTable);
    const QString sColumn = d.quote(n.sName);
    QString s;
    // Rows without a value get one before the column refuses NULL.
-   if (n.bNotNull && ! o.bNotNull) { s += "UPDATE " + d.quote(sTable) + " SET " + sColumn + " = " + fillValue(n, d) + " WHERE " + sColumn + " IS NULL;\n"; }
+   if (n.bNotNull && ! o.bNotNull) { s += "UPDATE " + d.table(sTable) + " SET " + sColumn + " = " + fillValue(n, d) + " WHERE " + sColumn + " IS NULL;\n"; }
    if (d.kind() == dialect_mariadb) { return s + sAlter + " MODIFY COLUMN " + schema_script::columnDefinition(n, d) + ";\n"; }
    const QString sAlterColumn = sAlter + " ALTER COLUMN " + sColumn;
    const bool bType = (o.sType != n.sType);
@@ -128,9 +154,9 @@ QString migration_sql::alterColumn(const QString & sTable, const sql_column & o,
 
 QString migration_sql::changePrimaryKey(const sql_table & t, bool bDrop, const sql_dialect & d)
 {
-   const QString sAlter = "ALTER TABLE " + d.quote(t.sName);
+   const QString sAlter = "ALTER TABLE " + d.table(t.sName);
    if (bDrop)
-   { return sAlter + ((d.kind() == dialect_mariadb) ? QString(" DROP PRIMARY KEY;\n") : " DROP CONSTRAINT IF EXISTS " + d.quote(t.sName + "_pkey") + ";\n"); }
+   { return sAlter + ((d.kind() == dialect_mariadb) ? QString(" DROP PRIMARY KEY;\n") : " DROP CONSTRAINT IF EXISTS " + d.quote(d.bareTable(t.sName) + "_pkey") + ";\n"); }
    QStringList lstKey;
    for (const QString & k : t.lstPrimaryKey) { lstKey.append(d.quote(k)); }
    return (lstKey.isEmpty() ? QString() : sAlter + " ADD PRIMARY KEY (" + lstKey.join(", ") + ");\n");
@@ -142,7 +168,7 @@ QString migration_sql::rebuildTable(const sql_table & o, const sql_table & n, co
    sql_table bare = n;
    for (sql_column & c : bare.lstColumns) { c.bUnique = false; c.bIndex = false; }
    QString sCreate = schema_script::createTable(bare, d, {}, true);
-   sCreate = "CREATE TABLE " + d.quote(sTemporary) + sCreate.mid(QString("CREATE TABLE " + d.quote(n.sName)).size());
+   sCreate = "CREATE TABLE " + d.quote(sTemporary) + sCreate.mid(QString("CREATE TABLE " + d.table(n.sName)).size());
    QStringList lstTo, lstFrom;
    for (const sql_column & c : n.lstColumns)
    {
@@ -157,9 +183,11 @@ QString migration_sql::rebuildTable(const sql_table & o, const sql_table & n, co
    }
    QString s = sCreate;
    if (! lstTo.isEmpty())
-   { s += "INSERT INTO " + d.quote(sTemporary) + " (" + lstTo.join(", ") + ") SELECT " + lstFrom.join(", ") + " FROM " + d.quote(o.sName) + ";\n"; }
-   s += "DROP TABLE " + d.quote(o.sName) + ";\n";
-   return s + renameTable(sTemporary, n.sName, d) + sIndexes;
+   { s += "INSERT INTO " + d.quote(sTemporary) + " (" + lstTo.join(", ") + ") SELECT " + lstFrom.join(", ") + " FROM " + d.table(o.sName) + ";\n"; }
+   s += "DROP TABLE " + d.table(o.sName) + ";\n";
+   // A view that reads the table would stop the rename (its table is gone for a moment): the
+   // legacy rename leaves views and triggers as written, reading the new table by its name.
+   return s + "PRAGMA legacy_alter_table = ON;\n" + renameTable(sTemporary, n.sName, d) + "PRAGMA legacy_alter_table = OFF;\n" + sIndexes;
 }
 
 } // namespace sql_export

@@ -21,7 +21,12 @@ public:
    static QString renameColumn(const QString & sTable, const QString & sOld, const QString & sNew, const sql_dialect & dialect);
    static QString dropColumn(const QString & sTable, const QString & sColumn, const sql_dialect & dialect);
    // ADD COLUMN; a NOT NULL column without default gets its fill value for the rows already there.
-   static QString addColumn(const QString & sTable, const sql_column & column, const sql_dialect & dialect);
+   // sPlace ends the column's definition (MariaDB: " FIRST" or " AFTER name").
+   static QString addColumn(const QString & sTable, const sql_column & column, const sql_dialect & dialect, const QString & sPlace = QString());
+   // The statement that gives the table its description (none in SQLite, which keeps none).
+   static QString tableComment(const sql_table & table, const sql_dialect & dialect);
+   // The statement that gives a column its description (MariaDB: the column defined again).
+   static QString columnComment(const QString & sTable, const sql_column & column, const sql_dialect & dialect);
    // The statements that turn the old column into the new one, same name (PostgreSQL and MariaDB).
    static QString alterColumn(const QString & sTable, const sql_column & oldColumn, const sql_column & newColumn, const sql_dialect & dialect);
    // Drops the table's primary key (before its columns change; PostgreSQL: the key named

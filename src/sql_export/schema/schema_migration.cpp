@@ -3,6 +3,8 @@
 #include <QHash>
 #include <QSet>
 
+#include <algorithm>
+
 #include "model/entity.h"
 #include "model/project.h"
 #include "model/property.h"
@@ -60,6 +62,8 @@ class planner
    const QHash<QString, int> m_hashFromNames;
    const QHash<QString, int> m_hashToNames;
    QSet<QString> m_setRebuilt;
+   // Drops whose name nothing new takes: MariaDB runs them last (see run).
+   QSet<qsizetype> m_setDeferred;
    migration_plan m_plan;
 
 public:
@@ -79,6 +83,7 @@ private:
    bool needsRebuild(const sql_table & o, const sql_table & n) const;
    void changeTable(const sql_table & o, const sql_table & n, bool bSql);
    void changeColumns(const sql_table & o, const sql_table & n, bool bSql);
+   void addColumns(const sql_table & o, const sql_table & n, bool bSql);
    QString indexesOf(const QString & sTableKey, const QList<derived_object> & lst) const;
 };
 
@@ -105,14 +110,14 @@ QList<derived_object> planner::derivedObjects(const sql_schema & s) const
    QList<derived_object> lst;
    for (const sql_table & t : s.lstTables)
    {
-      const QString sTable = m_d.quote(t.sName);
+      const QString sTable = m_d.table(t.sName);
       for (const sql_column & c : t.lstColumns)
       {
          for (const QString & sKind : { QString("ux"), QString("ix") })
          {
             if (! ((sKind == "ux") ? c.bUnique : c.bIndex)) { continue; }
             const QString sName = m_d.objectName(sKind, t.sName, c.sName);
-            const QString sDrop = "DROP INDEX IF EXISTS " + m_d.quote(sName) + ((m_d.kind() == dialect_mariadb) ? " ON " + sTable : QString()) + ";\n";
+            const QString sDrop = "DROP INDEX IF EXISTS " + m_d.indexName(t.sName, sName) + ((m_d.kind() == dialect_mariadb) ? " ON " + sTable : QString()) + ";\n";
             const QString sCreate = ((sKind == "ux") ? "CREATE UNIQUE INDEX " : "CREATE INDEX ") + m_d.quote(sName) + " ON " + sTable + " (" + m_d.quote(c.sName) + ");\n";
             const QString sText = ((sKind == "ux") ? "unique index " : "index ") + sName + " of table " + t.sName;
             lst.append(derived_object { sKind + '|' + sName + '|' + t.sKey + '|' + c.sKey, t.sKey, sText, sCreate, sDrop, false });
@@ -157,15 +162,18 @@ void planner::changeColumns(const sql_table & o, const sql_table & n, bool bSql)
 {
    const QString & t = n.sName;
    for (const sql_column & c : o.lstColumns)
-   { if (! columnOf(n, c.sKey, true)) { add("drop column " + t + '.' + c.sName, bSql ? migration_sql::dropColumn(t, c.sName, m_d) : QString(), true); } }
+   {
+      if (columnOf(n, c.sKey, true)) { continue; }
+      add("drop column " + t + '.' + c.sName, bSql ? migration_sql::dropColumn(t, c.sName, m_d) : QString(), true);
+      if (! columnOf(n, c.sName, false)) { m_setDeferred.insert(m_plan.lstSteps.size() - 1); }
+   }
    for (const sql_column & c : n.lstColumns)
    {
       const sql_column * pOld = columnOf(o, c.sKey, true);
       if (pOld && (pOld->sName != c.sName))
       { add("rename column " + t + '.' + pOld->sName + " to " + c.sName, bSql ? migration_sql::renameColumn(t, pOld->sName, c.sName, m_d) : QString()); }
    }
-   for (const sql_column & c : n.lstColumns)
-   { if (! columnOf(o, c.sKey, true)) { add("add column " + t + '.' + c.sName, bSql ? migration_sql::addColumn(t, c, m_d) : QString()); } }
+   addColumns(o, n, bSql);
    for (const sql_column & c : n.lstColumns)
    {
       const sql_column * pOld = columnOf(o, c.sKey, true);
@@ -177,11 +185,38 @@ void planner::changeColumns(const sql_table & o, const sql_table & n, bool bSql)
       if (pOld->sDefault != c.sDefault) { lstWhat.append(c.sDefault.isEmpty() ? QString("no default") : "default " + c.sDefault); }
       add("change column " + t + '.' + c.sName + ": " + lstWhat.join(", "), bSql ? migration_sql::alterColumn(t, * pOld, c, m_d) : QString(), bNarrowing);
    }
+   // MariaDB's new definition above carries the description; SQLite keeps none.
+   for (const sql_column & c : n.lstColumns)
+   {
+      const sql_column * pOld = columnOf(o, c.sKey, true);
+      if (! bSql || ! pOld || (pOld->sComment == c.sComment) || (m_d.kind() == dialect_sqlite)) { continue; }
+      if ((m_d.kind() == dialect_mariadb) && columnChanged(* pOld, c)) { continue; }
+      add("change the description of column " + t + '.' + c.sName, migration_sql::columnComment(t, c, m_d));
+   }
+}
+
+void planner::addColumns(const sql_table & o, const sql_table & n, bool bSql)
+{
+   for (int k = 0; k < n.lstColumns.size(); ++k)
+   {
+      const sql_column & c = n.lstColumns.at(k);
+      if (columnOf(o, c.sKey, true)) { continue; }
+      // MariaDB puts the column where the model has it; the others add it at the end.
+      QString sPlace, sNote;
+      if (m_d.kind() == dialect_mariadb) { sPlace = ((k == 0) ? QString(" FIRST") : " AFTER " + m_d.quote(n.lstColumns.at(k - 1).sName)); }
+      else if (bSql)
+      {
+         const auto itLater = std::find_if(n.lstColumns.cbegin() + k + 1, n.lstColumns.cend(), [&o](const sql_column & x) { return columnOf(o, x.sKey, true) != nullptr; });
+         if (itLater != n.lstColumns.cend()) { sNote = " (at the end of the table, not before " + itLater->sName + ": " + m_d.name() + " adds no column in between)"; }
+      }
+      add("add column " + n.sName + '.' + c.sName + sNote, bSql ? migration_sql::addColumn(n.sName, c, m_d, sPlace) : QString());
+   }
 }
 
 void planner::changeTable(const sql_table & o, const sql_table & n, bool bSql)
 {
    if (o.sName != n.sName) { add("rename table " + o.sName + " to " + n.sName, bSql ? migration_sql::renameTable(o.sName, n.sName, m_d) : QString()); }
+   if ((o.sComment != n.sComment) && (m_d.kind() != dialect_sqlite)) { add("change the description of table " + n.sName, migration_sql::tableComment(n, m_d)); }
    // A column leaves the key before it may change (a key column is always NOT NULL).
    const bool bKey = (primaryKeys(o) != primaryKeys(n));
    if (bKey && ! o.lstPrimaryKey.isEmpty()) { add("drop the primary key of table " + n.sName, bSql ? migration_sql::changePrimaryKey(n, true, m_d) : QString()); }
@@ -216,7 +251,12 @@ migration_plan planner::run()
       if (x.bForeignKey || setNew.contains(x.sIdentity) || ! m_hashTo.contains(x.sTableKey) || m_setRebuilt.contains(x.sTableKey)) { continue; }
       add("drop " + x.sText, x.sDrop);
    }
-   for (const sql_table & o : m_from.lstTables) { if (! m_hashTo.contains(o.sKey)) { add("drop table " + o.sName, "DROP TABLE " + m_d.quote(o.sName) + ";\n", true); } }
+   for (const sql_table & o : m_from.lstTables)
+   {
+      if (m_hashTo.contains(o.sKey)) { continue; }
+      add("drop table " + o.sName, "DROP TABLE " + m_d.table(o.sName) + ";\n", true);
+      if (! m_hashToNames.contains(o.sName)) { m_setDeferred.insert(m_plan.lstSteps.size() - 1); }
+   }
    // PostgreSQL's enumeration types before the columns of that type.
    const QString sTypes = schema_script::enumerationTypes(m_to.lstTables, m_d, schema_script::enumerationTypeNames(m_from.lstTables, m_d));
    if (! sTypes.isEmpty()) { add("create the enumeration types", sTypes); }
@@ -227,7 +267,10 @@ migration_plan planner::run()
       const bool bRebuild = m_setRebuilt.contains(n.sKey);
       changeTable(m_from.lstTables.at(i), n, ! bRebuild);
       if (bRebuild)
-      { add("rebuild table " + n.sName + " with its rows (SQLite alters no column in place)", migration_sql::rebuildTable(m_from.lstTables.at(i), n, indexesOf(n.sKey, lstNew), m_d)); }
+      {
+         add("rebuild table " + n.sName + " with its rows (SQLite alters no column in place)", migration_sql::rebuildTable(m_from.lstTables.at(i), n, indexesOf(n.sKey, lstNew), m_d));
+         m_plan.lstRebuilt.append({ m_from.lstTables.at(i).sName, n.sName });
+      }
    }
    for (const sql_table & n : m_to.lstTables)
    { if (! m_hashFrom.contains(n.sKey)) { add("create table " + n.sName, schema_script::createTable(n, m_d, {}, m_d.kind() == dialect_sqlite)); } }
@@ -237,6 +280,14 @@ migration_plan planner::run()
       add("create " + x.sText, x.sCreate);
    }
    for (const derived_object & x : lstNew) { if (x.bForeignKey && ! setOld.contains(x.sIdentity)) { add("add " + x.sText, x.sCreate); } }
+   // MariaDB commits step by step: with the drops last, a step that fails leaves every table and
+   // column the old version reads, so the database stays usable by it.
+   if (m_d.kind() == dialect_mariadb)
+   {
+      QList<migration_step> lstFirst, lstLast;
+      for (qsizetype i = 0; i < m_plan.lstSteps.size(); ++i) { (m_setDeferred.contains(i) ? lstLast : lstFirst).append(m_plan.lstSteps.at(i)); }
+      m_plan.lstSteps = lstFirst + lstLast;
+   }
    return m_plan;
 }
 
@@ -254,6 +305,37 @@ migration_plan schema_migration::plan(const sql_schema & from, const sql_schema 
    return planner(from, to, dialect).run();
 }
 
+namespace {
+
+// What a failing step leaves behind, and what a rebuild cannot keep, for the script's header.
+QString failureNote(const migration_plan & plan, const sql_dialect & d)
+{
+   QString s;
+   switch (d.kind())
+   {
+      case dialect_mariadb:
+         s = "-- If a step fails: MariaDB has committed the steps before it and none after it. The database is\n"
+             "-- left between the two versions; fix the cause and run the script again from the failing step.\n"
+             "-- Tables and columns are dropped last: until then the old version finds what it reads.\n";
+         break;
+      case dialect_postgresql:
+         s = "-- If a step fails, the transaction is rolled back and the database is left as it was\n"
+             "-- (psql -v ON_ERROR_STOP=1 stops there).\n";
+         break;
+      default:
+         s = "-- If a step fails, the transaction is rolled back and the database is left as it was, when the\n"
+             "-- run stops there: sqlite3 -bail (without it the shell goes on and commits what did run).\n";
+         if (! plan.lstRebuilt.isEmpty() && ! plan.bCatalogRead)
+         {
+            s += "-- A rebuilt table loses what the model does not know of it (other indexes, triggers, CHECK\n"
+                 "-- constraints, AUTOINCREMENT): tavrel migrate --database FILE keeps them or names them.\n";
+         }
+   }
+   return s;
+}
+
+} // namespace
+
 QString schema_migration::write(const migration_plan & plan, const sql_dialect & d, const migration_end & from, const migration_end & to)
 {
    const auto end = [](const migration_end & e) { return "model '" + schema_script::commentText(e.sProject) + "' (" + schema_script::commentText(e.sFile) + ")\n"; };
@@ -265,6 +347,7 @@ QString schema_migration::write(const migration_plan & plan, const sql_dialect &
       return QString("%1. %2%3").arg(i + 1).arg(schema_script::commentText(step.sText), step.bDestructive ? " (loses data)" : "");
    };
    for (int i = 0; i < plan.lstSteps.size(); ++i) { s += "--   " + stepLine(i) + '\n'; }
+   s += failureNote(plan, d);
    // SQLite checks no key while tables are rebuilt, as its documented procedure asks.
    if (d.kind() == dialect_sqlite) { s += "PRAGMA foreign_keys = OFF;\n"; }
    s += ((d.kind() == dialect_mariadb) ? QString("-- MariaDB commits each schema change on its own: no transaction\n") : QString("BEGIN;\n"));
@@ -272,6 +355,32 @@ QString schema_migration::write(const migration_plan & plan, const sql_dialect &
    if (d.kind() != dialect_mariadb) { s += "\nCOMMIT;\n"; }
    if (d.kind() == dialect_sqlite) { s += "PRAGMA foreign_keys = ON;\n"; }
    return s;
+}
+
+void schema_migration::keepCatalogObjects(migration_plan & plan, const sql_schema & to, const QList<catalog_object> & lstObjects)
+{
+   plan.bCatalogRead = true;
+   QHash<QString, QString> hashRebuilt;
+   for (const auto & r : plan.lstRebuilt) { hashRebuilt.insert(r.first, r.second); }
+   QHash<QString, const sql_table *> hashTo;
+   for (const sql_table & t : to.lstTables) { hashTo.insert(t.sName, & t); }
+   for (const catalog_object & x : lstObjects)
+   {
+      if (! hashRebuilt.contains(x.sTable)) { continue; }
+      const QString sNew = hashRebuilt.value(x.sTable);
+      const sql_table * pTable = hashTo.value(sNew, nullptr);
+      bool bKept = ! x.sSql.isEmpty() && pTable;
+      // Written for the old table: it must keep its name, and an index all its columns.
+      if (sNew != x.sTable) { bKept = false; }
+      for (const QString & sColumn : x.lstColumns)
+      {
+         const bool bThere = pTable && std::any_of(pTable->lstColumns.cbegin(), pTable->lstColumns.cend(), [&sColumn](const sql_column & c) { return c.sName == sColumn; });
+         if (! bThere) { bKept = false; }
+      }
+      const QString sWhat = x.sKind + (x.sName.isEmpty() ? QString() : ' ' + x.sName) + " of table " + x.sTable;
+      if (bKept) { plan.lstSteps.append(migration_step { "make " + sWhat + " again", x.sSql.trimmed() + (x.sSql.trimmed().endsWith(';') ? "\n" : ";\n"), false }); }
+      else { plan.lstSteps.append(migration_step { "lose " + sWhat + " (the model does not know it)", QString(), true }); }
+   }
 }
 
 QString schema_migration::keyByName(sql_schema & from, sql_schema & to, const migration_renames & renames)

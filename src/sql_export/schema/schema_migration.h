@@ -17,9 +17,23 @@ struct migration_step
    bool bDestructive = false;
 };
 
+// What a table of the database holds besides what the model knows: an index or a trigger (its
+// SQL, made again after a rebuild), or a CHECK constraint or AUTOINCREMENT (sSql empty: lost).
+struct catalog_object
+{
+   QString sTable;
+   QString sKind;      // "index", "trigger", "CHECK constraint", "AUTOINCREMENT"
+   QString sName;
+   QString sSql;
+   QStringList lstColumns;   // an index's columns
+};
+
 struct migration_plan
 {
    QList<migration_step> lstSteps;
+   // SQLite tables rebuilt: old name to new name.
+   QList<QPair<QString, QString> > lstRebuilt;
+   bool bCatalogRead = false;   // the objects above were looked up in the database
    bool isEmpty() const { return lstSteps.isEmpty(); }
    QStringList destructiveSteps() const;
 };
@@ -47,6 +61,10 @@ class schema_migration
 public:
    static migration_plan plan(const sql_schema & from, const sql_schema & to, const sql_dialect & dialect);
    static QString write(const migration_plan & plan, const sql_dialect & dialect, const migration_end & from, const migration_end & to);
+   // The objects of rebuilt tables that the model does not know, as the database's catalog
+   // lists them: indexes whose columns stay and triggers are made again after the rebuilds,
+   // the rest become destructive steps naming what is lost.
+   static void keepCatalogObjects(migration_plan & plan, const sql_schema & to, const QList<catalog_object> & lstObjects);
    // Keys every table and column by its name (a renamed one by its new name) for models whose
    // ids were not given by the user: ids numbered in document order would match by position.
    // Returns why the renames cannot be followed (two old tables or columns given one name), or

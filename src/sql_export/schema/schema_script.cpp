@@ -27,9 +27,9 @@ QString indexes(const sql_table & t, const sql_dialect & d)
    for (const sql_column & c : t.lstColumns)
    {
       if (c.bUnique)
-      { s += "CREATE UNIQUE INDEX " + d.quote(d.objectName("ux", t.sName, c.sName)) + " ON " + d.quote(t.sName) + " (" + d.quote(c.sName) + ");\n"; }
+      { s += "CREATE UNIQUE INDEX " + d.quote(d.objectName("ux", t.sName, c.sName)) + " ON " + d.table(t.sName) + " (" + d.quote(c.sName) + ");\n"; }
       if (c.bIndex)
-      { s += "CREATE INDEX " + d.quote(d.objectName("ix", t.sName, c.sName)) + " ON " + d.quote(t.sName) + " (" + d.quote(c.sName) + ");\n"; }
+      { s += "CREATE INDEX " + d.quote(d.objectName("ix", t.sName, c.sName)) + " ON " + d.table(t.sName) + " (" + d.quote(c.sName) + ");\n"; }
    }
    for (const sql_index & i : t.lstIndexes) { s += schema_script::createIndex(t, i, d); }
    return s;
@@ -39,10 +39,10 @@ QString comments(const sql_table & t, const sql_dialect & d)
 {
    if (d.kind() != dialect_postgresql) { return QString(); }
    QString s;
-   if (! t.sComment.isEmpty()) { s += "COMMENT ON TABLE " + d.quote(t.sName) + " IS " + d.literal(t.sComment) + ";\n"; }
+   if (! t.sComment.isEmpty()) { s += "COMMENT ON TABLE " + d.table(t.sName) + " IS " + d.literal(t.sComment) + ";\n"; }
    for (const sql_column & c : t.lstColumns)
    {
-      if (! c.sComment.isEmpty()) { s += "COMMENT ON COLUMN " + d.quote(t.sName) + '.' + d.quote(c.sName) + " IS " + d.literal(c.sComment) + ";\n"; }
+      if (! c.sComment.isEmpty()) { s += "COMMENT ON COLUMN " + d.table(t.sName) + '.' + d.quote(c.sName) + " IS " + d.literal(c.sComment) + ";\n"; }
    }
    return s;
 }
@@ -115,7 +115,7 @@ QString schema_script::createIndex(const sql_table & t, const sql_index & i, con
       const int iLength = i.lstLengths.value(k);
       lst.append(d.quote(i.lstColumns.at(k)) + (((d.kind() == dialect_mariadb) && (iLength > 0)) ? QString("(%1)").arg(iLength) : QString()));
    }
-   return (i.bUnique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ") + d.quote(indexName(t, i, d)) + " ON " + d.quote(t.sName) + " (" + lst.join(", ") + ");\n";
+   return (i.bUnique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ") + d.quote(indexName(t, i, d)) + " ON " + d.table(t.sName) + " (" + lst.join(", ") + ");\n";
 }
 
 QString schema_script::generatorClause(const sql_column & c, const sql_dialect & d)
@@ -156,7 +156,7 @@ QString schema_script::foreignKeyName(const sql_table & table, const sql_foreign
 QString schema_script::foreignKeyClause(const sql_table & table, const sql_foreign_key & k, const sql_dialect & d)
 {
    return "CONSTRAINT " + d.quote(foreignKeyName(table, k, d)) + " FOREIGN KEY (" + d.quote(k.sColumn)
-          + ") REFERENCES " + d.quote(k.sTargetTable) + " (" + d.quote(k.sTargetColumn) + ")";
+          + ") REFERENCES " + d.table(k.sTargetTable) + " (" + d.quote(k.sTargetColumn) + ")";
 }
 
 QString schema_script::commentText(const QString & s)
@@ -187,7 +187,10 @@ QString schema_script::createTable(const sql_table & t, const sql_dialect & d, c
    {
       if (bAllInline || setInline.contains(k.sTargetTable)) { lstLines.append("   " + foreignKeyClause(t, k, d)); }
    }
-   QString s = "CREATE TABLE " + d.quote(t.sName) + " (\n" + lstLines.join(",\n") + "\n)";
+   // PostgreSQL makes no schema on its own; MariaDB's schema is a database, left to the user.
+   const QString sSchema = ((d.kind() == dialect_postgresql) ? d.schemaOf(t.sName) : QString());
+   QString s = (sSchema.isEmpty() ? QString() : "CREATE SCHEMA IF NOT EXISTS " + d.quote(sSchema) + ";\n");
+   s += "CREATE TABLE " + d.table(t.sName) + " (\n" + lstLines.join(",\n") + "\n)";
    if ((d.kind() == dialect_mariadb) && ! t.sComment.isEmpty()) { s += " COMMENT=" + d.literal(t.sComment); }
    return s + ";\n" + indexes(t, d) + comments(t, d);
 }
@@ -247,7 +250,7 @@ QString schema_script::write(const sql_schema & schema, const sql_dialect & d, c
       s += '\n' + createTable(t, d, setCreated, bAllInline);
       for (const sql_foreign_key & k : t.lstForeignKeys)
       {
-         if (! bAllInline && ! setCreated.contains(k.sTargetTable)) { sLater += "ALTER TABLE " + d.quote(t.sName) + " ADD " + foreignKeyClause(t, k, d) + ";\n"; }
+         if (! bAllInline && ! setCreated.contains(k.sTargetTable)) { sLater += "ALTER TABLE " + d.table(t.sName) + " ADD " + foreignKeyClause(t, k, d) + ";\n"; }
       }
    }
    if (! sLater.isEmpty()) { s += '\n' + sLater; }

@@ -27,19 +27,41 @@ bool sql_dialect::parse(const QString & sText, enum_dialect & eResult)
 
 bool sql_dialect::isKeyword(const QString & sIdentifier)
 {
-   // Words reserved by at least one of the three databases: quoting them everywhere keeps one
-   // model's scripts alike.
+   // The words of its own keyword list that one of the three databases refuses as a bare table
+   // or column name (tests/sql_export/test_sql_keywords.cpp asks each). Quoting them for all
+   // three keeps one model's scripts alike.
    static const QSet<QString> s_set {
-      "add", "all", "alter", "analyze", "and", "any", "array", "as", "asc", "between", "both", "by", "case", "cast",
-      "change", "check", "collate", "column", "constraint", "create", "cross", "current_date", "current_time",
-      "current_timestamp", "current_user", "database", "default", "delete", "desc", "describe", "distinct", "div",
-      "do", "drop", "else", "end", "except", "exists", "explain", "false", "fetch", "for", "foreign", "from", "full",
-      "grant", "group", "having", "if", "in", "index", "inner", "insert", "interval", "intersect", "into", "is",
-      "join", "key", "keys", "leading", "left", "like", "limit", "lock", "match", "natural", "not", "null", "offset",
-      "on", "only", "or", "order", "outer", "primary", "range", "read", "references", "rename", "replace",
-      "restrict", "right", "row", "rows", "schema", "select", "set", "show", "table", "then", "to", "trailing",
-      "transaction", "trigger", "true", "union", "unique", "update", "usage", "user", "using", "values", "when",
-      "where", "window", "with", "write" };
+      "accessible", "add", "all", "alter", "analyse", "analyze", "and", "any", "array", "as", "asc", "asensitive",
+      "asymmetric", "authorization", "autoincrement", "before", "between", "bigint", "binary", "blob", "both", "by",
+      "call", "cascade", "case", "cast", "change", "char", "character", "check", "collate", "collation", "column",
+      "commit", "concurrently", "condition", "constraint", "continue", "convert", "create", "cross",
+      "current_catalog", "current_date", "current_role", "current_schema", "current_time", "current_timestamp",
+      "current_user", "cursor", "database", "databases", "day_hour", "day_microsecond", "day_minute", "day_second",
+      "dec", "decimal", "declare", "default", "deferrable", "delayed", "delete", "delete_domain_id", "desc",
+      "describe", "deterministic", "distinct", "distinctrow", "div", "do", "do_domain_ids", "double", "drop", "dual",
+      "each", "else", "elseif", "enclosed", "end", "escape", "escaped", "except", "exists", "exit", "explain",
+      "false", "fetch", "float", "float4", "float8", "for", "force", "foreign", "freeze", "from", "full", "fulltext",
+      "grant", "group", "having", "high_priority", "hour_microsecond", "hour_minute", "hour_second", "if", "ignore",
+      "ignore_domain_ids", "ilike", "in", "index", "infile", "initially", "inner", "inout", "insensitive", "insert",
+      "int", "int1", "int2", "int3", "int4", "int8", "integer", "intersect", "interval", "into", "is", "isnull",
+      "iterate", "join", "key", "keys", "kill", "lateral", "leading", "leave", "left", "like", "limit", "linear",
+      "lines", "load", "localtime", "localtimestamp", "lock", "long", "longblob", "longtext", "loop", "low_priority",
+      "master_demote_to_replica", "master_demote_to_slave", "master_ssl_verify_server_cert", "match", "maxvalue",
+      "mediumblob", "mediumint", "mediumtext", "middleint", "minute_microsecond", "minute_second", "mod", "modifies",
+      "natural", "no_write_to_binlog", "not", "nothing", "notnull", "null", "numeric", "offset", "on", "only",
+      "optimize", "optionally", "or", "order", "out", "outer", "outfile", "over", "overlaps", "page_checksum",
+      "parse_vcol_expr", "partition", "placing", "portion", "precision", "primary", "procedure", "purge", "raise",
+      "range", "read", "read_write", "reads", "real", "recursive", "ref_system_id", "references", "regexp", "release",
+      "rename", "repeat", "replace", "require", "resignal", "restrict", "return", "returning", "revoke", "right",
+      "rlike", "row", "row_number", "rows", "schema", "schemas", "second_microsecond", "select", "sensitive",
+      "separator", "session_user", "set", "show", "signal", "similar", "smallint", "some", "spatial", "specific",
+      "sql", "sql_big_result", "sql_calc_found_rows", "sql_small_result", "sqlexception", "sqlstate", "sqlwarning",
+      "ssl", "starting", "stats_auto_recalc", "stats_persistent", "stats_sample_pages", "straight_join", "symmetric",
+      "table", "tablesample", "terminated", "then", "tinyblob", "tinyint", "tinytext", "to", "trailing",
+      "transaction", "trigger", "true", "undo", "union", "unique", "unlock", "unsigned", "update", "usage", "use",
+      "user", "using", "utc_date", "utc_time", "utc_timestamp", "values", "varbinary", "varchar", "varcharacter",
+      "variadic", "varying", "verbose", "when", "where", "while", "window", "with", "write", "xor", "year_month",
+      "zerofill" };
    return s_set.contains(sIdentifier.toLower());
 }
 
@@ -54,6 +76,32 @@ QString sql_dialect::quote(const QString & sIdentifier) const
    QString s = sIdentifier;
    s.replace(cQuote, QString(2, cQuote));
    return cQuote + s + cQuote;
+}
+
+QString sql_dialect::schemaOf(const QString & sTable) const
+{
+   // Only two plain names joined by one dot qualify: another name with a dot is one name.
+   static const QRegularExpression s_reQualified("^([A-Za-z_][A-Za-z0-9_]*)\\.[A-Za-z_][A-Za-z0-9_]*$");
+   if (m_eDialect == dialect_sqlite) { return QString(); }
+   return s_reQualified.match(sTable).captured(1);
+}
+
+QString sql_dialect::bareTable(const QString & sTable) const
+{
+   const QString sSchema = schemaOf(sTable);
+   return (sSchema.isEmpty() ? sTable : sTable.mid(sSchema.size() + 1));
+}
+
+QString sql_dialect::table(const QString & sTable) const
+{
+   const QString sSchema = schemaOf(sTable);
+   return (sSchema.isEmpty() ? quote(sTable) : quote(sSchema) + '.' + quote(bareTable(sTable)));
+}
+
+QString sql_dialect::indexName(const QString & sTable, const QString & sIndex) const
+{
+   const QString sSchema = ((m_eDialect == dialect_postgresql) ? schemaOf(sTable) : QString());
+   return (sSchema.isEmpty() ? quote(sIndex) : quote(sSchema) + '.' + quote(sIndex));
 }
 
 QString sql_dialect::literal(const QString & sText) const
@@ -71,7 +119,9 @@ QString sql_dialect::literal(const QString & sText) const
 
 QString sql_dialect::objectName(const QString & sPrefix, const QString & sTable, const QString & sColumn) const
 {
-   const QString s = sPrefix + '_' + sTable + '_' + sColumn;
+   // A schema's dot would read as a qualifier: an index or a key is named within its schema.
+   QString s = sPrefix + '_' + sTable + '_' + sColumn;
+   s.replace('.', '_');
    if (s.size() <= maxNameLength()) { return s; }
    const QByteArray sum = QCryptographicHash::hash(s.toUtf8(), QCryptographicHash::Sha1).toHex().left(8);
    return s.left(maxNameLength() - 9) + '_' + QString::fromLatin1(sum);

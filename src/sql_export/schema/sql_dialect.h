@@ -22,6 +22,16 @@ public:
 
    // The name as written in the script: left bare when plain and no keyword, else quoted.
    QString quote(const QString & sIdentifier) const;
+   // A table's name as written in the script: "schema.table" (two plain names) is a table of
+   // another schema in PostgreSQL and MariaDB, written "schema"."table"; one name in SQLite.
+   QString table(const QString & sTable) const;
+   // The schema part of a table's name, or empty (always in SQLite).
+   QString schemaOf(const QString & sTable) const;
+   // The table's name without its schema.
+   QString bareTable(const QString & sTable) const;
+   // An index of the table, by the name its database looks it up by (PostgreSQL keeps an index
+   // in its table's schema).
+   QString indexName(const QString & sTable, const QString & sIndex) const;
    // A text literal; no character of the text can end it early.
    QString literal(const QString & sText) const;
    // The longest name the database keeps (longer constraint and index names are shortened).
