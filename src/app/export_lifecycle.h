@@ -37,6 +37,10 @@ public:
    // stale files (not with bKeepStale) and writes the new record.
    static zy::ZyBool finish(const QString & plugin, const plugin::export_files & files, bool bDryRun, bool bKeepStale,
                             export_outcome & outcome);
+   // After an export the user stopped (files.isStopped()): the files it handled are recorded as
+   // they now are, every other recorded file keeps its entry (it was not touched), nothing is
+   // removed. The record then describes the directory as the stop left it.
+   static zy::ZyBool finishStopped(const QString & plugin, const plugin::export_files & files, export_outcome & outcome);
    // "50 files: 3 written, 45 unchanged, 2 removed (0.12 s)".
    static QString summary(const export_outcome & outcome, double dSeconds, bool bDryRun);
    // The unified diff of a file's former and new text from the system's diff; the lines
