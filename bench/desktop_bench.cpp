@@ -42,6 +42,7 @@ template <typename Fn> tick_figures ticked(Fn fn)
    timer.setInterval(10);
    QObject::connect(& timer, & QTimer::timeout, [&] {
       const qint64 iNow = clock.nsecsElapsed();
+      if (qEnvironmentVariableIsSet("GAPDEBUG") && ((iNow - iLast) > 60000000)) { std::fprintf(stderr, "gap %.0f ms ending at %.0f ms\n", (iNow - iLast) / 1e6, iNow / 1e6); }
       f.maxGapMs = std::max(f.maxGapMs, (iNow - iLast) / 1e6);
       iLast = iNow;
       ++f.ticks;

@@ -64,10 +64,11 @@ stale_kind judge(const QString & root, const QString & relPath, const QByteArray
 
 } // namespace
 
-void export_lifecycle::attachRecord(const QString & plugin, plugin::export_files & files)
+void export_lifecycle::attachRecord(const QString & plugin, plugin::export_files & files, const std::function<void()> & fnOnBegin)
 {
-   files.setRecordReader([plugin](const QString & recordKey, plugin::export_files::recorded_files & result)
+   files.setRecordReader([plugin, fnOnBegin](const QString & recordKey, plugin::export_files::recorded_files & result)
    {
+      if (fnOnBegin) { fnOnBegin(); }
       QSqlDatabase db = context::ctx_project::getDatabase();
       if (recordKey.isEmpty() || ! db.isValid()) { return zy::ZyBool(false, "no project file"); }
       return storage::export_record::read(db, plugin, recordKey, result);

@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 #include "zy/ZyBool.h"
 
 namespace plugin { class export_files; }
@@ -32,7 +34,8 @@ class export_lifecycle
 public:
    // Before an export of plugin: lets files read the record of its last export once, when the
    // plug-in names its directory, for finish() and the hashes of unchanged files to share.
-   static void attachRecord(const QString & plugin, plugin::export_files & files);
+   // fnOnBegin, when given, runs first (the plug-in has checked the model and starts writing).
+   static void attachRecord(const QString & plugin, plugin::export_files & files, const std::function<void()> & fnOnBegin = {});
    // After a complete export (or dry run) of plugin: fills outcome; unless bDryRun removes the
    // stale files (not with bKeepStale) and writes the new record.
    static zy::ZyBool finish(const QString & plugin, const plugin::export_files & files, bool bDryRun, bool bKeepStale,

@@ -95,11 +95,13 @@ TEST_F(GuiDiagram, NamespaceFilterKeepsItsEntities)
    ASSERT_GE(i, 0);
    const int iLayouts = m_pView->getLayoutCount();
    pFilter->setCurrentIndex(i);
+   ASSERT_TRUE(waitForLayout(iLayouts));
    EXPECT_EQ(m_pView->getLayoutCount(), iLayouts + 1);
    QStringList keys = m_pView->getBoxKeys();
    keys.sort();
    EXPECT_EQ(keys, QStringList({ "shop::sales::Invoice", "shop::sales::Order", "shop::sales::OrderItem" }));
    pFilter->setCurrentIndex(0);
+   ASSERT_TRUE(waitForLayout(iLayouts + 1));
    EXPECT_EQ(m_pView->getBoxKeys().size(), m_pWnd->getProject()->getListOfAllEntities()->size());
 }
 

@@ -39,6 +39,8 @@ public:
 
    // The plug-in made a step (a message): a turn of the event loop when one is due.
    void step();
+   // A turn of the event loop now.
+   void turn();
    // Files handled so far, and the total expected: the last export's record, else an estimate
    // from the items done; never below the files done.
    int done() const;
@@ -46,9 +48,6 @@ public:
    // Turns of the event loop given so far.
    int turns() const { return m_iTurns; }
    QProgressDialog * dialog() const { return m_pDialog.data(); }
-
-private:
-   void turn();
 };
 
 } // namespace desktop

@@ -72,13 +72,15 @@ zy::ZyBool main_window::runPlugin(plugin::export_files & files)
       tools::wait_cursor wait; Q_UNUSED(wait);
       qApp->installEventFilter(this);
       setExecutingPlugin(true);
-      app::export_lifecycle::attachRecord(m_pPlugin->getName(), files);
       m_pPlugin->setExportFiles(& files);
       {
          const model::list_of_enumeration_ptr pEnums = m_pProject->getListOfAllEnums();
          const int iItems = int(m_pProject->getListOfAllEntities()->size() + (pEnums ? pEnums->size() : 0));
          export_progress progress(this, files, iItems, [this]() { flushMessages(); });
          m_pExportProgress = & progress;
+         // A turn before the plug-in checks the model, and one once it has.
+         app::export_lifecycle::attachRecord(m_pPlugin->getName(), files, [&progress]() { progress.step(); });
+         progress.turn();
          result = m_pPlugin->exportProject(* m_pProject);
          m_pExportProgress = nullptr;
       }
