@@ -95,7 +95,10 @@ void main_window::flushMessages()
    m_lstPendingMessages.clear();
    const int iExcess = m_lstMessages->count() - k_iMaxMessageLines;
    if (iExcess > 0) { m_lstMessages->model()->removeRows(0, iExcess); }
-   m_lstMessages->scrollToBottom();
+   // Scrolling lays the whole list out: once per turn of the event loop, not once per message.
+   if (m_bScrollPending) { return; }
+   m_bScrollPending = true;
+   QMetaObject::invokeMethod(this, [this]() { m_bScrollPending = false; m_lstMessages->scrollToBottom(); }, Qt::QueuedConnection);
 }
 
 void main_window::clearMessages()
