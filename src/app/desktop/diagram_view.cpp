@@ -10,6 +10,7 @@
 #include <QPainter>
 #include <QSet>
 #include <QStyleOptionGraphicsItem>
+#include <QMutex>
 #include <QThread>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -28,6 +29,9 @@ namespace desktop {
 namespace {
 
 const int k_roleKey = 0;
+
+// Graphviz keeps one context for the process: two windows' views never lay out at once.
+QMutex s_mtxGraphviz;
 
 // An entity's box: a title band (name, namespace) over its property rows, sized by the layout.
 class box_item : public QGraphicsItem
@@ -196,7 +200,10 @@ void diagram_view::rebuild()
    if (pJob->first.boxes.isEmpty()) { showLayout(pJob->first, true, QString()); return; }
    auto pOk = std::make_shared<bool>(false);
    m_lblStatus->setText(tr("Laying out %1 entities...").arg(pJob->first.boxes.size()));
-   m_pWorker = QThread::create([pJob, pOk]() { * pOk = diagram::layout(pJob->first, pJob->second); });
+   m_pWorker = QThread::create([pJob, pOk]() {
+      const QMutexLocker lock(& s_mtxGraphviz);
+      * pOk = diagram::layout(pJob->first, pJob->second);
+   });
    m_pWorker->setObjectName("diagram_layout");
    connect(m_pWorker, & QThread::finished, this, [this, pJob, pOk]() {
       m_pWorker->deleteLater();
