@@ -78,7 +78,7 @@ TEST_F(GuiExportProgress, ShowsFilesDoneAndCancelLeavesEachFileOldOrNewWithACons
    context::ctx_global::initGlobalParams(sLumor);
    ASSERT_TRUE(m_pWnd->openProject(sModel).getValue());
 
-   // The old tree: one style; the new tree, of another style, exported apart for comparison.
+   // The old tree in one style; the settings then ask for another, so every entity file changes.
    ASSERT_TRUE(storeSettings(plugin()->getGuid(), settings(0)));
    ASSERT_TRUE(m_pWnd->doActExport().getValue());
    const QMap<QString, QString> oldTree = readTree(m_tmp.filePath("big/out"));
