@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include "desktop/export_progress.h"
 #include "gui/plugin/export_files.h"
 #include "storage/export_record.h"
 #include "test_gui_support.h"
@@ -19,7 +20,13 @@ namespace {
 
 using gui_test::GuiFixture;
 
-class GuiExportProgress : public GuiFixture { };
+class GuiExportProgress : public GuiFixture
+{
+protected:
+   // The dialog shows at the first turn, whatever the machine's speed.
+   void SetUp() override { GuiFixture::SetUp(); desktop::export_progress::setShowAfterMs(0); }
+   void TearDown() override { desktop::export_progress::setShowAfterMs(250); GuiFixture::TearDown(); }
+};
 
 // A model of iCount entities in one namespace, each pointing at an earlier one.
 QByteArray chainModel(int iCount)

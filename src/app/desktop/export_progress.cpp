@@ -14,7 +14,7 @@ namespace {
 // Well under the 100 ms a user notices; each turn costs far less than that.
 const int k_iTurnMs = 30;
 // A short export finishes before any dialog could be read.
-const int k_iShowAfterMs = 250;
+int s_iShowAfterMs = 250;
 
 } // namespace
 
@@ -39,6 +39,8 @@ export_progress::export_progress(QWidget * pParent, plugin::export_files & files
    m_tmStart.start();
    m_tmTurn.start();
 }
+
+void export_progress::setShowAfterMs(int iMs) { s_iShowAfterMs = iMs; }
 
 export_progress::~export_progress()
 {
@@ -74,7 +76,7 @@ void export_progress::turn()
       m_pDialog->setValue(std::min(iDone, iTotal));
       m_pDialog->setLabelText((m_bDryRun ? QObject::tr("Dry run : %1 of %2 files") : QObject::tr("Exporting : %1 of %2 files"))
                                  .arg(iDone).arg(iTotal));
-      if (! m_pDialog->isVisible() && (m_tmStart.elapsed() >= k_iShowAfterMs)) { m_pDialog->show(); }
+      if (! m_pDialog->isVisible() && (m_tmStart.elapsed() >= s_iShowAfterMs)) { m_pDialog->show(); }
    }
    ++m_iTurns;
    QCoreApplication::processEvents();

@@ -37,6 +37,8 @@ public:
    export_progress(const export_progress &) = delete;
    export_progress & operator=(const export_progress &) = delete;
 
+   // How long an export runs before the dialog shows (tests show it at once).
+   static void setShowAfterMs(int iMs);
    // The plug-in made a step (a message): a turn of the event loop when one is due.
    void step();
    // A turn of the event loop now.
