@@ -194,9 +194,25 @@ void diagram_view::rebuild()
    if (m_pWorker) { m_bStale = true; return; }
    m_bStale = false;
    fillNamespaces();
+   const QString sNamespace = m_cboNamespace->currentData().toString();
+   // Past the layout's bound the picture is refused anyway: counting costs less than the graph.
+   int iBoxes = 0;
+   if (m_pProject)
+   {
+      for (const model::entity_ptr & e : * m_pProject->getListOfAllEntities())
+      {
+         const QString sOwn = (e ? e->getNamespace() : QString());
+         iBoxes += ((e && (sNamespace.isEmpty() || (sOwn == sNamespace) || sOwn.startsWith(sNamespace + QLatin1String("::")))) ? 1 : 0);
+      }
+   }
+   if (iBoxes > diagram::k_iMaxLaidOutBoxes)
+   {
+      showLayout(diagram::graph(), false, tr("%1 entities; a picture is laid out for at most %2 : choose a namespace in the list").arg(iBoxes).arg(diagram::k_iMaxLaidOutBoxes));
+      return;
+   }
    // The model is read here, in the window's thread; the layout thread gets a copy of the graph.
    auto pJob = std::make_shared<std::pair<diagram::graph, QString>>();
-   pJob->first = (m_pProject ? diagram::buildGraph(* m_pProject, m_cboNamespace->currentData().toString()) : diagram::graph());
+   pJob->first = (m_pProject ? diagram::buildGraph(* m_pProject, sNamespace) : diagram::graph());
    if (pJob->first.boxes.isEmpty()) { showLayout(pJob->first, true, QString()); return; }
    auto pOk = std::make_shared<bool>(false);
    m_lblStatus->setText(tr("Laying out %1 entities...").arg(pJob->first.boxes.size()));
