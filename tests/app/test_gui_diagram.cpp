@@ -270,3 +270,20 @@ TEST_F(GuiDiagramLarge, TheWindowKeepsTurningWhileALayoutRunsAndShowsTheFormerPi
    EXPECT_EQ(m_pView->getBoxKeys().size(), lstBefore.size() - 1);
    EXPECT_FALSE(m_pView->getBoxKeys().contains("wide::Node10"));
 }
+
+TEST_F(GuiDiagramLarge, AnEditDuringALayoutIsDrawnOnceThatLayoutEnds)
+{
+   openWide(250);
+   const int iBoxes = int(m_pView->getBoxKeys().size());
+   ASSERT_TRUE(m_pWnd->selectItem("wide::Node10"));
+   m_pWnd->deleteEntity(m_pWnd->getSelectedEntity());
+   ASSERT_TRUE(QTest::qWaitFor([&] { return m_pView->isLayingOut(); }, 10000));
+   // The second edit comes while the first one's layout runs, and asks for its own at once.
+   ASSERT_TRUE(m_pWnd->selectItem("wide::Node11"));
+   m_pWnd->deleteEntity(m_pWnd->getSelectedEntity());
+   ASSERT_TRUE(m_pView->isLayingOut());
+   m_pView->rebuild();
+   ASSERT_TRUE(QTest::qWaitFor([&] { return (m_pView->getBoxKeys().size() == iBoxes - 2); }, 30000));
+   EXPECT_FALSE(m_pView->getBoxKeys().contains("wide::Node10"));
+   EXPECT_FALSE(m_pView->getBoxKeys().contains("wide::Node11"));
+}

@@ -225,7 +225,7 @@ void diagram_view::rebuild()
       m_pWorker->deleteLater();
       m_pWorker = nullptr;
       // A change came while it ran: its picture is already out of date.
-      if (m_bStale) { m_bDirty = true; rebuild(); return; }
+      if (m_bStale) { m_bDirty = true; scheduleLayout(); return; }
       showLayout(pJob->first, * pOk, pJob->second);
    });
    m_pWorker->start(QThread::LowPriority);
