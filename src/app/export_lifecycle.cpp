@@ -64,10 +64,11 @@ stale_kind judge(const QString & root, const QString & relPath, const QByteArray
 
 } // namespace
 
-void export_lifecycle::attachRecord(const QString & plugin, plugin::export_files & files)
+void export_lifecycle::attachRecord(const QString & plugin, plugin::export_files & files, const std::function<void()> & fnOnBegin)
 {
-   files.setRecordReader([plugin](const QString & recordKey, plugin::export_files::recorded_files & result)
+   files.setRecordReader([plugin, fnOnBegin](const QString & recordKey, plugin::export_files::recorded_files & result)
    {
+      if (fnOnBegin) { fnOnBegin(); }
       QSqlDatabase db = context::ctx_project::getDatabase();
       if (recordKey.isEmpty() || ! db.isValid()) { return zy::ZyBool(false, "no project file"); }
       return storage::export_record::read(db, plugin, recordKey, result);
@@ -126,6 +127,29 @@ zy::ZyBool export_lifecycle::finish(const QString & plugin, const plugin::export
    // An export that changed nothing leaves the project file alone (no write, no sync to disk).
    if (bDryRun || (newRecord == oldRecord)) { return zy::ZyBool(true); }
    return storage::export_record::write(db, plugin, files.recordKey(), newRecord);
+}
+
+zy::ZyBool export_lifecycle::finishStopped(const QString & plugin, const plugin::export_files & files, export_outcome & outcome)
+{
+   const QString sRoot = files.root();
+   QSqlDatabase db = context::ctx_project::getDatabase();
+   storage::export_record::files record = files.previousRecord();
+   if (! sRoot.isEmpty() && db.isValid() && ! files.previousRecordRead())
+   {
+      zy::ZyBool ok = storage::export_record::read(db, plugin, files.recordKey(), record);
+      if (! ok) { return ok; }
+   }
+   const storage::export_record::files oldRecord = record;
+   for (const plugin::export_files::file & f : files.files())
+   {
+      const QString sRel = files.relativePath(f.path);
+      record.insert(sRel, f.hash);
+      if (f.status == plugin::export_files::status_unchanged) { ++outcome.unchanged; outcome.lines.append("  " + sRel); continue; }
+      ++outcome.written;
+      outcome.lines.append(((f.status == plugin::export_files::status_created) ? "A " : "M ") + sRel);
+   }
+   if (sRoot.isEmpty() || ! db.isValid() || files.isDryRun() || (record == oldRecord)) { return zy::ZyBool(true); }
+   return storage::export_record::write(db, plugin, files.recordKey(), record);
 }
 
 QString export_lifecycle::summary(const export_outcome & outcome, double dSeconds, bool bDryRun)

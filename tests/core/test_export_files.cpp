@@ -72,3 +72,21 @@ TEST(ExportFiles, WithoutAReaderNoRecordCountsAsRead)
    EXPECT_TRUE(files.previousRecord().isEmpty());
    EXPECT_EQ(files.relativePath(k_sRoot + "/src/a.cpp"), QString("src/a.cpp"));
 }
+
+TEST(ExportFiles, AfterAStopNothingIsWrittenNorListedUntilCleared)
+{
+   export_files files;
+   beginWithRecord(files, {});
+   EXPECT_TRUE(files.report(k_sRoot + "/include/a.gen.h", false, QString(), "new a", false));
+   files.stop();
+   EXPECT_TRUE(files.isStopped());
+   // The plug-in is told not to write, and the file is not listed as handled.
+   EXPECT_FALSE(files.report(k_sRoot + "/include/b.gen.h", false, QString(), "new b", false));
+   files.reportKept(k_sRoot + "/custom/b.h");
+   ASSERT_EQ(files.files().size(), 1);
+   EXPECT_EQ(files.relativePath(files.files().at(0).path), "include/a.gen.h");
+   files.clear();
+   EXPECT_FALSE(files.isStopped());
+   beginWithRecord(files, {});
+   EXPECT_TRUE(files.report(k_sRoot + "/include/b.gen.h", false, QString(), "new b", false));
+}

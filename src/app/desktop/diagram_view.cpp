@@ -10,10 +10,14 @@
 #include <QPainter>
 #include <QSet>
 #include <QStyleOptionGraphicsItem>
+#include <QMutex>
+#include <QThread>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <QWheelEvent>
 #include <QtMath>
+
+#include <memory>
 
 #include "diagram/diagram_layout.h"
 #include "diagram/diagram_text.h"
@@ -25,6 +29,9 @@ namespace desktop {
 namespace {
 
 const int k_roleKey = 0;
+
+// Graphviz keeps one context for the process: two windows' views never lay out at once.
+QMutex s_mtxGraphviz;
 
 // An entity's box: a title band (name, namespace) over its property rows, sized by the layout.
 class box_item : public QGraphicsItem
@@ -125,6 +132,14 @@ diagram_view::diagram_view(QWidget * parent) : QWidget(parent)
 diagram_view::~diagram_view()
 {
    m_tmLayout->stop();
+   // Graphviz cannot be interrupted: the running layout is waited for, and its result dropped.
+   if (m_pWorker)
+   {
+      disconnect(m_pWorker, nullptr, this, nullptr);
+      m_pWorker->wait();
+      delete m_pWorker;
+      m_pWorker = nullptr;
+   }
    disconnect(m_pScene, nullptr, this, nullptr);
    delete m_pScene;
    m_pScene = nullptr;
@@ -172,12 +187,59 @@ void diagram_view::fillNamespaces()
    m_cboNamespace->setCurrentIndex(qMax(0, i));
 }
 
-bool diagram_view::rebuild()
+void diagram_view::rebuild()
 {
    m_bDirty = false;
    m_tmLayout->stop();
-   ++m_iLayouts;
+   if (m_pWorker) { m_bStale = true; return; }
+   m_bStale = false;
    fillNamespaces();
+   const QString sNamespace = m_cboNamespace->currentData().toString();
+   // Past the layout's bound the picture is refused anyway: counting costs less than the graph.
+   int iBoxes = 0;
+   if (m_pProject)
+   {
+      for (const model::entity_ptr & e : * m_pProject->getListOfAllEntities())
+      {
+         const QString sOwn = (e ? e->getNamespace() : QString());
+         iBoxes += ((e && (sNamespace.isEmpty() || (sOwn == sNamespace) || sOwn.startsWith(sNamespace + QLatin1String("::")))) ? 1 : 0);
+      }
+   }
+   if (iBoxes > diagram::k_iMaxLaidOutBoxes)
+   {
+      showLayout(diagram::graph(), false, tr("%1 entities; a picture is laid out for at most %2 : choose a namespace in the list").arg(iBoxes).arg(diagram::k_iMaxLaidOutBoxes));
+      return;
+   }
+   // The model is read here, in the window's thread; the layout thread gets a copy of the graph.
+   auto pJob = std::make_shared<std::pair<diagram::graph, QString>>();
+   pJob->first = (m_pProject ? diagram::buildGraph(* m_pProject, sNamespace) : diagram::graph());
+   if (pJob->first.boxes.isEmpty()) { showLayout(pJob->first, true, QString()); return; }
+   auto pOk = std::make_shared<bool>(false);
+   m_lblStatus->setText(tr("Laying out %1 entities...").arg(pJob->first.boxes.size()));
+   m_pWorker = QThread::create([pJob, pOk]() {
+      const QMutexLocker lock(& s_mtxGraphviz);
+      * pOk = diagram::layout(pJob->first, pJob->second);
+   });
+   m_pWorker->setObjectName("diagram_layout");
+   connect(m_pWorker, & QThread::finished, this, [this, pJob, pOk]() {
+      m_pWorker->deleteLater();
+      m_pWorker = nullptr;
+      // A change came while it ran: its picture is already out of date.
+      if (m_bStale) { m_bDirty = true; scheduleLayout(); return; }
+      showLayout(pJob->first, * pOk, pJob->second);
+   });
+   m_pWorker->start(QThread::LowPriority);
+}
+
+void diagram_view::showLayout(const diagram::graph & g, bool ok, const QString & sError)
+{
+   ++m_iLayouts;
+   if (! ok)
+   {
+      m_lblStatus->setText(tr("No diagram : %1").arg(sError));
+      Q_EMIT laidOut();
+      return;
+   }
    {
       // Clearing drops the selection, which is no click; the view must still hear of the new
       // scene rectangle below (its scroll range follows it).
@@ -185,21 +247,13 @@ bool diagram_view::rebuild()
       m_pScene->clear();
    }
    m_hBoxes.clear();
-   m_graph = (m_pProject ? diagram::buildGraph(* m_pProject, m_cboNamespace->currentData().toString()) : diagram::graph());
-   QString sError;
-   if (! m_graph.boxes.isEmpty() && ! diagram::layout(m_graph, sError))
-   {
-      m_lblStatus->setText(tr("No diagram : %1").arg(sError));
-      Q_EMIT laidOut();
-      return false;
-   }
+   m_graph = g;
    for (const diagram::box & b : m_graph.boxes) { drawBox(b); }
    for (const diagram::edge & e : m_graph.edges) { drawEdge(e); }
    m_pScene->setSceneRect(m_graph.bounds.adjusted(-20, -20, 20, 20));
    m_lblStatus->setText(tr("%1 entities, %2 edges").arg(m_graph.boxes.size()).arg(m_graph.edges.size()));
    if (! m_sSelectedKey.isEmpty()) { selectEntity(m_sSelectedKey); }
    Q_EMIT laidOut();
-   return true;
 }
 
 void diagram_view::drawBox(const diagram::box & b)
@@ -239,7 +293,7 @@ QRectF diagram_view::getBoxRect(const QString & key) const
 bool diagram_view::selectEntity(const QString & key)
 {
    m_sSelectedKey = key;
-   QGraphicsItem * pItem = m_hBoxes.value(key);
+   QGraphicsItem * pItem = (key.isEmpty() ? nullptr : m_hBoxes.value(key));
    m_bSelecting = true;
    m_pScene->clearSelection();
    if (pItem)
@@ -266,11 +320,38 @@ void diagram_view::doCboNamespaceChanged()
    if (m_bShown) { rebuild(); }
 }
 
-void diagram_view::zoom(double dFactor)
+double diagram_view::scale() const { return m_viewGraph->transform().m11(); }
+
+void diagram_view::zoom(double dFactor) { setScale(scale() * dFactor); }
+
+void diagram_view::setScale(double dScale)
 {
-   const double dScale = m_viewGraph->transform().m11() * dFactor;
-   if ((dScale < 0.05) || (dScale > 8.0)) { return; }
-   m_viewGraph->scale(dFactor, dFactor);
+   // Kept within bounds rather than refused: from any scale, the keys lead back into them.
+   const double dTarget = qBound(k_dMinScale, dScale, k_dMaxScale);
+   const double dCurrent = scale();
+   if ((dCurrent <= 0) || qFuzzyCompare(dTarget, dCurrent)) { return; }
+   m_viewGraph->scale(dTarget / dCurrent, dTarget / dCurrent);
+}
+
+void diagram_view::fit()
+{
+   const QRectF scene = m_pScene->sceneRect();
+   const QRect port = m_viewGraph->viewport()->rect();
+   if (scene.isEmpty() || port.isEmpty()) { return; }
+   const double dFit = qMin(port.width() / scene.width(), port.height() / scene.height());
+   if (dFit >= k_dMinFitScale)
+   {
+      m_viewGraph->fitInView(scene, Qt::KeepAspectRatio);
+      setScale(qMin(scale(), k_dMaxScale));
+      return;
+   }
+   // Too large to be read whole: the legible scale, around the selection (else the middle).
+   const QGraphicsView::ViewportAnchor anchor = m_viewGraph->transformationAnchor();
+   m_viewGraph->setTransformationAnchor(QGraphicsView::NoAnchor);
+   m_viewGraph->setTransform(QTransform::fromScale(k_dMinFitScale, k_dMinFitScale));
+   m_viewGraph->setTransformationAnchor(anchor);
+   const QRectF selected = getBoxRect(m_sSelectedKey);
+   m_viewGraph->centerOn(selected.isEmpty() ? scene.center() : selected.center());
 }
 
 bool diagram_view::eventFilter(QObject * watched, QEvent * event)
@@ -285,7 +366,7 @@ bool diagram_view::eventFilter(QObject * watched, QEvent * event)
       const int k = static_cast<QKeyEvent *>(event)->key();
       if ((k == Qt::Key_Plus) || (k == Qt::Key_Equal)) { zoom(1.25); return true; }
       if (k == Qt::Key_Minus) { zoom(0.8); return true; }
-      if (k == Qt::Key_0) { m_viewGraph->fitInView(m_pScene->sceneRect(), Qt::KeepAspectRatio); return true; }
+      if (k == Qt::Key_0) { fit(); return true; }
    }
    return QWidget::eventFilter(watched, event);
 }

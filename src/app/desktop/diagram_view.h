@@ -11,15 +11,18 @@ class QComboBox;
 class QGraphicsItem;
 class QGraphicsScene;
 class QLabel;
+class QThread;
 class QTimer;
 
 namespace desktop {
 
 // The Diagram view: the model's entities laid out by Graphviz and drawn in a QGraphicsScene,
-// zoomed with Ctrl + wheel or the +/- keys, panned by dragging, filtered by namespace. A click on
-// a box reports its entity; selectEntity() marks and centres a box. The layout is computed only
-// while the view is in front (setShown), a short moment after the last change: edits made while
-// it is hidden or behind another tab cost no layout, and several edits in a row cost one.
+// zoomed with Ctrl + wheel or the +/- keys, fitted with 0, panned by dragging, filtered by
+// namespace. A click on a box reports its entity; selectEntity() marks and centres a box. The
+// layout is computed only while the view is in front (setShown), a short moment after the last
+// change: edits made while it is hidden or behind another tab cost no layout, and several edits
+// in a row cost one. Graphviz runs in a thread of its own, one layout at a time; the former
+// picture stays until the new one is drawn.
 class diagram_view : public QWidget
 {
    Q_OBJECT
@@ -37,6 +40,15 @@ class diagram_view : public QWidget
    bool m_bShown = false;
    bool m_bSelecting = false;
    int m_iLayouts = 0;
+   QThread * m_pWorker = nullptr;   // the layout under way
+   bool m_bStale = false;   // the model or filter changed while it ran
+
+public:
+   // Below this scale a box's text is no longer legible: fit stops there (with scroll bars).
+   static constexpr double k_dMinFitScale = 0.6;
+   // The zoom keys and wheel stay within these.
+   static constexpr double k_dMinScale = 0.05;
+   static constexpr double k_dMaxScale = 8.0;
 
 public:
    explicit diagram_view(QWidget * parent = nullptr);
@@ -48,10 +60,15 @@ public:
    // Whether the user sees the view (its dock open and its tab in front).
    void setShown(bool bShown);
    bool isShown() const { return m_bShown; }
-   // Layouts computed so far.
+   // Layouts drawn (or failed) so far.
    int getLayoutCount() const { return m_iLayouts; }
-   // Lays the model out and draws it; false (with the reason shown in the view) when Graphviz fails.
-   bool rebuild();
+   // Starts laying the model out in the layout thread; drawn once done (laidOut). A request
+   // while a layout runs is served when it ends.
+   void rebuild();
+   bool isLayingOut() const { return (m_pWorker != nullptr); }
+   // The whole picture when it is legible so, else the legible scale around the selected box.
+   void fit();
+   double scale() const;
    // Marks the entity's box and centres it; false when it is not drawn.
    bool selectEntity(const QString & key);
 
@@ -80,7 +97,10 @@ private:
    void fillNamespaces();
    void drawBox(const diagram::box & b);
    void drawEdge(const diagram::edge & e);
+   // Draws a finished layout (ok) or shows why there is none.
+   void showLayout(const diagram::graph & g, bool ok, const QString & sError);
    void zoom(double dFactor);
+   void setScale(double dScale);
 };
 
 } // namespace desktop

@@ -113,20 +113,38 @@ void export_preview_dialog::setPreview(const plugin::export_files & files, const
    m_lblSummary->setText(outcome.upToDate() ? tr("The generated files are up to date with the model.\n%1").arg(summary) : summary);
    m_lblKept->setText(outcome.kept.isEmpty() ? QString() : tr("Kept, although no longer generated :\n%1").arg(outcome.kept.join('\n')));
    m_lblKept->setVisible(! outcome.kept.isEmpty());
-   m_treeFiles->clear();
+   m_lstLines = outcome.lines;
+   m_txtDiff->clear();
+   fillList();
+}
+
+void export_preview_dialog::fillList()
+{
+   const QString sCurrent = (m_treeFiles->currentItem() ? m_treeFiles->currentItem()->text(col_path) : QString());
+   const bool bUnchanged = m_chkUnchanged->isChecked();
+   const QDir root(m_sRoot);
+   QList<QTreeWidgetItem *> lstItems;
+   lstItems.reserve(m_lstLines.size());
    QTreeWidgetItem * pFirstChange = nullptr;
-   for (const QString & sLine : outcome.lines)
+   QTreeWidgetItem * pCurrent = nullptr;
+   for (const QString & sLine : std::as_const(m_lstLines))
    {
       const status_look look = lookOf(sLine);
-      QTreeWidgetItem * pItem = new QTreeWidgetItem(m_treeFiles, { tr(look.name), sLine.mid(2) });
+      if ((look.letter == ' ') && ! bUnchanged) { continue; }
+      QTreeWidgetItem * pItem = new QTreeWidgetItem({ tr(look.name), sLine.mid(2) });
       pItem->setData(col_status, Qt::UserRole, QString(look.letter));
       pItem->setForeground(col_status, look.colour);
       pItem->setToolTip(col_path, QDir::toNativeSeparators(root.filePath(sLine.mid(2))));
-      if (look.letter == ' ') { pItem->setHidden(! m_chkUnchanged->isChecked()); }
-      else if (! pFirstChange) { pFirstChange = pItem; }
+      if ((look.letter != ' ') && ! pFirstChange) { pFirstChange = pItem; }
+      if (! sCurrent.isEmpty() && (sLine.mid(2) == sCurrent)) { pCurrent = pItem; }
+      lstItems.append(pItem);
    }
-   m_txtDiff->clear();
-   if (pFirstChange) { m_treeFiles->setCurrentItem(pFirstChange); }
+   const QSignalBlocker block(m_treeFiles);
+   m_treeFiles->clear();
+   m_treeFiles->addTopLevelItems(lstItems);
+   QTreeWidgetItem * pShown = (pCurrent ? pCurrent : pFirstChange);
+   if (pShown) { m_treeFiles->setCurrentItem(pShown); }
+   doFileSelected();
 }
 
 void export_preview_dialog::doFileSelected()
@@ -136,14 +154,7 @@ void export_preview_dialog::doFileSelected()
    m_txtDiff->setPlainText(diffOf(pItem->data(col_status, Qt::UserRole).toString(), pItem->text(col_path)));
 }
 
-void export_preview_dialog::doChkUnchangedToggled(bool bShown)
-{
-   for (int i = 0; i < m_treeFiles->topLevelItemCount(); ++i)
-   {
-      QTreeWidgetItem * pItem = m_treeFiles->topLevelItem(i);
-      if (pItem->data(col_status, Qt::UserRole).toString() == " ") { pItem->setHidden(! bShown); }
-   }
-}
+void export_preview_dialog::doChkUnchangedToggled(bool) { fillList(); }
 
 QString export_preview_dialog::diffOf(const QString & sStatus, const QString & sRel) const
 {

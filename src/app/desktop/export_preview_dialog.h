@@ -38,6 +38,7 @@ private:
    QString m_sRoot;
    QString m_sIgnoredLine;
    QHash<QString, texts> m_hashTexts;   // by relative path, for added and changed files
+   QStringList m_lstLines;   // the outcome's lines; unchanged ones listed only when asked for
 
 public:
    explicit export_preview_dialog(QWidget * parent = nullptr);
@@ -59,6 +60,9 @@ private Q_SLOTS:
    void doChkUnchangedToggled(bool bShown);
 
 private:
+   // Lists the lines (the unchanged ones too when asked): thousands of rows made at once, rather
+   // than made and then hidden one by one.
+   void fillList();
    // The unified diff shown for one listed line ("A path", "M path", "D path" or "  path").
    QString diffOf(const QString & sStatus, const QString & sRel) const;
 };

@@ -32,6 +32,7 @@ namespace desktop {
 
 class diagram_view;
 class export_preview_dialog;
+class export_progress;
 class help_opener;
 class script_debugger;
 template <typename T> struct item_kind;
@@ -89,6 +90,10 @@ private:
    QPointer<export_preview_dialog> m_pExportPreview;
    help_opener * m_pHelp = nullptr;
    QElapsedTimer m_tmRefresh;
+   // Message lines ("hh:mm:ss  text", kind) not listed yet: an export lists them in batches.
+   QList<QPair<QString, int>> m_lstPendingMessages;
+   export_progress * m_pExportProgress = nullptr;   // while an export runs
+   bool m_bScrollPending = false;   // the message area scrolls to its end once per turn
    // Dialogs shown during an export, each with an arrow cursor pushed over the busy one.
    QList<QObject *> m_lstExportDialogs;
 
@@ -269,13 +274,16 @@ private:
    // The plug-in's export with files to report to, the debugger and the cursor looked after.
    zy::ZyBool runPlugin(plugin::export_files & files);
    void reportFailedExport(const zy::ZyBool & result);
+   // The user cancelled: the record follows what was written, nothing is removed.
+   zy::ZyBool reportStoppedExport(const plugin::export_files & files, qint64 iStartMs);
    // The host's summary of a complete export: removes the stale files, records the new set.
    void showExportSummary(const plugin::export_files & files, qint64 iStartMs);
    // A script engine of the plug-in that is debugging gets the debugger window.
    void attachRunningDebugger();
 
-   // The message area.
+   // The message area; flushMessages lists the pending lines.
    void createMessagesDock();
+   void flushMessages();
    // The Diagram view, a tab beside the preview.
    void createDiagramDock();
 };

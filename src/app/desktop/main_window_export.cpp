@@ -12,6 +12,7 @@
 
 #include "context/ctx_global.h"
 #include "desktop/export_preview_dialog.h"
+#include "desktop/export_progress.h"
 #include "desktop/script_debugger.h"
 #include "model/model_text_rules.h"
 #include "model/project.h"
@@ -71,11 +72,21 @@ zy::ZyBool main_window::runPlugin(plugin::export_files & files)
       tools::wait_cursor wait; Q_UNUSED(wait);
       qApp->installEventFilter(this);
       setExecutingPlugin(true);
-      app::export_lifecycle::attachRecord(m_pPlugin->getName(), files);
       m_pPlugin->setExportFiles(& files);
-      result = m_pPlugin->exportProject(* m_pProject);
+      {
+         const model::list_of_enumeration_ptr pEnums = m_pProject->getListOfAllEnums();
+         const int iItems = int(m_pProject->getListOfAllEntities()->size() + (pEnums ? pEnums->size() : 0));
+         export_progress progress(this, files, iItems, [this]() { flushMessages(); });
+         m_pExportProgress = & progress;
+         // A turn before the plug-in checks the model, and one once it has.
+         app::export_lifecycle::attachRecord(m_pPlugin->getName(), files, [&progress]() { progress.step(); });
+         progress.turn();
+         result = m_pPlugin->exportProject(* m_pProject);
+         m_pExportProgress = nullptr;
+      }
       m_pPlugin->setExportFiles(nullptr);
       setExecutingPlugin(false);
+      flushMessages();
       qApp->removeEventFilter(this);
       for (qsizetype i = 0; i < m_lstExportDialogs.size(); ++i) { QApplication::restoreOverrideCursor(); }
       m_lstExportDialogs.clear();
@@ -104,6 +115,7 @@ zy::ZyBool main_window::doActExport()
    plugin::export_files files;
    const qint64 iStartMs = QDateTime::currentMSecsSinceEpoch();
    const zy::ZyBool result = runPlugin(files);
+   if (result && files.isStopped()) { return reportStoppedExport(files, iStartMs); }
    if (! result) { reportFailedExport(result); }
    else
    {
@@ -129,6 +141,12 @@ bool main_window::doActExportPreview()
    files.setKeepTexts(true);
    const qint64 iStartMs = QDateTime::currentMSecsSinceEpoch();
    zy::ZyBool result = runPlugin(files);
+   if (result && files.isStopped())
+   {
+      addMessage(tr("Export preview cancelled"), 2);
+      statusBar()->showMessage(tr("Export preview cancelled"), 10000);
+      return false;
+   }
    app::export_outcome outcome;
    if (result) { result = app::export_lifecycle::finish(m_pPlugin->getName(), files, true, false, outcome); }
    if (! result)
@@ -149,6 +167,19 @@ bool main_window::doActExportPreview()
    m_pExportPreview->show();
    m_pExportPreview->raise();
    return true;
+}
+
+zy::ZyBool main_window::reportStoppedExport(const plugin::export_files & files, qint64 iStartMs)
+{
+   app::export_outcome outcome;
+   const zy::ZyBool ok = app::export_lifecycle::finishStopped(m_pPlugin->getName(), files, outcome);
+   if (! ok) { addMessage(ok.getDesc(), 3); }
+   const QString sText = tr("Export cancelled : %1; every other file is as it was").arg(
+      app::export_lifecycle::summary(outcome, (QDateTime::currentMSecsSinceEpoch() - iStartMs) / 1000.0, false));
+   addMessage(sText, 2);
+   statusBar()->showMessage(tr("Export cancelled"), 10000);
+   refreshPluginViews();
+   return zy::ZyBool(false, sText);
 }
 
 void main_window::reportFailedExport(const zy::ZyBool & result)

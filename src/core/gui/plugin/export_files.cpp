@@ -39,6 +39,7 @@ QString export_files::relativePath(const QString & path) const
 
 bool export_files::report(const QString & path, bool bExists, const QString & oldText, const QString & newText, bool bSame)
 {
+   if (m_bStopped) { return false; }
    file f;
    f.path = cleanPathOf(path);
    f.status = bSame ? status_unchanged : (bExists ? status_changed : status_created);
@@ -62,6 +63,7 @@ bool export_files::report(const QString & path, bool bExists, const QString & ol
 
 void export_files::reportKept(const QString & path)
 {
+   if (m_bStopped) { return; }
    file f;
    f.path = QDir::cleanPath(path);
    m_lstFiles.append(f);
@@ -75,6 +77,7 @@ void export_files::reportInput(const QString & path)
 
 void export_files::clear()
 {
+   m_bStopped = false;
    m_lstInputs.clear();
    m_sRoot.clear();
    m_sRootPrefix.clear();

@@ -39,6 +39,7 @@ public:
 private:
    bool m_bDryRun = false;
    bool m_bKeepTexts = false;
+   bool m_bStopped = false;
    QString m_sRoot;
    QString m_sRootPrefix;   // the clean root and '/'
    QString m_sIgnoredLine;
@@ -54,6 +55,10 @@ public:
    bool isDryRun() const { return m_bDryRun; }
    // Keeps the former and the new text of every created or changed file (for a diff).
    void setKeepTexts(bool b) { m_bKeepTexts = b; }
+   // The user cancelled: from now on report() neither lists nor lets the plug-in write a file, so
+   // each file is either as it was or as this export wrote it, and files() holds those handled.
+   void stop() { m_bStopped = true; }
+   bool isStopped() const { return m_bStopped; }
 
    // Called by the plug-in when it starts writing into root. ignoredLine is a regular expression
    // of the lines its rewrite rule does not count as a change (a dated banner), or empty.
