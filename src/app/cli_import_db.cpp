@@ -135,7 +135,8 @@ int cli_import_db::run(const QStringList & args)
    for (const QString & s : importer.getSummary()) { m_out << tools::terminal_text::escape(s, false) << "\n"; }
    if (bNew || ! sName.isEmpty())
    {
-      m_out << "Project name: " << pProject->getName() << ((bNew && sName.isEmpty()) ? " (from the file name; --name sets another)" : "") << "\n";
+      m_out << "Project name: " << pProject->getName() << ((bNew && sName.isEmpty()) ? " (from the file name, in upper case as the generated CMake project needs; "
+                                                                         "rename with --name NAME, also on a refresh, or the model's \"name\")" : "") << "\n";
    }
 
    // The dry run checks what the write would check: it fails where the run would.

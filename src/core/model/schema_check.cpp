@@ -174,6 +174,7 @@ zy::ZyInvalidValueX schema_check::run(const project & p)
       lstTexts.append(e.texts);
    }
    appendParentCycles(lstResult, lstEntities);
+   appendClassNameClashes(lstResult, lstEntities, lstEnums);
 
    for (qsizetype i = 0; i < lstEnums.size(); ++i)
    {

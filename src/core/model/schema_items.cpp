@@ -151,6 +151,30 @@ void appendParentCycles(zy::ZyInvalidValueX & lst, const list_of_entity & lstEnt
    }
 }
 
+void appendClassNameClashes(zy::ZyInvalidValueX & lst, const list_of_entity & lstEntities, const list_of_enumeration & lstEnums)
+{
+   QHash<QString, QHash<QString, QString> > hashTypes;   // namespace -> type name -> "class"/"enumeration"
+   for (const entity_ptr & p : lstEntities) { if (p && ! p->getName().isEmpty()) { hashTypes[p->getNamespace()].insert(p->getName(), "class"); } }
+   for (const enumeration_ptr & p : lstEnums) { if (p && ! p->getName().isEmpty()) { hashTypes[p->getNamespace()].insert(p->getName(), "enumeration"); } }
+   for (qsizetype i = 0; i < lstEntities.size(); ++i)
+   {
+      const entity_ptr & pEntity = lstEntities.at(i);
+      if (! pEntity) { continue; }
+      const QHash<QString, QString> hashNames = hashTypes.value(pEntity->getNamespace());
+      const list_of_property & lstProperties = pEntity->getOwnProperties();
+      for (qsizetype j = 0; j < lstProperties.size(); ++j)
+      {
+         const QString sName = (lstProperties.at(j) ? lstProperties.at(j)->getName() : QString());
+         if (sName.isEmpty() || ((sName != pEntity->getName()) && ! hashNames.contains(sName))) { continue; }
+         const QString sLower = sName.left(1).toLower() + sName.mid(1);
+         const QString sWhat = ((sName == pEntity->getName()) ? QString("its own class") : (QString("the ") + hashNames.value(sName) + " '" + sName + "' of its namespace"));
+         lst.append(zy::ZyInvalidValue(QString("%1 : property '%2' is named like %3; the generated class does not compile (rename the property, "
+                                               "for instance to '%4')").arg(entityLabel(pEntity, i), sName, sWhat, ((sLower != sName) ? sLower : (sName + "_"))),
+                                       propertyPath(i, j)));
+      }
+   }
+}
+
 void checkEntity(zy::ZyInvalidValueX & lst, const entity_ptr & pEntity, qsizetype i,
                  const QHash<QString, qsizetype> & hashEntities, const QHash<QString, qsizetype> & hashEnums)
 {

@@ -20,6 +20,10 @@ QString entityPath(qsizetype i);
 void checkProjectName(zy::ZyInvalidValueX & lst, const QString & sName);
 // Each inheritance cycle once, at its first member in document order.
 void appendParentCycles(zy::ZyInvalidValueX & lst, const list_of_entity & lstEntities);
+// A property named like its own class, or like a class or enumeration of its class's namespace:
+// the generated member changes what that name means inside the class, which does not compile.
+// It looks across items, so the incremental check runs it every time too.
+void appendClassNameClashes(zy::ZyInvalidValueX & lst, const list_of_entity & lstEntities, const list_of_enumeration & lstEnums);
 // Name, namespace, repeated key, parent, validator and every property of the entity at index i.
 void checkEntity(zy::ZyInvalidValueX & lst, const entity_ptr & pEntity, qsizetype i,
                  const QHash<QString, qsizetype> & hashEntities, const QHash<QString, qsizetype> & hashEnums);
