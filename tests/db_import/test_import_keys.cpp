@@ -220,4 +220,21 @@ TEST_P(ImportBrokenView, ViewOverADroppedTableIsReportedAndLeftOut)
 
 INSTANTIATE_TEST_SUITE_P(MariaDB, ImportBrokenView, ::testing::Values(db_import::dialect_mariadb));
 
+class ImportPartitions : public ::testing::TestWithParam<db_import::enum_dialect> { };
+
+TEST_P(ImportPartitions, ThePartitionedTableIsTheEntityItsPartitionsAreNone)
+{
+   QTemporaryDir dir;
+   QString sUrl, sError;
+   ASSERT_TRUE(import_test::prepareSource(GetParam(), "corpus", dir.path(), sUrl, sError)) << sError.toStdString();
+   const import_test::import_run r = import_test::importSource(sUrl);
+   ASSERT_TRUE(r.bOk) << r.sError.toStdString();
+   ASSERT_TRUE(r.pProject->getEntityByKey("Measurement"));
+   EXPECT_EQ(typeOf(propertyOf(r.pProject, "Measurement", "id")), "std::pair<int, QDateTime>");
+   for (const model::entity_ptr & e : (* r.pProject->getListOfAllEntities()))
+   { EXPECT_FALSE(e->getName().startsWith("Measurement2")) << e->getName().toStdString(); }
+}
+
+INSTANTIATE_TEST_SUITE_P(PostgreSQL, ImportPartitions, ::testing::Values(db_import::dialect_postgresql));
+
 } // namespace
