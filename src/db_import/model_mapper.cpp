@@ -160,7 +160,7 @@ void model_mapper::addColumns(const db_table & table)
 {
    const model::entity_ptr pEntity = m_hashEntities.value(db_catalog::keyOf(table.sSchema, table.sName));
    QString sKey = ((table.lstPrimaryKey.size() == 1) ? table.lstPrimaryKey.first() : QString());
-   if (table.lstPrimaryKey.isEmpty()) { sKey = chooseKey(table, * pEntity); }
+   if (table.lstPrimaryKey.isEmpty()) { sKey = (m_options.bChooseKeys ? chooseKey(table, * pEntity) : QString()); }
    else if (table.lstPrimaryKey.size() > 1) { addCompositeKey(table, pEntity); }
    for (const db_column & c : table.lstColumns)
    {

@@ -145,6 +145,20 @@ TEST(ImportKeysCli, KeylessTablesAndViewsGetAKeyTheSummaryNamesAndARefreshKeeps)
    EXPECT_FALSE(propertyOf(p, "EventLog", "at")->isPrimaryKey());
 }
 
+TEST(ImportKeysCli, KeylessNoneKeepsTablesWithoutAKey)
+{
+   QTemporaryDir dir;
+   const QString sModel = dir.path() + "/library.json";
+   const cli_result r = runTavrel({ "import-db", "--ddl", keysSchema(), sModel, "--keyless", "none" });
+   ASSERT_EQ(r.code, 0) << r.err.toStdString();
+   EXPECT_FALSE(r.out.contains("has no primary key")) << r.out.toStdString();
+   const model::project_ptr p = readModel(sModel);
+   ASSERT_TRUE(p);
+   EXPECT_FALSE(p->getEntityByKey("EventLog")->getPropertyId(false));
+   EXPECT_FALSE(p->getEntityByKey("BookList")->getPropertyId(false));
+   EXPECT_EQ(runTavrel({ "import-db", "--ddl", keysSchema(), sModel, "--keyless", "some" }).code, 2);
+}
+
 TEST(ImportKeysCli, ProjectNamedSoThatItsCMakeProjectBuilds)
 {
    QTemporaryDir dir;
