@@ -11,9 +11,10 @@ const char * const k_sUserSchemas =
    "SELECT nspname FROM pg_catalog.pg_namespace WHERE nspname NOT IN ('pg_catalog', 'information_schema') "
    "AND nspname NOT LIKE 'pg\\_toast%' AND nspname NOT LIKE 'pg\\_temp\\_%' ORDER BY nspname";
 
-// A partition is part of its parent's table, not an entity. Straight from pg_catalog: information_schema.columns checks privileges row by row and takes
+// Straight from pg_catalog: information_schema.columns checks privileges row by row and takes
 // seconds on thousands of tables. format_type() writes the type as declared ("character
-// varying(40)", "integer[]", an enumeration's name).
+// varying(40)", "integer[]", an enumeration's name). A partition is part of its partitioned
+// table, which is the entity.
 const char * const k_sColumns =
    "SELECT n.nspname, c.relname, c.relkind, a.attname, pg_catalog.format_type(a.atttypid, a.atttypmod), a.attnotnull, "
    "pg_catalog.pg_get_expr(d.adbin, d.adrelid) "

@@ -1,5 +1,7 @@
 #include "db_import/model_mapper.h"
 
+#include <functional>
+
 #include "db_import/name_rules.h"
 #include "db_import/type_mapping.h"
 #include "model/entity.h"
@@ -174,21 +176,22 @@ void model_mapper::addColumns(const db_table & table)
 
 QString model_mapper::chooseKey(const db_table & table, const model::entity & entity)
 {
-   const db_column * pChosen = nullptr;
-   QString sWhy;
-   for (const db_column & c : table.lstColumns)
+   auto first = [&table](const std::function<bool(const db_column &)> & fctFits) -> const db_column *
    {
-      if (c.bNotNull && singleColumnIndex(table, c.sName, true) && model::model_text_rules::literalProblem(c.sName).isEmpty()) { pChosen = & c; sWhy = "its first unique not-null column"; break; }
+      for (const db_column & c : table.lstColumns) { if (model::model_text_rules::literalProblem(c.sName).isEmpty() && fctFits(c)) { return & c; } }
+      return nullptr;
+   };
+   QString sWhy = "its first unique not-null column";
+   const db_column * pChosen = first([&table](const db_column & c) { return (c.bNotNull && singleColumnIndex(table, c.sName, true)); });
+   if (! pChosen)
+   {
+      sWhy = "its first column that is no foreign key";
+      pChosen = first([this, &table](const db_column & c) { return ! relationKey(table, c.sName); });
    }
-   for (const db_column & c : table.lstColumns)
+   if (! pChosen)
    {
-      if (pChosen) { break; }
-      if (! relationKey(table, c.sName) && model::model_text_rules::literalProblem(c.sName).isEmpty()) { pChosen = & c; sWhy = "its first column that is no foreign key"; }
-   }
-   for (const db_column & c : table.lstColumns)
-   {
-      if (pChosen) { break; }
-      if (model::model_text_rules::literalProblem(c.sName).isEmpty()) { pChosen = & c; sWhy = "its first column"; }
+      sWhy = "its first column";
+      pChosen = first([](const db_column &) { return true; });
    }
    if (! pChosen) { return QString(); }
    const QString sTable = tableOf(entity);
