@@ -30,10 +30,13 @@ bool readOptions(const QCommandLineParser & parser, db_import::import_options & 
    int iProperty = options.ePropertyNames;
    int iDecimal = 0;
    int iNullable = 0;
+   int iKeyless = 0;
    if (! readChoice(parser, "class-names", { "pascal", "keep" }, iClass, sError)) { return false; }
    if (! readChoice(parser, "property-names", { "keep", "camel" }, iProperty, sError)) { return false; }
    if (! readChoice(parser, "decimal-as", { "double", "QString" }, iDecimal, sError)) { return false; }
    if (! readChoice(parser, "nullable", { "allow_null", "optional" }, iNullable, sError)) { return false; }
+   if (! readChoice(parser, "keyless", { "choose", "none" }, iKeyless, sError)) { return false; }
+   options.bChooseKeys = (iKeyless == 0);
    options.eClassNames = db_import::import_options::enum_class_names(iClass);
    options.ePropertyNames = db_import::import_options::enum_property_names(iProperty);
    options.bDecimalAsString = (iDecimal == 1);
@@ -95,6 +98,8 @@ int cli_import_db::run(const QStringList & args)
       { "decimal-as", "numeric/decimal columns as double (default) or QString.", "TYPE" },
       { "nullable", "Nullable columns: allow_null (default) or optional (std::optional members).", "RULE" },
       { "no-inverse", "No one-to-many relation on the target of a foreign key." },
+      { "keyless", "Tables and views without a primary key: choose (a key the summary names, default) or none "
+                   "(kept keyless; their C++ does not compile).", "RULE" },
       { "tables", "Only tables matching the pattern (repeatable).", "GLOB" },
       { "exclude", "Leave out tables matching the pattern (repeatable).", "GLOB" },
       { "prune", "Remove what disappeared from the database (default: mark it obsolete)." },
@@ -135,7 +140,8 @@ int cli_import_db::run(const QStringList & args)
    for (const QString & s : importer.getSummary()) { m_out << tools::terminal_text::escape(s, false) << "\n"; }
    if (bNew || ! sName.isEmpty())
    {
-      m_out << "Project name: " << pProject->getName() << ((bNew && sName.isEmpty()) ? " (from the file name; --name sets another)" : "") << "\n";
+      m_out << "Project name: " << pProject->getName() << ((bNew && sName.isEmpty()) ? " (from the file name, in upper case as the generated CMake project needs; "
+                                                                         "rename with --name NAME, also on a refresh, or the model's \"name\")" : "") << "\n";
    }
 
    // The dry run checks what the write would check: it fails where the run would.

@@ -25,7 +25,7 @@ bool catalog_reader::read(const QSqlDatabase & database, enum_dialect eDialect, 
          break;
       case dialect_mariadb:
          catalog.sDefaultSchema = sDatabase;
-         bOk = readMariadb(database, (lstSchemas.isEmpty() ? QStringList(sDatabase) : lstSchemas), catalog, sError);
+         bOk = readMariadb(database, (lstSchemas.isEmpty() ? QStringList(sDatabase) : lstSchemas), options, catalog, sError);
          break;
    }
    if (bOk) { sortTables(catalog); }

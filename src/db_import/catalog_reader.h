@@ -18,7 +18,8 @@ class catalog_reader
 public:
    // lstSchemas empty: every schema of the user (PostgreSQL), the URL's database (MariaDB).
    // SQLite: tables options does not accept are never read, nor SQLite's own and virtual tables;
-   // a view SQLite cannot read is a warning in catalog.lstWarnings (an error when strict).
+   // a view the database cannot read (SQLite, MariaDB) is a warning in catalog.lstWarnings (an
+   // error when strict).
    static bool read(const QSqlDatabase & database, enum_dialect eDialect, const QStringList & lstSchemas,
                     const QString & sDatabase, db_catalog & catalog, QString & sError,
                     const import_options & options = import_options());
@@ -34,7 +35,9 @@ private:
    static bool readSqlite(const QSqlDatabase & database, const import_options & options, db_catalog & catalog, QString & sError);
    static bool readPostgresql(const QSqlDatabase & database, const QStringList & lstSchemas, db_catalog & catalog, QString & sError);
    static bool readPostgresqlKeys(QSqlQuery & query, const QString & sSchemas, db_catalog & catalog, QString & sError);
-   static bool readMariadb(const QSqlDatabase & database, const QStringList & lstSchemas, db_catalog & catalog, QString & sError);
+   static bool readMariadb(const QSqlDatabase & database, const QStringList & lstSchemas, const import_options & options, db_catalog & catalog, QString & sError);
+   // Views the server lists but cannot read (a table they name is gone): warnings, errors when strict.
+   static bool reportBrokenViews(QSqlQuery & query, const QString & sSchemas, const import_options & options, db_catalog & catalog, QString & sError);
    static bool readMariadbKeys(QSqlQuery & query, const QString & sSchemas, db_catalog & catalog, QString & sError);
    static void sortTables(db_catalog & catalog);
 };

@@ -56,9 +56,27 @@ const char * const k_sForeignKeys =
    "FROM information_schema.KEY_COLUMN_USAGE WHERE TABLE_SCHEMA IN (%1) AND REFERENCED_TABLE_NAME IS NOT NULL "
    "ORDER BY TABLE_SCHEMA, TABLE_NAME, CONSTRAINT_NAME, ORDINAL_POSITION";
 
+// A view over a table that is gone has no column rows; the server says why in its comment.
+const char * const k_sViews =
+   "SELECT TABLE_SCHEMA, TABLE_NAME, TABLE_COMMENT FROM information_schema.TABLES "
+   "WHERE TABLE_TYPE = 'VIEW' AND TABLE_SCHEMA IN (%1) ORDER BY TABLE_SCHEMA, TABLE_NAME";
+
 } // namespace
 
-bool catalog_reader::readMariadb(const QSqlDatabase & database, const QStringList & lstSchemas, db_catalog & catalog, QString & sError)
+bool catalog_reader::reportBrokenViews(QSqlQuery & q, const QString & sSchemas, const import_options & options, db_catalog & catalog, QString & sError)
+{
+   if (! exec(q, QString(k_sViews).arg(sSchemas), sError)) { return false; }
+   while (q.next())
+   {
+      if (catalog.find(q.value(0).toString(), q.value(1).toString()) || ! options.accepts(q.value(1).toString())) { continue; }
+      const QString sWhat = QString("view %1 cannot be read: %2").arg(q.value(1).toString(), q.value(2).toString().simplified());
+      if (options.bStrict) { sError = sWhat; return false; }
+      catalog.lstWarnings.append(sWhat + ", left out");
+   }
+   return true;
+}
+
+bool catalog_reader::readMariadb(const QSqlDatabase & database, const QStringList & lstSchemas, const import_options & options, db_catalog & catalog, QString & sError)
 {
    const QString sSchemas = quotedList(lstSchemas);
    QSqlQuery q(database);
@@ -77,7 +95,7 @@ bool catalog_reader::readMariadb(const QSqlDatabase & database, const QStringLis
       if (q.value(7).toString().contains("auto_increment", Qt::CaseInsensitive)) { c.sGenerator = QStringLiteral("autoincrement"); }
       t.lstColumns.append(c);
    }
-   return readMariadbKeys(q, sSchemas, catalog, sError);
+   return (reportBrokenViews(q, sSchemas, options, catalog, sError) && readMariadbKeys(q, sSchemas, catalog, sError));
 }
 
 bool catalog_reader::readMariadbKeys(QSqlQuery & q, const QString & sSchemas, db_catalog & catalog, QString & sError)

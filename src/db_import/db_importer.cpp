@@ -81,6 +81,7 @@ bool db_importer::importInto(const db_catalog & catalog, const model::project_pt
    }
    if (bLarge) { progress("merging into the project"); }
    model_merger merger(pProject, m_options);
+   merger.setChosenKeys(mapper.getChosenKeys());
    m_lstSummary = merger.merge(* pFresh);
    return true;
 }
@@ -105,7 +106,8 @@ QString db_importer::projectNameFor(const QString & sFile)
 {
    const QString sBase = QFileInfo(sFile).completeBaseName();
    const bool bDigit = (! sBase.isEmpty() && sBase.at(0).isDigit());
-   return name_rules::identifier(bDigit ? ("project_" + sBase) : sBase, name_rules::style_keep, "project_", "project");
+   // Upper case: the generated CMake project reads its file lists under the upper-cased name.
+   return name_rules::identifier(bDigit ? ("project_" + sBase) : sBase, name_rules::style_keep, "project_", "project").toUpper();
 }
 
 bool db_importer::checkProject(const model::project & project, QString & sError)

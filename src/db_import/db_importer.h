@@ -38,8 +38,9 @@ public:
    // The project a file holds (.tavrel or .json), or a new one named after the file when it does
    // not exist yet (see projectNameFor); sName, when given, names it either way.
    static bool loadProject(const QString & sFile, model::project_ptr & pProject, QString & sError, const QString & sName = QString());
-   // A C++ identifier made from the file's name: "my-project.tavrel" -> "my_project",
-   // "2024 shop.json" -> "project_2024_shop".
+   // A C++ identifier in upper case made from the file's name (the generated CMake project reads
+   // its file lists under the upper-cased name): "my-project.tavrel" -> "MY_PROJECT",
+   // "2024 shop.json" -> "PROJECT_2024_SHOP".
    static QString projectNameFor(const QString & sFile);
    // The schema check a write makes: false with every problem when the project cannot be written.
    static bool checkProject(const model::project & project, QString & sError);

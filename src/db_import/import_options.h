@@ -21,6 +21,9 @@ struct import_options
    // Nullable columns that are not keys get decoration "optional".
    bool bNullableOptional = false;
    bool bInverse = true;
+   // A table or view without a primary key gets one chosen (model_mapper::chooseKey); false
+   // keeps it keyless, as in the database (its generated C++ then does not compile).
+   bool bChooseKeys = true;
    QStringList lstTables;
    QStringList lstExclude;
    // Refresh: remove what disappeared from the database instead of marking it obsolete.

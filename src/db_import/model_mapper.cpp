@@ -1,5 +1,7 @@
 #include "db_import/model_mapper.h"
 
+#include <functional>
+
 #include "db_import/name_rules.h"
 #include "db_import/type_mapping.h"
 #include "model/entity.h"
@@ -23,6 +25,8 @@ bool singleColumnIndex(const db_table & table, const QString & sColumn, bool bUn
 }
 
 } // namespace
+
+const char * const model_mapper::k_sViewMeta = "TAVREL_VIEW";
 
 model_mapper::model_mapper(const db_catalog & catalog, const import_options & options) : m_catalog(catalog), m_options(options)
 {
@@ -132,9 +136,8 @@ void model_mapper::addEntity(const db_table & table)
    pEntity->setReadOnly(table.bView);
    m_pProject->addEntity(pEntity);
    m_hashEntities.insert(db_catalog::keyOf(table.sSchema, table.sName), pEntity);
-   if (table.bView) { return; }
-   if (table.lstPrimaryKey.isEmpty()) { warn(QString("table %1 has no primary key").arg(sTable)); }
-   else if (table.lstPrimaryKey.size() > 1) { warn(QString("table %1: composite primary key (%2) kept as plain columns").arg(sTable, table.lstPrimaryKey.join(", "))); }
+   // A view is never created by the SQL export, and its rows cannot be written.
+   if (table.bView) { pEntity->setMetaData(k_sViewMeta, "true"); return; }
    for (const db_foreign_key & k : table.lstForeignKeys)
    {
       if (k.lstColumns.size() > 1) { warn(QString("table %1: foreign key (%2) over several columns kept as plain columns").arg(sTable, k.lstColumns.join(", "))); }
@@ -145,8 +148,10 @@ model::property_ptr model_mapper::newProperty(const model::entity_ptr & pEntity,
 {
    auto pProperty = std::make_shared<model::property>();
    pProperty->setId(m_lNextProperty++);
-   const QString sUnique = name_rules::unique(sName, m_hashTakenNames[pEntity.get()]);
-   if (sUnique != sName) { warn(QString("%1.%2: property name %3 is taken, named %4").arg(tableOf(* pEntity), sColumn, sName, sUnique)); }
+   // Never named like a class of its namespace (its own included): see name_rules::avoiding.
+   const QString sWanted = name_rules::avoiding(sName, m_hashTakenClasses.value(pEntity->getNamespace()));
+   const QString sUnique = name_rules::unique(sWanted, m_hashTakenNames[pEntity.get()]);
+   if (sUnique != sWanted) { warn(QString("%1.%2: property name %3 is taken, named %4").arg(tableOf(* pEntity), sColumn, sWanted, sUnique)); }
    pProperty->setName(sUnique);
    pProperty->setEntity(pEntity);
    pEntity->addProperty(pProperty);
@@ -157,17 +162,68 @@ void model_mapper::addColumns(const db_table & table)
 {
    const model::entity_ptr pEntity = m_hashEntities.value(db_catalog::keyOf(table.sSchema, table.sName));
    type_mapping::keepTableForm(m_catalog, table, * pEntity);
+   QString sKey = ((table.lstPrimaryKey.size() == 1) ? table.lstPrimaryKey.first() : QString());
+   if (table.lstPrimaryKey.isEmpty()) { sKey = (m_options.bChooseKeys ? chooseKey(table, * pEntity) : QString()); }
+   else if (table.lstPrimaryKey.size() > 1) { addCompositeKey(table, pEntity); }
    for (const db_column & c : table.lstColumns)
    {
       if (! representable(table, c)) { continue; }
-      const bool bKey = ((table.lstPrimaryKey.size() == 1) && (table.lstPrimaryKey.first() == c.sName));
+      const bool bKey = (c.sName == sKey);
       const db_foreign_key * pKey = (bKey ? nullptr : relationKey(table, c.sName));
       if (pKey) { addManyToOne(table, pEntity, c, * pKey); }
-      else { plainProperty(table, pEntity, c); }
+      else { plainProperty(table, pEntity, c, bKey); }
    }
 }
 
-model::property_ptr model_mapper::plainProperty(const db_table & table, const model::entity_ptr & pEntity, const db_column & column)
+QString model_mapper::chooseKey(const db_table & table, const model::entity & entity)
+{
+   auto first = [&table](const std::function<bool(const db_column &)> & fctFits) -> const db_column *
+   {
+      for (const db_column & c : table.lstColumns) { if (model::model_text_rules::literalProblem(c.sName).isEmpty() && fctFits(c)) { return & c; } }
+      return nullptr;
+   };
+   QString sWhy = "its first unique not-null column";
+   const db_column * pChosen = first([&table](const db_column & c) { return (c.bNotNull && singleColumnIndex(table, c.sName, true)); });
+   if (! pChosen)
+   {
+      sWhy = "its first column that is no foreign key";
+      pChosen = first([this, &table](const db_column & c) { return ! relationKey(table, c.sName); });
+   }
+   if (! pChosen)
+   {
+      sWhy = "its first column";
+      pChosen = first([](const db_column &) { return true; });
+   }
+   if (! pChosen) { return QString(); }
+   const QString sTable = tableOf(entity);
+   m_hashChosenKeys.insert(sTable, QString("%1 %2 has no primary key: column %3 (%4) is its key in the model; choose another with "
+                                           "\"primary_key\" (a refresh keeps the choice)").arg(table.bView ? "view" : "table", sTable, pChosen->sName, sWhy));
+   return pChosen->sName;
+}
+
+void model_mapper::addCompositeKey(const db_table & table, const model::entity_ptr & pEntity)
+{
+   QStringList lstTypes;
+   QSet<QString> setColumns;
+   for (const QString & sColumn : table.lstPrimaryKey)
+   {
+      const db_column * pColumn = table.column(sColumn);
+      lstTypes.append(pColumn ? type_mapping::map(m_catalog.eDialect, * pColumn, m_options).sType : QString("QString"));
+   }
+   for (const db_column & c : table.lstColumns) { setColumns.insert(styledPropertyName(c.sName)); }
+   QString sName = "id";
+   if (setColumns.contains(sName)) { sName = "key"; }
+   for (int i = 2; setColumns.contains(sName); ++i) { sName = "key" + QString::number(i); }
+   model::property_ptr p = newProperty(pEntity, sName, table.lstPrimaryKey.join('|'));
+   p->setColumnName(table.lstPrimaryKey.join('|'));
+   p->setPrimaryKey(true);
+   auto pType = std::make_shared<model::property_type>();
+   pType->setId(p->getId());
+   pType->setPrimitiveType(((lstTypes.size() == 2) ? QString("std::pair<%1>") : QString("std::tuple<%1>")).arg(lstTypes.join(", ")));
+   p->setType(pType);
+}
+
+model::property_ptr model_mapper::plainProperty(const db_table & table, const model::entity_ptr & pEntity, const db_column & column, bool bKey)
 {
    model::property_ptr p = newProperty(pEntity, styledPropertyName(column.sName), column.sName);
    if (p->getName() != column.sName) { p->setColumnName(column.sName); }
@@ -178,7 +234,6 @@ model::property_ptr model_mapper::plainProperty(const db_table & table, const mo
    pType->setId(p->getId());
    pType->setPrimitiveType(type.sType);
    pType->setDefaultValue(type_mapping::defaultValue(column.sDefault, type.sType));
-   const bool bKey = ((table.lstPrimaryKey.size() == 1) && (table.lstPrimaryKey.first() == column.sName));
    p->setPrimaryKey(bKey);
    if (column.bNotNull && ! bKey) { p->setAllowNull(false); }
    if (m_options.bNullableOptional && ! column.bNotNull && ! bKey && ! table.bView) { pType->setDecoration(model::property_type::decoration_optional); }
@@ -227,7 +282,7 @@ void model_mapper::addInverse(const db_table & table, const model::entity_ptr & 
    // Two keys towards the same table, or a name the target already has: the collection is told
    // apart by the relation's name ("employee_manager").
    const model::entity_ptr pTarget = targetOf(key);
-   QString sName = styledPropertyName(table.sName);
+   QString sName = styledPropertyName(name_rules::plural(table.sName));
    if ((iSameTarget > 1) || m_hashTakenNames.value(pTarget.get()).contains(sName)) { sName = styledPropertyName(table.sName + "_" + sRelation); }
    addRelation(pTarget, sName, model::relationship::one_to_many, pHolder, key.lstColumns.first());
 }
@@ -242,7 +297,7 @@ void model_mapper::addManyToMany(const db_table & table)
       const model::entity_ptr pOwner = targetOf(own);
       const model::entity_ptr pTarget = targetOf(other);
       // Both columns lead to the same table: each side is named from its own column.
-      const QString sBase = ((pOwner == pTarget) ? name_rules::relationBase(other.lstColumns.first()) : other.sTargetTable);
+      const QString sBase = ((pOwner == pTarget) ? name_rules::relationBase(other.lstColumns.first()) : name_rules::plural(other.sTargetTable));
       model::property_ptr p = addRelation(pOwner, styledPropertyName(sBase), model::relationship::many_to_many, pTarget, own.lstColumns.first());
       p->getRelation()->setExtraTable(sExtra);
       p->getRelation()->setForeignKeyOwner(other.lstColumns.first());

@@ -35,16 +35,23 @@ class model_mapper
       QString sRelation;
    };
    QList<pending_inverse> m_lstInverses;
+   // Table -> the key chosen for a table or view that has none (see chooseKey).
+   QHash<QString, QString> m_hashChosenKeys;
    long m_lNextProperty = 1;
    long m_lNextRelation = 1;
 
 public:
+   // Entity meta data that marks a view: the SQL export creates no table for it.
+   static const char * const k_sViewMeta;
+
    model_mapper(const db_catalog & catalog, const import_options & options);
 
    model::project_ptr map(const QString & sProjectName);
    // One line per table or column the model cannot hold as it is, naming it.
    QStringList getWarnings() const { return m_lstWarnings; }
    QStringList getErrors() const { return m_lstErrors; }
+   // Table -> "no primary key: ... chosen as its key", for each table and view given a key here.
+   QHash<QString, QString> getChosenKeys() const { return m_hashChosenKeys; }
 
    // The table an entity stands for: its "table", else its name.
    static QString tableOf(const model::entity & entity);
@@ -58,8 +65,14 @@ private:
    model::entity_ptr targetOf(const db_foreign_key & key) const;
    void addEntity(const db_table & table);
    void addColumns(const db_table & table);
+   // The column that stands for the key of a table or view without one: its first unique
+   // not-null column, else its first column that is no foreign key, else its first column.
+   QString chooseKey(const db_table & table, const model::entity & entity);
+   // A primary key over several columns: one key property of a std::pair (two columns) or
+   // std::tuple type, its column "a|b"; the columns keep their own properties.
+   void addCompositeKey(const db_table & table, const model::entity_ptr & pEntity);
    model::property_ptr newProperty(const model::entity_ptr & pEntity, const QString & sName, const QString & sColumn);
-   model::property_ptr plainProperty(const db_table & table, const model::entity_ptr & pEntity, const db_column & column);
+   model::property_ptr plainProperty(const db_table & table, const model::entity_ptr & pEntity, const db_column & column, bool bKey);
    void addManyToOne(const db_table & table, const model::entity_ptr & pEntity, const db_column & column, const db_foreign_key & key);
    void addInverse(const db_table & table, const model::entity_ptr & pHolder, const db_foreign_key & key, const QString & sRelation);
    void addManyToMany(const db_table & table);

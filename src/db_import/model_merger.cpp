@@ -100,7 +100,9 @@ void model_merger::addEntity(const model::entity_ptr & pFresh)
    pFresh->clearProperties();
    for (const model::property_ptr & p : lst) { adopt(pFresh, p); }
    m_pProject->addEntity(pFresh);
-   note(QString("+ entity %1 (table %2)").arg(pFresh->getKey(), model_mapper::tableOf(* pFresh)));
+   const QString sTable = model_mapper::tableOf(* pFresh);
+   const QString sChoice = m_hashChosenKeys.value(sTable);
+   note(QString("+ entity %1 (table %2)").arg(pFresh->getKey(), sTable) + (sChoice.isEmpty() ? QString() : ("; " + sChoice)));
 }
 
 // A property of the fresh model joins the project: new ids, targets named by the project's keys.
@@ -119,6 +121,7 @@ void model_merger::adopt(const model::entity_ptr & pEntity, const model::propert
    }
    pProperty->setEntity(pEntity);
    pEntity->addProperty(pProperty);
+   m_setAdopted.insert(pProperty.get());
 }
 
 void model_merger::mergeEntity(const model::entity_ptr & pEntity, const model::entity & fresh, const model::project & freshProject)
@@ -165,7 +168,8 @@ void model_merger::updateProperty(const model::entity & entity, const model::pro
    if (p->getMaxLength() != fresh.getMaxLength())
    { note(QString("~ %1: max_length %2 -> %3").arg(sWhere, lengthText(p->getMaxLength()), lengthText(fresh.getMaxLength()))); p->setMaxLength(fresh.getMaxLength()); }
    if (p->getAllowNull() != fresh.getAllowNull()) { note(QString("~ %1: allow_null %2 -> %3").arg(sWhere, yesNo(p->getAllowNull()), yesNo(fresh.getAllowNull()))); p->setAllowNull(fresh.getAllowNull()); }
-   if (p->isPrimaryKey() != fresh.isPrimaryKey()) { note(QString("~ %1: primary_key %2 -> %3").arg(sWhere, yesNo(p->isPrimaryKey()), yesNo(fresh.isPrimaryKey()))); p->setPrimaryKey(fresh.isPrimaryKey()); }
+   // A key the import chose stays where the user put it.
+   if ((p->isPrimaryKey() != fresh.isPrimaryKey()) && ! m_hashChosenKeys.contains(model_mapper::tableOf(entity))) { note(QString("~ %1: primary_key %2 -> %3").arg(sWhere, yesNo(p->isPrimaryKey()), yesNo(fresh.isPrimaryKey()))); p->setPrimaryKey(fresh.isPrimaryKey()); }
    if (p->getUnique() != fresh.getUnique()) { note(QString("~ %1: unique %2 -> %3").arg(sWhere, yesNo(p->getUnique()), yesNo(fresh.getUnique()))); p->setUnique(fresh.getUnique()); }
    if (p->isIndex() != fresh.isIndex()) { note(QString("~ %1: index %2 -> %3").arg(sWhere, yesNo(p->isIndex()), yesNo(fresh.isIndex()))); p->setIndex(fresh.isIndex()); }
 }
@@ -176,7 +180,7 @@ void model_merger::dropMissing(const model::entity_ptr & pEntity, const QSet<QSt
    for (const model::property_ptr & p : pEntity->getOwnProperties())
    {
       const QString sKey = matchKey(* p, * m_pProject);
-      if (p->isTransient() || setSeen.contains(sKey) || sKey.startsWith("r:")) { lstKept.append(p); continue; }
+      if (p->isTransient() || m_setAdopted.contains(p.get()) || setSeen.contains(sKey) || sKey.startsWith("r:")) { lstKept.append(p); continue; }
       const QString sWhat = (sKey.startsWith("c:") ? ("column " + model_mapper::tableOf(* pEntity) + "." + sKey.mid(2))
                                                    : ("relation " + pEntity->getName() + "." + p->getName()));
       if (m_options.bPrune) { note(QString("- %1 (removed)").arg(sWhat)); continue; }

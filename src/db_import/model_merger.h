@@ -21,6 +21,10 @@ class model_merger
    QStringList m_lstSummary;
    // Key of an entity of the fresh model -> key of the same entity in the project.
    QHash<QString, QString> m_hashKeys;
+   // Table -> why its key was chosen by the import (the database has none): the user may move it.
+   QHash<QString, QString> m_hashChosenKeys;
+   // Properties this run added: seen in the database by definition, whatever their target is yet.
+   QSet<const model::property *> m_setAdopted;
    long m_lNextEntity = 1;
    long m_lNextProperty = 1;
    long m_lNextRelation = 1;
@@ -31,6 +35,8 @@ public:
    // Merges and returns the summary, one line per change ("+ entity sales::Invoice (table
    // invoice)", "~ Order.total: int -> double", "- column order.legacy (marked obsolete)").
    QStringList merge(const model::project & fresh);
+   // The keys model_mapper chose for tables without one (model_mapper::getChosenKeys).
+   void setChosenKeys(const QHash<QString, QString> & hash) { m_hashChosenKeys = hash; }
 
 private:
    void findIds();

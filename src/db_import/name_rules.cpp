@@ -79,6 +79,31 @@ QString name_rules::relationBase(const QString & sColumn)
    return sColumn;
 }
 
+QString name_rules::plural(const QString & sName)
+{
+   if (sName.isEmpty() || ! isAsciiWordChar(sName.back())) { return sName; }
+   const bool bUpper = (sName.back().isUpper() && (sName.size() > 1) && sName.at(sName.size() - 2).isUpper());
+   const QString sLower = sName.toLower();
+   auto suffixed = [&](qsizetype iCut, const char * szSuffix) {
+      const QString sSuffix(szSuffix);
+      return sName.left(sName.size() - iCut) + (bUpper ? sSuffix.toUpper() : sSuffix);
+   };
+   const QChar cBefore = ((sLower.size() > 1) ? sLower.at(sLower.size() - 2) : QChar());
+   if (sLower.endsWith('y') && ! QString("aeiou").contains(cBefore)) { return suffixed(1, "ies"); }
+   for (const char * szEnd : { "s", "x", "z", "ch", "sh" }) { if (sLower.endsWith(szEnd)) { return suffixed(0, "es"); } }
+   return suffixed(0, "s");
+}
+
+QString name_rules::avoiding(const QString & sName, const QSet<QString> & setTypes)
+{
+   if (! setTypes.contains(sName)) { return sName; }
+   const QString sLower = lowerFirst(sName);
+   if ((sLower != sName) && ! setTypes.contains(sLower) && ! model::model_names::isCppKeyword(sLower)) { return sLower; }
+   QString s = sName + '_';
+   while (setTypes.contains(s)) { s += '_'; }
+   return s;
+}
+
 QString name_rules::unique(const QString & sName, QSet<QString> & setTaken)
 {
    QString s = sName;

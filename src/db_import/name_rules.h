@@ -22,6 +22,11 @@ public:
    static QString propertyName(const QString & sColumn, enum_style eStyle);
    // A relation named from its column: "customer_id" -> "customer", "authorId" -> "author".
    static QString relationBase(const QString & sColumn);
+   // The plural of a name's last word: "book" -> "books", "category" -> "categories", "box" -> "boxes".
+   static QString plural(const QString & sName);
+   // sName, or a name that no type of setTypes has: a member named like a class changes what the
+   // class's name means inside the generated class ("Author" -> "author", "author" -> "author_").
+   static QString avoiding(const QString & sName, const QSet<QString> & setTypes);
    // sName, or sName2, sName3... the first not in setTaken (which gets it).
    static QString unique(const QString & sName, QSet<QString> & setTaken);
 

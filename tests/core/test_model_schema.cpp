@@ -282,6 +282,13 @@ TEST(ModelCheckWarnings, DefaultOnWrappedTypeAndSeveralWordNullable)
    pFlag->getType()->setDefaultValue("false");
    auto pCount = addProperty(m.pOrder, "count", "long long");
    pCount->getType()->setDecoration(3);
+   // std::optional takes the default as written: the compile check of imported models builds it.
+   for (const char * szType : { "long", "QString", "double" })
+   {
+      auto pOptional = addProperty(m.pOrder, QString("optional_") + szType, szType);
+      pOptional->getType()->setDecoration(model::property_type::decoration_optional);
+      pOptional->getType()->setDefaultValue((QString(szType) == "QString") ? "none" : "2");
+   }
    EXPECT_EQ(lines(m.pProject->checkWarnings()), lines(QStringList({
       "Entity 'shop::Order' : property 'flags' has a default value but a wrapped or collection type ('std::shared_ptr<bool>'); the "
       "generated constructors initialise the member with the default as written, which does not compile",

@@ -174,3 +174,42 @@ TEST(SchemaKeyTable, FirstIndexOfEachKeyAndNothingElse)
    EXPECT_EQ(keys.value("missing", 7), 7);
    for (int i = 0; i < 2000; ++i) { ASSERT_EQ(keys.value(QString("bulk::E%1").arg(i)), 5 + i); }
 }
+
+TEST(ModelSchemaCheck, PropertyNamedLikeAClassOfItsNamespace)
+{
+   edited_model m;
+   m.both();
+   auto pItem = m.replace(2, "Item", "shop::Base");
+   addProperty(pItem, "Client", "QString");
+   addProperty(pItem, "Item", "QString");
+   addProperty(pItem, "Status", "long");
+   m.pProject->resolveLinks();
+   EXPECT_EQ(m.both(),
+             "Entity 'shop::Item' : property 'Client' is named like the class 'Client' of its namespace; the generated class does not "
+             "compile (rename the property, for instance to 'client') @ entities[2].properties[2]\n"
+             "Entity 'shop::Item' : property 'Item' is named like its own class; the generated class does not compile (rename the "
+             "property, for instance to 'item') @ entities[2].properties[3]\n"
+             "Entity 'shop::Item' : property 'Status' is named like the enumeration 'Status' of its namespace; the generated class "
+             "does not compile (rename the property, for instance to 'status') @ entities[2].properties[4]");
+   // Another item's edit decides: the class renamed, the problem goes though its entity was kept.
+   m.replace(3, "Customer", "shop::Base");
+   (* m.pProject->getListOfAllEnums())[0] = makeEnumeration("shop", "State");
+   m.pProject->resolveLinks();
+   const std::string s = m.both();
+   EXPECT_EQ(s.find("property 'Client'"), std::string::npos) << s;
+   EXPECT_EQ(s.find("property 'Status'"), std::string::npos) << s;
+   EXPECT_NE(s.find("property 'Item' is named like its own class"), std::string::npos) << s;
+}
+
+TEST(ModelSchemaCheck, ClassNamedLikeAPropertyAfterAnEditOfTheClassOnly)
+{
+   edited_model m;
+   auto pItem = m.replace(2, "Item", "shop::Base");
+   addProperty(pItem, "Invoice", "QString");
+   m.pProject->resolveLinks();
+   EXPECT_EQ(m.both(), "");
+   // Only the other entity is replaced, under the name the property has.
+   m.replace(3, "Invoice", "shop::Base");
+   EXPECT_NE(m.both().find("property 'Invoice' is named like the class 'Invoice' of its namespace"), std::string::npos);
+   EXPECT_EQ(m.check.checkedItems(), 1);
+}

@@ -56,7 +56,9 @@ QString dialectName(db_import::enum_dialect eDialect)
 bool prepareSource(db_import::enum_dialect eDialect, const QString & sSchema, const QString & sWorkDir, QString & sUrl, QString & sError)
 {
    const QString sSuffix = ((eDialect == db_import::dialect_postgresql) ? "postgresql" : ((eDialect == db_import::dialect_mariadb) ? "mariadb" : "sqlite"));
-   const QString sScript = QString::fromUtf8(test_support::readAll(test_support::sourceDir() + "/tests/db_import/schemas/" + sSchema + "." + sSuffix + ".sql"));
+   // The small test schemas, else the corpus of application-shaped schemas.
+   QString sScript = QString::fromUtf8(test_support::readAll(test_support::sourceDir() + "/tests/db_import/schemas/" + sSchema + "." + sSuffix + ".sql"));
+   if (sScript.isEmpty()) { sScript = QString::fromUtf8(test_support::readAll(test_support::sourceDir() + "/tests/db_import/corpus/" + sSchema + "." + sSuffix + ".sql")); }
    if (sScript.isEmpty()) { sError = "no schema " + sSchema + " for " + sSuffix; return false; }
    if (eDialect == db_import::dialect_sqlite)
    {

@@ -12,7 +12,8 @@ namespace import_test {
 // The name of a dialect as the test instantiations are named.
 QString dialectName(db_import::enum_dialect eDialect);
 
-// A database of that dialect holding tests/db_import/schemas/SCHEMA.DIALECT.sql (an SQLite file
+// A database of that dialect holding tests/db_import/schemas/SCHEMA.DIALECT.sql, else
+// tests/db_import/corpus/SCHEMA.DIALECT.sql (an SQLite file
 // in sWorkDir, a fresh database named SCHEMA on the test server) and its URL. The servers'
 // password is put in TAVREL_DB_PASSWORD for this process.
 bool prepareSource(db_import::enum_dialect eDialect, const QString & sSchema, const QString & sWorkDir, QString & sUrl, QString & sError);

@@ -253,10 +253,10 @@ TEST_F(ImportDbGuard, TheProjectNameIsMadeFromTheFileNameOrGiven)
 {
    cli_result r = runTavrel({ "import-db", "--ddl", path("victim.sql"), path("my-project.tavrel") });
    EXPECT_EQ(r.code, 0) << r.err.toStdString();
-   EXPECT_TRUE(r.out.contains("Project name: my_project (from the file name")) << r.out.toStdString();
+   EXPECT_TRUE(r.out.contains("Project name: MY_PROJECT (from the file name")) << r.out.toStdString();
    r = runTavrel({ "import-db", "--ddl", path("victim.sql"), path("2024 shop.json") });
    EXPECT_EQ(r.code, 0) << r.err.toStdString();
-   EXPECT_TRUE(r.out.contains("Project name: project_2024_shop")) << r.out.toStdString();
+   EXPECT_TRUE(r.out.contains("Project name: PROJECT_2024_SHOP")) << r.out.toStdString();
    r = runTavrel({ "import-db", "--ddl", path("victim.sql"), path("x-y.tavrel"), "--name", "Shop" });
    EXPECT_EQ(r.code, 0) << r.err.toStdString();
    model::project_ptr p;

@@ -104,7 +104,7 @@ TEST_F(ImportMapping, ClassNamesKeptAndPropertyNamesInCamelCase)
    ASSERT_TRUE(p);
    EXPECT_EQ(p->getColumnName(), "full_name");
    EXPECT_TRUE(propertyOf(r.pProject, "purchase_order", "unitPrice"));
-   EXPECT_TRUE(propertyOf(r.pProject, "customer", "purchaseOrder"));
+   EXPECT_TRUE(propertyOf(r.pProject, "customer", "purchaseOrders"));
 }
 
 TEST_F(ImportMapping, FixedNamespaceAndOptionalNullables)

@@ -66,7 +66,10 @@ bool runOnSqlite(const QString & sFile, const QString & sScript, QString & sErro
 
 model::project_ptr importFrom(const QString & sUrl, const QString & sName, QString & sError)
 {
-   db_import::db_importer importer { db_import::import_options() };
+   // A table the script made without a key is read back without one.
+   db_import::import_options options;
+   options.bChooseKeys = false;
+   db_import::db_importer importer { options };
    db_import::db_catalog catalog;
    auto pProject = std::make_shared<model::project>();
    pProject->setName(sName);

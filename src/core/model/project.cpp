@@ -176,6 +176,7 @@ zy::ZyInvalidValueX project::checkSchema() const
       }
       appendParentCycles(lstResult, lstEntities);
       appendSharedTables(lstResult, lstEntities);
+      appendClassNameClashes(lstResult, lstEntities, hashEntities, hashEnums);
       for (qsizetype i = 0; i < lstEnums.size(); ++i)
       {
          if (lstEnums.at(i)) { checkEnumeration(lstResult, lstEnums.at(i), i, hashEntities, hashEnums); }
@@ -212,7 +213,8 @@ QStringList project::checkWarnings(bool bWithPImpl) const
       {
          property_type_ptr pType = (pProperty ? pProperty->getType() : property_type_ptr());
          if (! pType || pProperty->hasRelationship()) { continue; }
-         const bool bWrapped = ((pType->getDecoration() != 0) || (pType->getCollection() != 0));
+         // std::optional takes its value's default as written; pointers and collections do not.
+         const bool bWrapped = (((pType->getDecoration() != 0) && (pType->getDecoration() != property_type::decoration_optional)) || (pType->getCollection() != 0));
          if (bWrapped && ! pType->getDefaultValue().isEmpty())
          {
             lstResult.append(QString("Entity '%1' : property '%2' has a default value but a wrapped or collection type ('%3'); the "

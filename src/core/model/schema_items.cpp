@@ -178,26 +178,25 @@ void appendParentCycles(zy::ZyInvalidValueX & lst, const list_of_entity & lstEnt
 
 void appendSharedTables(zy::ZyInvalidValueX & lst, const list_of_entity & lstEntities)
 {
-   QHash<QString, qsizetype> hashFirst;
-   const auto claim = [&](const QString & sTable, qsizetype i, const QString & sWhat) {
-      const qsizetype iFirst = hashFirst.value(sTable.toLower(), -1);
-      if (iFirst < 0) { hashFirst.insert(sTable.toLower(), i); return; }
+   // An entity defined twice is reported as such, not as two users of its table.
+   const key_table keys = firstIndexOfKeys(lstEntities);
+   const key_table tables(lstEntities.size(), [&](qsizetype i) -> std::optional<QString> {
+      const entity_ptr & p = lstEntities.at(i);
+      if (! p || p->isAbstract() || (p->getName().isEmpty() && p->getTableName().isEmpty())) { return std::nullopt; }
+      if (keys.value(p->getKey()) != i) { return std::nullopt; }
+      return (p->getTableName().isEmpty() ? p->getName() : p->getTableName()).toLower();
+   });
+   const auto report = [&](qsizetype i, qsizetype iFirst, const QString & sWhat) {
       lst.append(zy::ZyInvalidValue(QString("%1 : %2 is also the table of %3").arg(entityLabel(lstEntities.at(i), i), sWhat,
                                                                                 entityLabel(lstEntities.at(iFirst), iFirst)), entityPath(i)));
    };
-   // An entity defined twice is reported as such, not as two users of its table.
-   QSet<QString> setKeys;
    for (qsizetype i = 0; i < lstEntities.size(); ++i)
    {
       const entity_ptr & p = lstEntities.at(i);
-      if (! p || (p->getName().isEmpty() && p->getTableName().isEmpty())) { continue; }
-      if (setKeys.contains(p->getKey())) { continue; }
-      setKeys.insert(p->getKey());
-      if (! p->isAbstract())
-      {
-         const QString sTable = (p->getTableName().isEmpty() ? p->getName() : p->getTableName());
-         claim(sTable, i, "table '" + sTable + "'");
-      }
+      if (! p || p->isAbstract() || (p->getName().isEmpty() && p->getTableName().isEmpty()) || (keys.value(p->getKey()) != i)) { continue; }
+      const QString sTable = (p->getTableName().isEmpty() ? p->getName() : p->getTableName());
+      const qsizetype iFirst = tables.value(sTable.toLower());
+      if ((iFirst >= 0) && (iFirst != i)) { report(i, iFirst, "table '" + sTable + "'"); }
    }
    // Both sides of a relation may name its join table: only an entity's table clashes with it.
    for (qsizetype i = 0; i < lstEntities.size(); ++i)
@@ -207,8 +206,32 @@ void appendSharedTables(zy::ZyInvalidValueX & lst, const list_of_entity & lstEnt
       {
          const relationship_ptr pRelation = (pProperty ? pProperty->getRelation() : relationship_ptr());
          if (! pRelation || (pRelation->getType() != relationship::many_to_many) || pRelation->getExtraTable().isEmpty()) { continue; }
-         const qsizetype iFirst = hashFirst.value(pRelation->getExtraTable().toLower(), -1);
-         if ((iFirst >= 0) && lstEntities.at(iFirst)) { claim(pRelation->getExtraTable(), i, "join table '" + pRelation->getExtraTable() + "' of '" + pProperty->getName() + "'"); }
+         const qsizetype iFirst = tables.value(pRelation->getExtraTable().toLower());
+         if (iFirst >= 0) { report(i, iFirst, "join table '" + pRelation->getExtraTable() + "' of '" + pProperty->getName() + "'"); }
+      }
+   }
+}
+
+void appendClassNameClashes(zy::ZyInvalidValueX & lst, const list_of_entity & lstEntities, const key_table & hashEntities, const key_table & hashEnums)
+{
+   for (qsizetype i = 0; i < lstEntities.size(); ++i)
+   {
+      const entity_ptr & pEntity = lstEntities.at(i);
+      if (! pEntity) { continue; }
+      const QString sPrefix = (pEntity->getNamespace().isEmpty() ? QString() : pEntity->getNamespace() + QLatin1String("::"));
+      const list_of_property & lstProperties = pEntity->getOwnProperties();
+      for (qsizetype j = 0; j < lstProperties.size(); ++j)
+      {
+         const QString sName = (lstProperties.at(j) ? lstProperties.at(j)->getName() : QString());
+         if (sName.isEmpty()) { continue; }
+         const bool bOwn = (sName == pEntity->getName());
+         const bool bEnum = (! bOwn && hashEnums.contains(sPrefix + sName));
+         if (! bOwn && ! bEnum && ! hashEntities.contains(sPrefix + sName)) { continue; }
+         const QString sLower = sName.left(1).toLower() + sName.mid(1);
+         const QString sWhat = (bOwn ? QString("its own class") : (QString("the ") + (bEnum ? "enumeration" : "class") + " '" + sName + "' of its namespace"));
+         lst.append(zy::ZyInvalidValue(QString("%1 : property '%2' is named like %3; the generated class does not compile (rename the property, "
+                                               "for instance to '%4')").arg(entityLabel(pEntity, i), sName, sWhat, ((sLower != sName) ? sLower : (sName + "_"))),
+                                       propertyPath(i, j)));
       }
    }
 }
