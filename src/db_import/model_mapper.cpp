@@ -1,5 +1,7 @@
 #include "db_import/model_mapper.h"
 
+#include "model/sql_meta.h"
+
 #include <functional>
 
 #include "db_import/name_rules.h"
@@ -26,7 +28,6 @@ bool singleColumnIndex(const db_table & table, const QString & sColumn, bool bUn
 
 } // namespace
 
-const char * const model_mapper::k_sViewMeta = "TAVREL_VIEW";
 
 model_mapper::model_mapper(const db_catalog & catalog, const import_options & options) : m_catalog(catalog), m_options(options)
 {
@@ -137,7 +138,7 @@ void model_mapper::addEntity(const db_table & table)
    m_pProject->addEntity(pEntity);
    m_hashEntities.insert(db_catalog::keyOf(table.sSchema, table.sName), pEntity);
    // A view is never created by the SQL export, and its rows cannot be written.
-   if (table.bView) { pEntity->setMetaData(k_sViewMeta, "true"); return; }
+   if (table.bView) { pEntity->setMetaData(model::sql_meta::k_sView, "true"); return; }
    for (const db_foreign_key & k : table.lstForeignKeys)
    {
       if (k.lstColumns.size() > 1) { warn(QString("table %1: foreign key (%2) over several columns kept as plain columns").arg(sTable, k.lstColumns.join(", "))); }
@@ -164,6 +165,8 @@ void model_mapper::addColumns(const db_table & table)
    type_mapping::keepTableForm(m_catalog, table, * pEntity);
    QString sKey = ((table.lstPrimaryKey.size() == 1) ? table.lstPrimaryKey.first() : QString());
    if (table.lstPrimaryKey.isEmpty()) { sKey = (m_options.bChooseKeys ? chooseKey(table, * pEntity) : QString()); }
+   // The database keeps its keyless table: the SQL export writes no key for it either.
+   if (table.lstPrimaryKey.isEmpty() && ! sKey.isEmpty() && ! table.bView) { pEntity->setMetaData(model::sql_meta::k_sNoKey, "true"); }
    else if (table.lstPrimaryKey.size() > 1) { addCompositeKey(table, pEntity); }
    for (const db_column & c : table.lstColumns)
    {

@@ -41,9 +41,6 @@ class model_mapper
    long m_lNextRelation = 1;
 
 public:
-   // Entity meta data that marks a view: the SQL export creates no table for it.
-   static const char * const k_sViewMeta;
-
    model_mapper(const db_catalog & catalog, const import_options & options);
 
    model::project_ptr map(const QString & sProjectName);

@@ -231,7 +231,7 @@ bool type_mapping::followSqlForm(model::property & kept, const model::property &
 
 bool type_mapping::followSqlForm(model::entity & kept, const model::entity & fresh)
 {
-   return followMeta(kept, fresh, { model::sql_meta::k_sIndexes, model::sql_meta::k_sForeignKeys });
+   return followMeta(kept, fresh, { model::sql_meta::k_sIndexes, model::sql_meta::k_sForeignKeys, model::sql_meta::k_sNoKey });
 }
 
 type_mapping::result type_mapping::map(enum_dialect eDialect, const db_column & column, const import_options & options)

@@ -99,6 +99,8 @@ QStringList catalogDifferences(const db_import::db_catalog & source, const db_im
    QStringList lst;
    for (const db_import::db_table & a : source.lstTables)
    {
+      // A view is never made again: the copy must not have it as a table either.
+      if (a.bView) { if (copy.find(copy.sDefaultSchema, a.sName)) { lst.append(a.sName + ": a view made a table"); } continue; }
       const db_import::db_table * b = copy.find(copy.sDefaultSchema, a.sName);
       if (! b) { lst.append(a.sName + ": missing"); continue; }
       compareColumns(a, * b, bOtherDatabase, lst);

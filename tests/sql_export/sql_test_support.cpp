@@ -66,9 +66,8 @@ bool runOnSqlite(const QString & sFile, const QString & sScript, QString & sErro
 
 model::project_ptr importFrom(const QString & sUrl, const QString & sName, QString & sError)
 {
-   // A table the script made without a key is read back without one.
+   // As import-db does: a keyless table gets a key in the model, and stays keyless in SQL.
    db_import::import_options options;
-   options.bChooseKeys = false;
    db_import::db_importer importer { options };
    db_import::db_catalog catalog;
    auto pProject = std::make_shared<model::project>();

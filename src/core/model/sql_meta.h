@@ -24,6 +24,12 @@ inline const QLatin1String k_sIndexes("TAVREL_SQL_INDEXES");
 // Entity meta data: foreign keys no relation holds (on the primary-key column itself), as a JSON
 // array of {"column": name, "table": target table, "target": target column}.
 inline const QLatin1String k_sForeignKeys("TAVREL_SQL_FOREIGN_KEYS");
+// Entity meta data "true": the entity is a view of the database; the SQL export and migrations
+// never make it a table.
+inline const QLatin1String k_sView("TAVREL_VIEW");
+// Entity meta data "true": the table has no primary key in the database (import-db chose the
+// model's key); the SQL export writes the table without one. Remove it to have the key written.
+inline const QLatin1String k_sNoKey("TAVREL_SQL_NO_KEY");
 
 } // namespace sql_meta
 

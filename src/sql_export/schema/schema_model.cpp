@@ -94,7 +94,9 @@ model::property_ptr keyOf(const model::entity_ptr & pEntity)
 void addKeyColumn(sql_table & table, const model::property & p, const QString & sColumn, const model::entity_ptr & pTarget,
                   const sql_dialect & dialect, QStringList & lstWarnings)
 {
-   const model::property_ptr pTargetKey = keyOf(pTarget);
+   model::property_ptr pTargetKey = keyOf(pTarget);
+   // A key of several columns takes several to point at: no one-column foreign key can.
+   if (pTargetKey && schema_builder::columnName(* pTargetKey).contains(QLatin1Char('|'))) { pTargetKey.reset(); }
    sql_column c;
    c.sKey = itemKey("p", p.getId(), sColumn);
    c.sName = sColumn;
@@ -231,6 +233,35 @@ void keepTableForm(sql_table & t, const model::entity & entity, const sql_dialec
    }
 }
 
+// The key columns of a composite key, in its order; each is part of the key, so not null.
+void applyCompositeKey(sql_table & t, const QStringList & lstColumns)
+{
+   t.lstPrimaryKey.clear();
+   for (const QString & sColumn : lstColumns)
+   {
+      for (sql_column & c : t.lstColumns)
+      {
+         if (c.sName != sColumn) { continue; }
+         t.lstPrimaryKey.append(sColumn);
+         c.bNotNull = true;
+      }
+   }
+}
+
+// The table has no key in its database: the model's key is only the one import-db chose.
+void dropChosenKey(sql_table & t, const model::entity & entity)
+{
+   for (sql_column & c : t.lstColumns)
+   {
+      if (! t.lstPrimaryKey.contains(c.sName)) { continue; }
+      for (const model::property_ptr & p : entity.getOwnProperties())
+      {
+         if (p && (schema_builder::columnName(* p) == c.sName)) { c.bNotNull = ! p->getAllowNull(); }
+      }
+   }
+   t.lstPrimaryKey.clear();
+}
+
 } // namespace
 
 QString schema_builder::tableName(const model::entity & entity)
@@ -263,15 +294,20 @@ sql_table schema_builder::tableOf(const model::entity & entity, const sql_dialec
    t.sKey = itemKey("e", entity.getId(), t.sName);
    if (options.bComments) { t.sComment = entity.getDescription(); }
    QSet<QString> setColumns;
+   QStringList lstCompositeKey;
    for (const model::property_ptr & p : registeredProperties(entity, options))
    {
       const QString sColumn = columnName(* p);
       if (sColumn.isEmpty() || setColumns.contains(sColumn)) { continue; }
+      // A key over several columns names them "a|b"; the columns are properties of their own.
+      if (p->isPrimaryKey() && sColumn.contains(QLatin1Char('|'))) { lstCompositeKey = sColumn.split(QLatin1Char('|')); continue; }
       setColumns.insert(sColumn);
       addColumn(t, * p, dialect, lstWarnings);
       if (! options.bComments) { t.lstColumns.last().sComment.clear(); }
    }
    if (t.lstPrimaryKey.size() > 1) { t.lstPrimaryKey = declaredKeyOrder(entity, t.lstPrimaryKey); }
+   if (! lstCompositeKey.isEmpty()) { applyCompositeKey(t, lstCompositeKey); }
+   if (entity.getMetaData(model::sql_meta::k_sNoKey).toString() == QLatin1String("true")) { dropChosenKey(t, entity); }
    keepTableForm(t, entity, dialect, lstWarnings);
    const QString sSoftDelete = entity.getSoftDeleteColumn();
    if (! sSoftDelete.isEmpty() && ! setColumns.contains(sSoftDelete))
@@ -293,6 +329,11 @@ sql_schema schema_builder::build(const model::project & project, const sql_diale
    for (const model::entity_ptr & pEntity : * pEntities)
    {
       if (! pEntity || pEntity->isAbstract()) { continue; }
+      if (pEntity->getMetaData(model::sql_meta::k_sView).toString() == QLatin1String("true"))
+      {
+         schema.lstViews.append(tableName(* pEntity));
+         continue;
+      }
       schema.lstTables.append(tableOf(* pEntity, dialect, options, schema.lstWarnings));
       for (const model::property_ptr & p : pEntity->getOwnProperties())
       {

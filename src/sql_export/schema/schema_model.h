@@ -59,6 +59,7 @@ struct sql_schema
 {
    QList<sql_table> lstTables;   // by table name
    QStringList lstWarnings;      // "Entity.property: ..."
+   QStringList lstViews;         // tables of entities that are views of the database, left out
 };
 
 struct schema_options

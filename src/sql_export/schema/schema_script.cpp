@@ -237,6 +237,7 @@ QString schema_script::write(const sql_schema & schema, const sql_dialect & d, c
    // MariaDB commits each CREATE on its own: a transaction would promise what it cannot keep.
    const bool bTransaction = (d.kind() != dialect_mariadb);
    s += (bTransaction ? QString("BEGIN;\n") : QString("-- MariaDB cannot run a schema change in one transaction\n"));
+   for (const QString & sView : schema.lstViews) { s += "-- " + commentText(sView) + " is a view of the database: no table is made for it\n"; }
    const QString sTypes = enumerationTypes(schema.lstTables, d, {});
    if (! sTypes.isEmpty()) { s += '\n' + sTypes; }
    QSet<QString> setCreated;

@@ -41,6 +41,11 @@ CREATE UNIQUE INDEX transfer_once ON transfer (cold_store_id, fruit_id, moved);
 CREATE UNIQUE INDEX buyer_nickname ON buyer (nickname(20));
 CREATE INDEX worker_name ON worker (name(50));
 
+-- A stock row per barn and fruit with its own count, a keyless price log and a view over fruit.
+CREATE TABLE crate_stock (barn_id int NOT NULL, fruit_id bigint NOT NULL, crates int NOT NULL DEFAULT 0, PRIMARY KEY (barn_id, fruit_id),
+  FOREIGN KEY (barn_id) REFERENCES barn (id), FOREIGN KEY (fruit_id) REFERENCES fruit (id));
+CREATE TABLE price_log (fruit_id bigint, old_price decimal(10,2), changed datetime, FOREIGN KEY (fruit_id) REFERENCES fruit (id));
+CREATE VIEW cheap_fruit AS SELECT id, title FROM fruit WHERE price < 1;
 -- rows
 INSERT INTO district (id, name, code) VALUES (1, 'Hillside', 'HIL');
 INSERT INTO district (name, code) VALUES ('Riverbank', 'RIV');

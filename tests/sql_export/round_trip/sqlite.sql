@@ -34,6 +34,11 @@ CREATE TABLE grower_profile (grower_id INTEGER PRIMARY KEY REFERENCES grower (id
 CREATE INDEX sale_line_pair ON sale_line (sale_id, fruit_id);
 CREATE UNIQUE INDEX transfer_once ON transfer (cold_store_id, fruit_id, moved);
 
+-- A stock row per barn and fruit with its own count, a keyless price log and a view over fruit.
+CREATE TABLE crate_stock (barn_id INTEGER NOT NULL REFERENCES barn (id), fruit_id INTEGER NOT NULL REFERENCES fruit (id),
+  crates INTEGER NOT NULL DEFAULT 0, PRIMARY KEY (barn_id, fruit_id));
+CREATE TABLE price_log (fruit_id INTEGER REFERENCES fruit (id), old_price NUMERIC(10,2), changed TIMESTAMP);
+CREATE VIEW cheap_fruit AS SELECT id, title FROM fruit WHERE price < 1;
 -- rows
 INSERT INTO district (id, name, code) VALUES (1, 'Hillside', 'HIL');
 INSERT INTO district (name, code) VALUES ('Riverbank', 'RIV');
