@@ -238,7 +238,8 @@ model::property_ptr model_mapper::plainProperty(const db_table & table, const mo
    pType->setPrimitiveType(type.sType);
    pType->setDefaultValue(type_mapping::defaultValue(column.sDefault, type.sType));
    p->setPrimaryKey(bKey);
-   if (column.bNotNull && ! bKey) { p->setAllowNull(false); }
+   // A key the import chose keeps what the database says of nulls: the table is written without it.
+   if (column.bNotNull && (! bKey || table.lstPrimaryKey.isEmpty())) { p->setAllowNull(false); }
    if (m_options.bNullableOptional && ! column.bNotNull && ! bKey && ! table.bView) { pType->setDecoration(model::property_type::decoration_optional); }
    if (type.bLength) { p->setMaxLength(column.iLength); }
    if (! bKey) { p->setUnique(singleColumnIndex(table, column.sName, true)); }

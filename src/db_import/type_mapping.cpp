@@ -162,7 +162,7 @@ void type_mapping::keepColumnForm(enum_dialect eDialect, const db_column & colum
    // PostgreSQL's enumeration type goes back by its name; MariaDB's ENUM is written from the values.
    if (pType && (lstValues.isEmpty() || (eDialect == dialect_postgresql)))
    {
-      const bool bKeyed = (property.isPrimaryKey() || property.getUnique() || property.isIndex());
+      const bool bKeyed = ((property.isPrimaryKey() && ! model::sql_meta::isChosenKey(property)) || property.getUnique() || property.isIndex());
       const QString sBack = exportedType(eDialect, pType->getPrimitiveType(), property.getMaxLength().toInt(), bKeyed);
       const QString sOwn = comparableType(eDialect, column.sDeclared);
       if ((sOwn != sBack) && model::model_text_rules::sqlTypeProblem(sOwn).isEmpty())

@@ -31,6 +31,14 @@ inline const QLatin1String k_sView("TAVREL_VIEW");
 // model's key); the SQL export writes the table without one. Remove it to have the key written.
 inline const QLatin1String k_sNoKey("TAVREL_SQL_NO_KEY");
 
+// True when the property is the key import-db chose for a table its database keeps without one.
+template <typename Property>
+bool isChosenKey(const Property & property)
+{
+   const auto pEntity = property.getEntity();
+   return (property.isPrimaryKey() && pEntity && (pEntity->getMetaData(k_sNoKey).toString() == QLatin1String("true")));
+}
+
 } // namespace sql_meta
 
 } // namespace model

@@ -122,7 +122,7 @@ void addColumn(sql_table & table, const model::property & p, const sql_dialect &
    sql_column c;
    c.sKey = itemKey("p", p.getId(), sColumn);
    c.sName = sColumn;
-   c.sType = columnType(p, dialect, p.isPrimaryKey() || p.getUnique() || p.isIndex(), lstWarnings);
+   c.sType = columnType(p, dialect, (p.isPrimaryKey() && ! model::sql_meta::isChosenKey(p)) || p.getUnique() || p.isIndex(), lstWarnings);
    c.bNotNull = (p.isPrimaryKey() || ! p.getAllowNull());
    c.bUnique = (p.getUnique() && ! p.isPrimaryKey());
    c.bIndex = p.isIndex();
