@@ -228,6 +228,12 @@ private:
    void showPlace(const model_place & place);
    // Lists the model's schema problems (the checkSchema list, from m_checkSchema) in the message area.
    void listSchemaProblems();
+   // The rules a reader of the project file applies that the model breaks (Save refuses then).
+   QStringList saveProblems() const;
+   // Writes the model into that project file, unless it breaks a reader's rule.
+   bool saveProjectAs(const QString & sFile);
+   // Deleting an item others name: its references go along (true) or nothing goes.
+   bool confirmDropReferences(const QString & sKind, const QString & sKey, const QStringList & lstReferences);
    // Before anything drops unsaved edits: Save, Discard or Cancel; false to stay.
    bool confirmDiscard();
    // Where a new entity or enumeration goes: the namespace of the selection.
