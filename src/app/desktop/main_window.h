@@ -64,6 +64,7 @@ private:
    model::enumeration_ptr m_pEnumeration;
    QString m_sProjectPath;   // as the user opened it (.tavrel or .json), for File > Reload
    bool m_bEditsApplied = false;   // since it was opened
+   bool m_bCarrySettings = false;   // Save As: the plug-ins keep their settings for the new file
    QUndoStack * m_pUndo = nullptr;
    QStringList m_lstSchemaProblems;   // listed after the last edit
    model::schema_check m_checkSchema;   // re-checks only the items an edit replaced
@@ -92,7 +93,10 @@ private:
    // Dialogs shown during an export, each with an arrow cursor pushed over the busy one.
    QList<QObject *> m_lstExportDialogs;
 
+   QAction * m_actNewProject = nullptr;
    QAction * m_actOpenProject = nullptr;
+   QAction * m_actSaveAs = nullptr;
+   QAction * m_actRenameProject = nullptr;
    QAction * m_actReloadProject = nullptr;
    QAction * m_actExportJson = nullptr;
    QAction * m_actQuit = nullptr;
@@ -174,7 +178,13 @@ protected:
    void closeEvent(QCloseEvent * event) override;
 
 public Q_SLOTS:
+   // A new, empty project: its name and its new file asked in a dialog.
+   void doActNewProject();
    void doActOpenProject();
+   // The model written into another project file, which becomes the open project.
+   bool doActSaveAs();
+   // The project's name, one undo step.
+   void doActRenameProject();
    void doActReloadProject();
    bool doActExportJson();
    bool doActSave();
@@ -246,6 +256,10 @@ private:
 
    // Before a reload of a JSON model replaces applied edits: offers to export them; false to stay.
    bool confirmReload();
+   // A project file name with its .tavrel suffix (added when missing).
+   static QString projectFileFor(const QString & sPath);
+   // A project file chosen in Qt's own file dialog (empty when cancelled).
+   QString askProjectFile(const QString & sTitle, const QString & sStart, bool bForSave);
    // Where File > Export model as JSON writes (asked; proposed beside the model when unattended).
    QString askJsonPath() const;
 
@@ -266,7 +280,10 @@ private:
 
    // The plug-ins and what they run.
    void loadPlugins();
+   // The plug-in that settings, export and preview act on; its preview goes into the dock.
    void setCurrentPlugin(plugin::export_interface * pPlugin);
+   // One entry a loaded export plug-in at the top of the Plug-in menu.
+   void addPluginChoices();
    // The plug-in's settings may have changed: its views reload them and show the selection again.
    void refreshPluginViews();
    // Why no export can start now (empty when it can).

@@ -54,7 +54,10 @@ void main_window::createEditActions()
    m_actUndo->setIcon(pStyle->standardIcon(QStyle::SP_ArrowBack));
    m_actRedo = m_pUndo->createRedoAction(this, tr("&Redo"));
    m_actRedo->setObjectName("m_actRedo");
-   m_actRedo->setShortcuts({ QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), QKeySequence::Redo });
+   // The platform's redo keys, and both usual ones: each once (a key bound twice does nothing).
+   QList<QKeySequence> lstRedo = QKeySequence::keyBindings(QKeySequence::Redo);
+   for (const QKeySequence & k : { QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), QKeySequence(Qt::CTRL | Qt::Key_Y) }) { if (! lstRedo.contains(k)) { lstRedo.append(k); } }
+   m_actRedo->setShortcuts(lstRedo);
    m_actRedo->setIcon(pStyle->standardIcon(QStyle::SP_ArrowForward));
    m_actSave = new QAction(pStyle->standardIcon(QStyle::SP_DriveFDIcon), tr("&Save"), this);
    m_actSave->setObjectName("m_actSave");
