@@ -275,6 +275,8 @@ private:
    // The edit panel of the selected entity or enumeration.
    QGroupBox * createDetailsPanel();
    void showItemDetails();
+   // Applies text typed in the edit panel before an export; false when it cannot be applied.
+   bool applyTypedDetails();
    // Why the edit panel's texts cannot be stored (empty when they can).
    QString detailsProblem() const;
 

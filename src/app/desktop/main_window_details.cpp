@@ -161,6 +161,14 @@ void main_window::closeEvent(QCloseEvent * event)
    view::main_wnd::closeEvent(event);
 }
 
+bool main_window::applyTypedDetails()
+{
+   // Text typed but not applied is what the user sees: an export takes it, or does not start.
+   if (! m_btnApply->isEnabled() || (! m_pEntity && ! m_pEnumeration)) { return true; }
+   doBtnApplyDetails();
+   return ! m_btnApply->isEnabled();
+}
+
 void main_window::doDetailsEdited() { m_btnApply->setEnabled(m_pEntity || m_pEnumeration); }
 
 void main_window::doBtnApplyDetails()
@@ -173,6 +181,10 @@ void main_window::doBtnApplyDetails()
       tools::message_box::warning(this, context::ctx_global::getAppName(), sProblem);
       return;
    }
+   // Texts as they are (an empty field applied again, say) change nothing: no undo step.
+   const bool bSame = (m_txtDescription->text() == (m_pEntity ? m_pEntity->getDescription() : m_pEnumeration->getDescription()))
+                      && (! m_pEntity || (m_txtTable->text().trimmed() == m_pEntity->getTableName()));
+   if (bSame) { m_btnApply->setEnabled(false); return; }
    // An edit of the model like any other: one undo step, saved with the rest.
    model_state after = model_edit::stateOf(* m_pProject);
    QString sKey;
