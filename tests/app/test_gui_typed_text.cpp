@@ -69,3 +69,14 @@ TEST_F(GuiTypedText, ApplyingTextThatChangesNothingMakesNoUndoStep)
    EXPECT_FALSE(m_pWnd->isWindowModified());
    EXPECT_FALSE(m_pWnd->findChild<QPushButton *>("m_btnApply")->isEnabled());
 }
+
+TEST_F(GuiTypedText, EnumerationValuesShowOnlyTheirOwnColumns)
+{
+   openShop("shop::Customer");
+   QTreeWidget * pTable = m_pWnd->getPropertyTable();
+   EXPECT_EQ(pTable->columnCount(), 6);
+   ASSERT_TRUE(m_pWnd->selectItem("shop::ProductStatus"));
+   EXPECT_EQ(pTable->columnCount(), 2);
+   EXPECT_EQ(pTable->headerItem()->text(0), "Key");
+   EXPECT_EQ(pTable->headerItem()->text(1), "Value");
+}

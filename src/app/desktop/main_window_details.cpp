@@ -69,6 +69,7 @@ QGroupBox * main_window::createDetailsPanel()
 void main_window::showItemDetails()
 {
    m_treeItemDetails->clear();
+   // setHeaderLabels() never removes columns: each kind sets its count first.
    m_btnApply->setEnabled(false);
    const bool bItem = (m_pEntity || m_pEnumeration);
    m_txtTable->setEnabled(m_pEntity != nullptr);
@@ -82,6 +83,7 @@ void main_window::showItemDetails()
       m_txtTable->setText(m_pEntity->getTableName());
       m_txtTable->setPlaceholderText(m_pEntity->getName());
       m_txtDescription->setText(m_pEntity->getDescription());
+      m_treeItemDetails->setColumnCount(6);
       m_treeItemDetails->setHeaderLabels({ tr("Property"), tr("Type"), tr("Column"), tr("Key"), tr("Null"), tr("Description") });
       for (const model::property_ptr & p : m_pEntity->getOwnProperties())
       {
@@ -101,6 +103,7 @@ void main_window::showItemDetails()
       m_txtTable->clear();
       m_txtTable->setPlaceholderText(QString());
       m_txtDescription->setText(m_pEnumeration->getDescription());
+      m_treeItemDetails->setColumnCount(2);
       m_treeItemDetails->setHeaderLabels({ tr("Key"), tr("Value") });
       const auto & kv = m_pEnumeration->getAllKeyValue();
       for (qsizetype i = 0; i < kv.size(); ++i) { new QTreeWidgetItem(m_treeItemDetails, { kv.getKeyByIndex(i), kv.getByIndex(i) }); }
@@ -111,6 +114,7 @@ void main_window::showItemDetails()
       m_txtTable->clear();
       m_txtTable->setPlaceholderText(QString());
       m_txtDescription->clear();
+      m_treeItemDetails->setColumnCount(1);
       m_treeItemDetails->setHeaderLabels({ QString() });
    }
    // Every column in view: a long type is cut (its tool tip has it whole); widths stay resizable.

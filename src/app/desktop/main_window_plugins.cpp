@@ -76,6 +76,8 @@ void main_window::setCurrentPlugin(plugin::export_interface * pPlugin)
    m_actExport->setText(tr("&Export (%1)").arg(m_pPlugin->getName()));
    m_actPluginSettings->setIcon(m_pPlugin->getIconSettings());
    m_actPluginSettings->setText(tr("&Settings (%1)...").arg(m_pPlugin->getName()));
+   // The tool bar keeps its short word: the menu names the plug-in.
+   m_actPluginSettings->setIconText(tr("Settings"));
    m_actPluginSettings->setEnabled(m_pPlugin->hasSettings());
 
    QWidget * pPreview = m_pPlugin->getPreviewWidget();
