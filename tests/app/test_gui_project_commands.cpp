@@ -219,3 +219,20 @@ TEST_F(GuiProjectCommands, ChosenEnumerationGivesThePropertyItsType)
    EXPECT_TRUE(p->getType()->isFromEnumeration());
    EXPECT_EQ(p->getTypeDesc(false, false), "shop::ProductStatus::enum_ProductStatus");
 }
+
+TEST_F(GuiProjectCommands, ViewMenuHidesAndShowsThePreviewAndTheMessages)
+{
+   openShop("shop::Customer");
+   for (QDockWidget * pDock : { m_pWnd->getPreviewDock(), m_pWnd->findChild<QDockWidget *>("m_dockMessages") })
+   {
+      ASSERT_TRUE(pDock);
+      QAction * pToggle = pDock->toggleViewAction();
+      pToggle->setObjectName("m_actView_" + pDock->objectName());
+      EXPECT_TRUE(pToggle->isEnabled()) << pDock->objectName().toStdString();
+      ASSERT_TRUE(pDock->isVisible());
+      ASSERT_NO_FATAL_FAILURE(menuClick("m_mnuView", pToggle->objectName()));
+      EXPECT_FALSE(pDock->isVisible()) << pDock->objectName().toStdString();
+      ASSERT_NO_FATAL_FAILURE(menuClick("m_mnuView", pToggle->objectName()));
+      EXPECT_TRUE(pDock->isVisible()) << pDock->objectName().toStdString();
+   }
+}

@@ -87,7 +87,8 @@ void main_window::setCurrentPlugin(plugin::export_interface * pPlugin)
    {
       m_dockPreview = new QDockWidget(pPreview->windowTitle(), this);
       m_dockPreview->setObjectName("m_dockPreview");
-      m_dockPreview->setFeatures(QDockWidget::DockWidgetMovable | QDockWidget::DockWidgetFloatable);
+      // Closable, or View's entry for it is greyed out.
+      m_dockPreview->setFeatures(QDockWidget::DockWidgetMovable | QDockWidget::DockWidgetFloatable | QDockWidget::DockWidgetClosable);
       // The preview's row of style buttons is wider than a small screen: it scrolls instead of
       // setting the window's minimum width.
       QScrollArea * pScroll = new QScrollArea(m_dockPreview);
