@@ -6,10 +6,13 @@
 #include <QInputDialog>
 #include <QMenu>
 #include <QMenuBar>
+#include <QScreen>
 #include <QScrollArea>
+#include <QTextBrowser>
 
 #include <gtest/gtest.h>
 
+#include "desktop/help_window.h"
 #include "desktop/property_dialog.h"
 #include "model/property_type.h"
 #include "test_gui_editing.h"
@@ -235,4 +238,43 @@ TEST_F(GuiProjectCommands, ViewMenuHidesAndShowsThePreviewAndTheMessages)
       ASSERT_NO_FATAL_FAILURE(menuClick("m_mnuView", pToggle->objectName()));
       EXPECT_TRUE(pDock->isVisible()) << pDock->objectName().toStdString();
    }
+}
+
+TEST_F(GuiProjectCommands, HelpOfTheSettingsDialogShowsTheGuideInFrontOfIt)
+{
+   openShop("shop::Customer");
+   bool bShown = false;
+   bool bUsable = false;
+   QString sFragment;
+   onNextDialog<QDialog>([&](QDialog * d) {
+      QTest::mouseClick(d->findChild<QPushButton *>("m_btnHelpManual"), Qt::LeftButton);
+      desktop::help_window * pHelp = m_pWnd->getHelpOpener()->getWindow();
+      if (pHelp)
+      {
+         bShown = pHelp->isVisible();
+         // A window outside the modal dialog takes no input while the dialog is open.
+         bUsable = (pHelp->parentWidget() == d) || (pHelp->windowModality() != Qt::NonModal);
+         sFragment = pHelp->getBrowser()->source().fragment();
+      }
+      d->reject();
+   });
+   ASSERT_NO_FATAL_FAILURE(menuClick("m_mnuPlugin", "m_actPluginSettings"));
+   EXPECT_TRUE(bShown);
+   EXPECT_TRUE(bUsable);
+   EXPECT_EQ(sFragment, "cpp_export_settings");
+   // Opened again without a dialog, the guide is a window of its own.
+   key(m_pWnd->getModelTree(), Qt::Key_F1);
+   ASSERT_TRUE(m_pWnd->getHelpOpener()->getWindow());
+   EXPECT_TRUE(m_pWnd->getHelpOpener()->getWindow()->isVisible());
+   EXPECT_FALSE(m_pWnd->getHelpOpener()->getWindow()->parentWidget());
+}
+
+TEST_F(GuiProjectCommands, WindowOpensWithinTheScreen)
+{
+   QScreen * pScreen = m_pWnd->screen();
+   ASSERT_TRUE(pScreen);
+   const QRect avail = pScreen->availableGeometry();
+   EXPECT_LE(m_pWnd->width(), avail.width());
+   EXPECT_LE(m_pWnd->height(), avail.height());
+   EXPECT_TRUE(avail.contains(m_pWnd->geometry().topLeft()));
 }
