@@ -127,6 +127,8 @@ TEST_F(GuiSaveIntegrity, RepeatedKeysAreRefusedByTheEditorsAndTheSavedFileReads)
    onNextDialog<entity_dialog>([](entity_dialog * d) {
       type(d, "m_txtName", "Order");
       EXPECT_FALSE(okButton(d)->isEnabled());
+      // The name is framed with the reason, like any other field's problem.
+      EXPECT_TRUE(problemOf(d, "m_txtName").contains("already used")) << problemOf(d, "m_txtName").toStdString();
       QTest::keyClick(d, Qt::Key_Return);
       EXPECT_TRUE(d->isVisible());
       d->reject();
@@ -136,6 +138,7 @@ TEST_F(GuiSaveIntegrity, RepeatedKeysAreRefusedByTheEditorsAndTheSavedFileReads)
       type(d, "m_txtNamespace", "shop");
       type(d, "m_txtName", "Customer");
       EXPECT_FALSE(okButton(d)->isEnabled());
+      EXPECT_TRUE(problemOf(d, "m_txtName").contains("already used")) << problemOf(d, "m_txtName").toStdString();
       d->reject();
    });
    m_pWnd->doActNewEnumeration();
