@@ -184,3 +184,18 @@ TEST_F(GuiSaveIntegrity, RenamedParentAndTargetsStillSaveAFileThatReads)
    EXPECT_FALSE(m_pWnd->isWindowModified());
    EXPECT_TRUE(dumpReads(projectFile()));
 }
+
+TEST_F(GuiSaveIntegrity, AfterADeleteTheSelectionStaysInTheNamespace)
+{
+   openShop("shop::Product");
+   tools::message_box::pushScriptedAnswer(QMessageBox::Yes);
+   key(m_pWnd->getModelTree(), Qt::Key_Delete);
+   ASSERT_FALSE(entity("shop::Product"));
+   // The last entity of its namespace: the one above it, not the next namespace's first.
+   ASSERT_TRUE(m_pWnd->getSelectedEntity());
+   EXPECT_EQ(m_pWnd->getSelectedEntity()->getKey(), "shop::Category");
+   // Undone, the deleted entity is selected again.
+   undo();
+   ASSERT_TRUE(m_pWnd->getSelectedEntity());
+   EXPECT_EQ(m_pWnd->getSelectedEntity()->getKey(), "shop::Product");
+}

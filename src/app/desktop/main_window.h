@@ -267,6 +267,8 @@ private:
    void createModelTree();
    void fillModelTree();
    void emitSelection();
+   // The key of the item beside this one in its namespace of the tree (empty when it is alone).
+   QString siblingKey(const QString & sKey) const;
    // The keys the tree would show for the project: entities, then enumerations.
    QStringList treeKeys() const;
    // The tree's items keep their places: the tool tips of the given items follow the model.

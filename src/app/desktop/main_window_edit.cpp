@@ -318,7 +318,9 @@ void main_window::deleteEntity(const model::entity_ptr & pEntity)
    if (i < 0) { return; }
    after.entities.removeAt(i);
    const qsizetype iNext = qMin(i, after.entities.size() - 1);
-   pushEdit(tr("Delete entity %1").arg(sKey), after, model_place { (iNext >= 0) ? after.entities.at(iNext)->getKey() : QString(), QString() });
+   QString sNext = siblingKey(sKey);
+   if (sNext.isEmpty() && (iNext >= 0)) { sNext = after.entities.at(iNext)->getKey(); }
+   pushEdit(tr("Delete entity %1").arg(sKey), after, model_place { sNext, QString() });
 }
 
 void main_window::deleteEnumeration(const model::enumeration_ptr & pEnumeration)
@@ -331,7 +333,9 @@ void main_window::deleteEnumeration(const model::enumeration_ptr & pEnumeration)
    if (i < 0) { return; }
    after.enumerations.removeAt(i);
    const qsizetype iNext = qMin(i, after.enumerations.size() - 1);
-   pushEdit(tr("Delete enumeration %1").arg(sKey), after, model_place { (iNext >= 0) ? after.enumerations.at(iNext)->getKey() : QString(), QString() });
+   QString sNext = siblingKey(sKey);
+   if (sNext.isEmpty() && (iNext >= 0)) { sNext = after.enumerations.at(iNext)->getKey(); }
+   pushEdit(tr("Delete enumeration %1").arg(sKey), after, model_place { sNext, QString() });
 }
 
 bool main_window::confirmDropReferences(const QString & sKind, const QString & sKey, const QStringList & lstReferences)
