@@ -278,3 +278,35 @@ TEST_F(GuiProjectCommands, WindowOpensWithinTheScreen)
    EXPECT_LE(m_pWnd->height(), avail.height());
    EXPECT_TRUE(avail.contains(m_pWnd->geometry().topLeft()));
 }
+
+TEST_F(GuiProjectCommands, ExportSettingsTakeNoFolderOrCreateAMissingOne)
+{
+   openShop("shop::Customer");
+   const QString sProjectDir = QFileInfo(context::ctx_project::getProjectFile()).absolutePath();
+   QString sStart;
+   bool bClosedEmpty = false;
+   onNextDialog<QDialog>([&](QDialog * d) {
+      type(d, "m_txtFileLocation", QString());
+      // The folder chooser starts in the project's folder.
+      onNextDialog<QFileDialog>([&sStart](QFileDialog * f) { sStart = f->directory().absolutePath(); f->reject(); });
+      QTest::mouseClick(d->findChild<QPushButton *>("m_btnFileLocation"), Qt::LeftButton);
+      QTest::mouseClick(d->findChild<QPushButton *>("m_btnOk"), Qt::LeftButton);
+      bClosedEmpty = ! d->isVisible();
+      if (d->isVisible()) { d->reject(); }
+   });
+   ASSERT_NO_FATAL_FAILURE(menuClick("m_mnuPlugin", "m_actPluginSettings"));
+   EXPECT_EQ(sStart, sProjectDir);
+   EXPECT_TRUE(bClosedEmpty);
+
+   bool bClosedCreated = false;
+   onNextDialog<QDialog>([&](QDialog * d) {
+      type(d, "m_txtFileLocation", "gen/out");
+      tools::message_box::pushScriptedAnswer(QMessageBox::Yes);
+      QTest::mouseClick(d->findChild<QPushButton *>("m_btnOk"), Qt::LeftButton);
+      bClosedCreated = ! d->isVisible();
+      if (d->isVisible()) { d->reject(); }
+   });
+   ASSERT_NO_FATAL_FAILURE(menuClick("m_mnuPlugin", "m_actPluginSettings"));
+   EXPECT_TRUE(bClosedCreated);
+   EXPECT_TRUE(QFileInfo(sProjectDir + "/gen/out").isDir());
+}
