@@ -2,6 +2,7 @@
 // what the window remembers.
 
 #include <QCloseEvent>
+#include <QScreen>
 #include <QSplitter>
 #include <QTreeWidgetItemIterator>
 #include <QUndoView>
@@ -188,7 +189,9 @@ TEST_F(GuiEditFile, WindowRemembersItsSizeSplitterAndSelection)
 {
    openShop("shop::Product");
    const QString sModel = m_tmp.filePath("e/shop.json");
-   m_pWnd->resize(900, 700);
+   // A size the screen holds (a larger one is fitted to the screen when the window opens).
+   const QSize size = m_pWnd->screen()->availableGeometry().size() - QSize(100, 100);
+   m_pWnd->resize(size);
    QSplitter * pSplitter = m_pWnd->findChild<QSplitter *>("m_splitterModel");
    ASSERT_TRUE(pSplitter);
    pSplitter->setSizes({ 150, 400 });
@@ -197,7 +200,7 @@ TEST_F(GuiEditFile, WindowRemembersItsSizeSplitterAndSelection)
 
    m_pWnd = std::make_unique<desktop::main_window>();
    m_pWnd->show();
-   EXPECT_EQ(m_pWnd->size(), QSize(900, 700));
+   EXPECT_EQ(m_pWnd->size(), size);
    EXPECT_EQ(m_pWnd->findChild<QSplitter *>("m_splitterModel")->sizes(), lstSizes);
    ASSERT_TRUE(m_pWnd->openProject(sModel).getValue());
    ASSERT_TRUE(m_pWnd->getSelectedEntity());

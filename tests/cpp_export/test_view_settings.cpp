@@ -447,33 +447,43 @@ TEST_F(ViewSettings, OkWithBuiltInStyleKeepsTheCustomTexts)
    EXPECT_EQ(m_pPlugin->getCustomCppTemplate_CPP(), QString("S"));
 }
 
-TEST_F(ViewSettings, OkWithMissingDirectoryWarnsAndStaysOpen)
+TEST_F(ViewSettings, OkWithMissingDirectoryOffersToCreateItAndNoStaysOpen)
 {
    QString sGood = existingDir("out");
    openWith(sGood);
    const QString sMissing = QDir(m_dir.path()).absoluteFilePath("no_such_dir");
    child<QLineEdit>("m_txtFileLocation")->setText(sMissing);
    child<QCheckBox>("m_chkPImpl")->setChecked(true);
+   tools::message_box::pushScriptedAnswer(QMessageBox::No);
    child<QPushButton>("m_btnOk")->click();
 
-   ASSERT_EQ(warnings().size(), 1);
-   EXPECT_EQ(warnings().first().title, QString("TavrelCppExport"));
-   EXPECT_EQ(warnings().first().text, "Directory doesn't exist : '" + sMissing + "'");
+   const QList<tools::message_box::record> lst = tools::message_box::history();
+   ASSERT_EQ(lst.size(), 1);
+   EXPECT_EQ(lst.first().kind, tools::message_box::kind_question);
+   EXPECT_TRUE(lst.first().text.contains("does not exist. Create it?")) << lst.first().text.toStdString();
+   EXPECT_FALSE(QFileInfo(sMissing).exists());
    EXPECT_TRUE(m_pDlg->isVisible());
    EXPECT_NE(m_pDlg->result(), int(QDialog::Accepted));
    EXPECT_EQ(m_pPlugin->getCppExportPath(false), sGood);
    EXPECT_FALSE(m_pPlugin->getPImpl());
    EXPECT_FALSE(reloaded()->getPImpl());
+
+   // Yes creates it and the settings are saved.
+   tools::message_box::pushScriptedAnswer(QMessageBox::Yes);
+   child<QPushButton>("m_btnOk")->click();
+   EXPECT_TRUE(QFileInfo(sMissing).isDir());
+   EXPECT_EQ(m_pDlg->result(), int(QDialog::Accepted));
+   EXPECT_TRUE(reloaded()->getPImpl());
 }
 
-TEST_F(ViewSettings, EmptyDirectoryIsRefused)
+TEST_F(ViewSettings, EmptyDirectoryIsAcceptedForTheExportToAskLater)
 {
    openWith(existingDir("out"));
    child<QLineEdit>("m_txtFileLocation")->clear();
    child<QPushButton>("m_btnOk")->click();
-   ASSERT_EQ(warnings().size(), 1);
-   EXPECT_EQ(warnings().first().text, QString("Directory doesn't exist : ''"));
-   EXPECT_TRUE(m_pDlg->isVisible());
+   EXPECT_TRUE(tools::message_box::history().isEmpty());
+   EXPECT_EQ(m_pDlg->result(), int(QDialog::Accepted));
+   EXPECT_TRUE(m_pPlugin->getCppExportPath(false).isEmpty());
 }
 
 TEST_F(ViewSettings, RelativePathExistingBesideTheProjectFilePasses)
@@ -486,9 +496,9 @@ TEST_F(ViewSettings, RelativePathExistingBesideTheProjectFilePasses)
    cpp_export_settings::setDirectoryChooser([&](QWidget *, const QString & start) { lstStartDirs << start; return QString(); });
    child<QLineEdit>("m_txtFileLocation")->setText("generated_view_cpp");
    child<QPushButton>("m_btnFileLocation")->click();
-   // The chooser tests the text as typed, so it does not start in the project's directory.
+   // The typed text is a folder beside the project file: the chooser starts there.
    ASSERT_EQ(lstStartDirs.size(), 1);
-   EXPECT_TRUE(lstStartDirs.first().isEmpty());
+   EXPECT_EQ(QFileInfo(lstStartDirs.first()).canonicalFilePath(), QFileInfo(existingDir("generated_view_cpp")).canonicalFilePath());
    EXPECT_EQ(child<QLineEdit>("m_txtFileLocation")->text(), QString("generated_view_cpp"));
 
    child<QPushButton>("m_btnOk")->click();

@@ -47,7 +47,11 @@ entity_dialog::entity_dialog(const model::entity & e, const model_state & state,
    }
    for (const model::enumeration_ptr & p : state.enumerations) { if (p) { m_lstTakenKeys.append(p->getKey()); } }
 
-   m_txtName = addLine(m_pForm, "m_txtName", tr("Name"), e.getName(), & field_rules::name);
+   // A key taken by another item frames the name, as any other problem of the field does.
+   m_txtName = addLine(m_pForm, "m_txtName", tr("Name"), e.getName(), [this](const QString & s) {
+      const QString sProblem = field_rules::name(s);
+      if (! sProblem.isEmpty() || ! m_txtNamespace || ! m_lstTakenKeys.contains(key())) { return sProblem; }
+      return tr("'%1' is already used by another entity or an enumeration").arg(key()); });
    m_txtNamespace = addLine(m_pForm, "m_txtNamespace", tr("Namespace"), e.getNamespace(), & field_rules::namespaceName);
    m_cboParent = addCombo(m_pForm, "m_cboParent", tr("Parent entity"), lstParents, false);
    m_cboParent->setCurrentIndex(qMax(0, static_cast<int>(lstParents.indexOf(e.getParentKey()))));
@@ -75,8 +79,6 @@ entity_dialog::entity_dialog(const model::entity & e, const model_state & state,
    }
    m_pLayout->addWidget(pTriggers);
    addMetaTable(e.getAllMetaData());
-   m_pMarks->addCheck([this]() {
-      return (m_lstTakenKeys.contains(key()) ? tr("The key '%1' is already used by another entity or an enumeration").arg(key()) : QString()); });
    finish();
 }
 

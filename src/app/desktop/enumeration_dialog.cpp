@@ -20,7 +20,10 @@ enumeration_dialog::enumeration_dialog(const model::enumeration & e, const model
    for (const model::entity_ptr & p : state.entities) { if (p) { m_lstTakenKeys.append(p->getKey()); } }
    for (const model::enumeration_ptr & p : state.enumerations) { if (p && (p->getKey() != sOwnKey)) { m_lstTakenKeys.append(p->getKey()); } }
 
-   m_txtName = addLine(m_pForm, "m_txtName", tr("Name"), e.getName(), & field_rules::name);
+   m_txtName = addLine(m_pForm, "m_txtName", tr("Name"), e.getName(), [this](const QString & s) {
+      const QString sProblem = field_rules::name(s);
+      if (! sProblem.isEmpty() || ! m_txtNamespace || ! m_lstTakenKeys.contains(key())) { return sProblem; }
+      return tr("'%1' is already used by an entity or another enumeration").arg(key()); });
    m_txtNamespace = addLine(m_pForm, "m_txtNamespace", tr("Namespace"), e.getNamespace(), & field_rules::namespaceName);
    // Empty: "enum_" and the name.
    m_txtEnumName = addLine(m_pForm, "m_txtEnumName", tr("C++ enum name"), (e.getEnumName() == "enum_" + e.getName()) ? QString() : e.getEnumName(), & field_rules::optionalName);
@@ -33,8 +36,6 @@ enumeration_dialog::enumeration_dialog(const model::enumeration & e, const model
    m_tblValues = addKeyValueTable("m_tblValues", tr("Values"), { tr("Name"), tr("Number") }, lstValues);
    addMetaTable(e.getAllMetaData());
    m_pMarks->addCheck([this]() { return valuesProblem(); });
-   m_pMarks->addCheck([this]() {
-      return (m_lstTakenKeys.contains(key()) ? tr("The key '%1' is already used by an entity or another enumeration").arg(key()) : QString()); });
    finish();
 }
 

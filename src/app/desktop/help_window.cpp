@@ -1,5 +1,6 @@
 #include "desktop/help_window.h"
 
+#include <QApplication>
 #include <QDesktopServices>
 #include <QTextBrowser>
 #include <QVBoxLayout>
@@ -46,6 +47,10 @@ void help_opener::openUrl(const QUrl & url)
    QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "openUrl");
    if (bOpened) { return; }
    if (! m_pWindow) { m_pWindow = new help_window(); }
+   // A window beside a modal dialog would be blocked behind it: the guide goes with the dialog.
+   QWidget * pModal = QApplication::activeModalWidget();
+   if (pModal && (m_pWindow->parentWidget() != pModal)) { m_pWindow->setParent(pModal, Qt::Window); }
+   else if (! pModal && m_pWindow->parentWidget()) { m_pWindow->setParent(nullptr, Qt::Window); }
    m_pWindow->showUrl(url);
 }
 

@@ -70,6 +70,20 @@ main_window::~main_window()
 void main_window::createActions()
 {
    QStyle * pStyle = style();
+   m_actNewProject = new QAction(pStyle->standardIcon(QStyle::SP_FileIcon), tr("&New project..."), this);
+   m_actNewProject->setObjectName("m_actNewProject");
+   m_actNewProject->setShortcut(QKeySequence::New);
+   m_actNewProject->setStatusTip(tr("Create an empty project in a new project file"));
+   m_actSaveAs = new QAction(tr("Save &as..."), this);
+   m_actSaveAs->setObjectName("m_actSaveAs");
+   // Some platforms bind no Save As key: the usual one then.
+   QList<QKeySequence> lstSaveAs = QKeySequence::keyBindings(QKeySequence::SaveAs);
+   if (lstSaveAs.isEmpty()) { lstSaveAs.append(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S)); }
+   m_actSaveAs->setShortcuts(lstSaveAs);
+   m_actSaveAs->setStatusTip(tr("Write the model into another project file and go on there"));
+   m_actRenameProject = new QAction(tr("Re&name project..."), this);
+   m_actRenameProject->setObjectName("m_actRenameProject");
+   m_actRenameProject->setStatusTip(tr("Change the project's name (it names the generated project files)"));
    m_actOpenProject = new QAction(pStyle->standardIcon(QStyle::SP_DialogOpenButton), tr("&Open project..."), this);
    m_actOpenProject->setObjectName("m_actOpenProject");
    m_actOpenProject->setShortcut(QKeySequence::Open);
@@ -102,6 +116,9 @@ void main_window::createActions()
    m_actUserGuide->setShortcut(QKeySequence::HelpContents);
    m_actAbout = new QAction(tr("&About Tavrel"), this);
 
+   connect(m_actNewProject, & QAction::triggered, this, & main_window::doActNewProject);
+   connect(m_actSaveAs, & QAction::triggered, this, & main_window::doActSaveAs);
+   connect(m_actRenameProject, & QAction::triggered, this, & main_window::doActRenameProject);
    connect(m_actOpenProject, & QAction::triggered, this, & main_window::doActOpenProject);
    connect(m_actReloadProject, & QAction::triggered, this, & main_window::doActReloadProject);
    connect(m_actExportJson, & QAction::triggered, this, & main_window::doActExportJson);
@@ -120,9 +137,14 @@ void main_window::createActions()
 void main_window::createMenus()
 {
    QMenu * pFile = menuBar()->addMenu(tr("&File"));
+   pFile->setObjectName("m_mnuFile");
+   pFile->addAction(m_actNewProject);
    pFile->addAction(m_actOpenProject);
    pFile->addAction(m_actReloadProject);
    pFile->addAction(m_actSave);
+   pFile->addAction(m_actSaveAs);
+   pFile->addSeparator();
+   pFile->addAction(m_actRenameProject);
    pFile->addAction(m_actExportJson);
    pFile->addSeparator();
    pFile->addAction(m_actQuit);
@@ -174,7 +196,8 @@ void main_window::createWidgets()
    m_txtFilter->setClearButtonEnabled(true);
    m_txtFilter->installEventFilter(this);
    connect(m_txtFilter, & QLineEdit::textChanged, this, & main_window::doFilterChanged);
-   QAction * pFind = new QAction(this);
+   QAction * pFind = new QAction(tr("Find"), this);
+   pFind->setObjectName("m_actFind");
    pFind->setShortcut(QKeySequence::Find);
    connect(pFind, & QAction::triggered, m_txtFilter, [this]() { m_txtFilter->setFocus(); m_txtFilter->selectAll(); });
    addAction(pFind);
@@ -222,6 +245,8 @@ void main_window::updateActions()
    const bool bProject = (m_pProject != nullptr);
    m_actReloadProject->setEnabled(! m_sProjectPath.isEmpty());
    m_actExportJson->setEnabled(bProject);
+   m_actSaveAs->setEnabled(bProject);
+   m_actRenameProject->setEnabled(bProject);
    m_actPluginSettings->setEnabled(bPlugin && bProject && m_pPlugin->hasSettings());
    m_actExport->setEnabled(bPlugin && bProject);
    m_actExportPreview->setEnabled(bPlugin && bProject);

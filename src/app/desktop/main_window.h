@@ -65,6 +65,7 @@ private:
    model::enumeration_ptr m_pEnumeration;
    QString m_sProjectPath;   // as the user opened it (.tavrel or .json), for File > Reload
    bool m_bEditsApplied = false;   // since it was opened
+   bool m_bCarrySettings = false;   // Save As: the plug-ins keep their settings for the new file
    QUndoStack * m_pUndo = nullptr;
    QStringList m_lstSchemaProblems;   // listed after the last edit
    model::schema_check m_checkSchema;   // re-checks only the items an edit replaced
@@ -97,7 +98,10 @@ private:
    // Dialogs shown during an export, each with an arrow cursor pushed over the busy one.
    QList<QObject *> m_lstExportDialogs;
 
+   QAction * m_actNewProject = nullptr;
    QAction * m_actOpenProject = nullptr;
+   QAction * m_actSaveAs = nullptr;
+   QAction * m_actRenameProject = nullptr;
    QAction * m_actReloadProject = nullptr;
    QAction * m_actExportJson = nullptr;
    QAction * m_actQuit = nullptr;
@@ -179,7 +183,13 @@ protected:
    void closeEvent(QCloseEvent * event) override;
 
 public Q_SLOTS:
+   // A new, empty project: its name and its new file asked in a dialog.
+   void doActNewProject();
    void doActOpenProject();
+   // The model written into another project file, which becomes the open project.
+   bool doActSaveAs();
+   // The project's name, one undo step.
+   void doActRenameProject();
    void doActReloadProject();
    bool doActExportJson();
    bool doActSave();
@@ -233,6 +243,12 @@ private:
    void showPlace(const model_place & place);
    // Lists the model's schema problems (the checkSchema list, from m_checkSchema) in the message area.
    void listSchemaProblems();
+   // The rules a reader of the project file applies that the model breaks (Save refuses then).
+   QStringList saveProblems() const;
+   // Writes the model into that project file, unless it breaks a reader's rule.
+   bool saveProjectAs(const QString & sFile);
+   // Deleting an item others name: its references go along (true) or nothing goes.
+   bool confirmDropReferences(const QString & sKind, const QString & sKey, const QStringList & lstReferences);
    // Before anything drops unsaved edits: Save, Discard or Cancel; false to stay.
    bool confirmDiscard();
    // Where a new entity or enumeration goes: the namespace of the selection.
@@ -245,6 +261,10 @@ private:
 
    // Before a reload of a JSON model replaces applied edits: offers to export them; false to stay.
    bool confirmReload();
+   // A project file name with its .tavrel suffix (added when missing).
+   static QString projectFileFor(const QString & sPath);
+   // A project file chosen in Qt's own file dialog (empty when cancelled).
+   QString askProjectFile(const QString & sTitle, const QString & sStart, bool bForSave);
    // Where File > Export model as JSON writes (asked; proposed beside the model when unattended).
    QString askJsonPath() const;
 
@@ -252,6 +272,8 @@ private:
    void createModelTree();
    void fillModelTree();
    void emitSelection();
+   // The key of the item beside this one in its namespace of the tree (empty when it is alone).
+   QString siblingKey(const QString & sKey) const;
    // The keys the tree would show for the project: entities, then enumerations.
    QStringList treeKeys() const;
    // The tree's items keep their places: the tool tips of the given items follow the model.
@@ -260,12 +282,17 @@ private:
    // The edit panel of the selected entity or enumeration.
    QGroupBox * createDetailsPanel();
    void showItemDetails();
+   // Applies text typed in the edit panel before an export; false when it cannot be applied.
+   bool applyTypedDetails();
    // Why the edit panel's texts cannot be stored (empty when they can).
    QString detailsProblem() const;
 
    // The plug-ins and what they run.
    void loadPlugins();
+   // The plug-in that settings, export and preview act on; its preview goes into the dock.
    void setCurrentPlugin(plugin::export_interface * pPlugin);
+   // One entry a loaded export plug-in at the top of the Plug-in menu.
+   void addPluginChoices();
    // The plug-in's settings may have changed: its views reload them and show the selection again.
    void refreshPluginViews();
    // Why no export can start now (empty when it can).

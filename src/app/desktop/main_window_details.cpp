@@ -69,6 +69,7 @@ QGroupBox * main_window::createDetailsPanel()
 void main_window::showItemDetails()
 {
    m_treeItemDetails->clear();
+   // setHeaderLabels() never removes columns: each kind sets its count first.
    m_btnApply->setEnabled(false);
    const bool bItem = (m_pEntity || m_pEnumeration);
    m_txtTable->setEnabled(m_pEntity != nullptr);
@@ -82,6 +83,7 @@ void main_window::showItemDetails()
       m_txtTable->setText(m_pEntity->getTableName());
       m_txtTable->setPlaceholderText(m_pEntity->getName());
       m_txtDescription->setText(m_pEntity->getDescription());
+      m_treeItemDetails->setColumnCount(6);
       m_treeItemDetails->setHeaderLabels({ tr("Property"), tr("Type"), tr("Column"), tr("Key"), tr("Null"), tr("Description") });
       for (const model::property_ptr & p : m_pEntity->getOwnProperties())
       {
@@ -101,6 +103,7 @@ void main_window::showItemDetails()
       m_txtTable->clear();
       m_txtTable->setPlaceholderText(QString());
       m_txtDescription->setText(m_pEnumeration->getDescription());
+      m_treeItemDetails->setColumnCount(2);
       m_treeItemDetails->setHeaderLabels({ tr("Key"), tr("Value") });
       const auto & kv = m_pEnumeration->getAllKeyValue();
       for (qsizetype i = 0; i < kv.size(); ++i) { new QTreeWidgetItem(m_treeItemDetails, { kv.getKeyByIndex(i), kv.getByIndex(i) }); }
@@ -111,6 +114,7 @@ void main_window::showItemDetails()
       m_txtTable->clear();
       m_txtTable->setPlaceholderText(QString());
       m_txtDescription->clear();
+      m_treeItemDetails->setColumnCount(1);
       m_treeItemDetails->setHeaderLabels({ QString() });
    }
    // Every column in view: a long type is cut (its tool tip has it whole); widths stay resizable.
@@ -161,6 +165,14 @@ void main_window::closeEvent(QCloseEvent * event)
    view::main_wnd::closeEvent(event);
 }
 
+bool main_window::applyTypedDetails()
+{
+   // Text typed but not applied is what the user sees: an export takes it, or does not start.
+   if (! m_btnApply->isEnabled() || (! m_pEntity && ! m_pEnumeration)) { return true; }
+   doBtnApplyDetails();
+   return ! m_btnApply->isEnabled();
+}
+
 void main_window::doDetailsEdited() { m_btnApply->setEnabled(m_pEntity || m_pEnumeration); }
 
 void main_window::doBtnApplyDetails()
@@ -173,6 +185,10 @@ void main_window::doBtnApplyDetails()
       tools::message_box::warning(this, context::ctx_global::getAppName(), sProblem);
       return;
    }
+   // Texts as they are (an empty field applied again, say) change nothing: no undo step.
+   const bool bSame = (m_txtDescription->text() == (m_pEntity ? m_pEntity->getDescription() : m_pEnumeration->getDescription()))
+                      && (! m_pEntity || (m_txtTable->text().trimmed() == m_pEntity->getTableName()));
+   if (bSame) { m_btnApply->setEnabled(false); return; }
    // An edit of the model like any other: one undo step, saved with the rest.
    model_state after = model_edit::stateOf(* m_pProject);
    QString sKey;

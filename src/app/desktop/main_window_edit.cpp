@@ -20,6 +20,8 @@
 #include "gui/tools/wait_cursor.h"
 #include "model/entity.h"
 #include "model/enumeration.h"
+#include "model/model_integrity.h"
+#include "model/model_text_rules.h"
 #include "model/project.h"
 #include "model/property.h"
 #include "storage/project_storage.h"
@@ -52,7 +54,10 @@ void main_window::createEditActions()
    m_actUndo->setIcon(pStyle->standardIcon(QStyle::SP_ArrowBack));
    m_actRedo = m_pUndo->createRedoAction(this, tr("&Redo"));
    m_actRedo->setObjectName("m_actRedo");
-   m_actRedo->setShortcuts({ QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), QKeySequence::Redo });
+   // The platform's redo keys, and both usual ones: each once (a key bound twice does nothing).
+   QList<QKeySequence> lstRedo = QKeySequence::keyBindings(QKeySequence::Redo);
+   for (const QKeySequence & k : { QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), QKeySequence(Qt::CTRL | Qt::Key_Y) }) { if (! lstRedo.contains(k)) { lstRedo.append(k); } }
+   m_actRedo->setShortcuts(lstRedo);
    m_actRedo->setIcon(pStyle->standardIcon(QStyle::SP_ArrowForward));
    m_actSave = new QAction(pStyle->standardIcon(QStyle::SP_DriveFDIcon), tr("&Save"), this);
    m_actSave->setObjectName("m_actSave");
@@ -208,10 +213,33 @@ void main_window::listSchemaProblems()
    m_lstSchemaProblems = lst;
 }
 
+QStringList main_window::saveProblems() const
+{
+   // The rules the project file reader applies: a file that breaks one could not be opened again.
+   QStringList lst = model::model_integrity::problems(* m_pProject);
+   for (const auto & problem : model::model_text_rules::projectProblems(* m_pProject, false)) { lst.append(problem.message()); }
+   return lst;
+}
+
 bool main_window::doActSave()
 {
    if (! m_pProject) { return false; }
-   const QString sFile = context::ctx_project::getProjectFile();
+   return saveProjectAs(context::ctx_project::getProjectFile());
+}
+
+bool main_window::saveProjectAs(const QString & sFile)
+{
+   const QStringList lstProblems = saveProblems();
+   if (! lstProblems.isEmpty())
+   {
+      for (const QString & s : lstProblems) { addMessage(tr("Not saved : %1").arg(s), 3); }
+      const int k_iShown = 20;
+      QStringList lstShown = lstProblems.mid(0, k_iShown);
+      if (lstProblems.size() > k_iShown) { lstShown.append(tr("... and %1 more").arg(lstProblems.size() - k_iShown)); }
+      tools::message_box::critical(this, context::ctx_global::getAppName(),
+                                   tr("The project is not saved: it could not be opened again.\n\n%1").arg(lstShown.join('\n')));
+      return false;
+   }
    zy::ZyBool ok;
    {
       tools::wait_cursor wait; Q_UNUSED(wait);
@@ -283,21 +311,47 @@ void main_window::doActDeleteProperty() { if (model::property_ptr p = getSelecte
 void main_window::deleteEntity(const model::entity_ptr & pEntity)
 {
    model_state after = model_edit::stateOf(* m_pProject);
+   const QString sKey = pEntity->getKey();
+   if (! confirmDropReferences(tr("entity"), sKey, model_edit::entityReferences(after, sKey))) { return; }
+   model_edit::dropEntityReferences(after, sKey);
    const qsizetype i = after.entities.indexOf(pEntity);
    if (i < 0) { return; }
    after.entities.removeAt(i);
    const qsizetype iNext = qMin(i, after.entities.size() - 1);
-   pushEdit(tr("Delete entity %1").arg(pEntity->getKey()), after, model_place { (iNext >= 0) ? after.entities.at(iNext)->getKey() : QString(), QString() });
+   QString sNext = siblingKey(sKey);
+   if (sNext.isEmpty() && (iNext >= 0)) { sNext = after.entities.at(iNext)->getKey(); }
+   pushEdit(tr("Delete entity %1").arg(sKey), after, model_place { sNext, QString() });
 }
 
 void main_window::deleteEnumeration(const model::enumeration_ptr & pEnumeration)
 {
    model_state after = model_edit::stateOf(* m_pProject);
+   const QString sKey = pEnumeration->getKey();
+   if (! confirmDropReferences(tr("enumeration"), sKey, model_edit::enumerationReferences(after, sKey))) { return; }
+   model_edit::dropEnumerationReferences(after, sKey);
    const qsizetype i = after.enumerations.indexOf(pEnumeration);
    if (i < 0) { return; }
    after.enumerations.removeAt(i);
    const qsizetype iNext = qMin(i, after.enumerations.size() - 1);
-   pushEdit(tr("Delete enumeration %1").arg(pEnumeration->getKey()), after, model_place { (iNext >= 0) ? after.enumerations.at(iNext)->getKey() : QString(), QString() });
+   QString sNext = siblingKey(sKey);
+   if (sNext.isEmpty() && (iNext >= 0)) { sNext = after.enumerations.at(iNext)->getKey(); }
+   pushEdit(tr("Delete enumeration %1").arg(sKey), after, model_place { sNext, QString() });
+}
+
+bool main_window::confirmDropReferences(const QString & sKind, const QString & sKey, const QStringList & lstReferences)
+{
+   if (lstReferences.isEmpty()) { return true; }
+   // A dangling reference makes a file no reader opens: the references go with the item or nothing goes.
+   const int k_iShown = 20;
+   QStringList lstShown = lstReferences.mid(0, k_iShown);
+   if (lstReferences.size() > k_iShown) { lstShown.append(tr("... and %1 more").arg(lstReferences.size() - k_iShown)); }
+   const QString sText = tr("The %1 '%2' is referenced by:\n%3\n\nDelete these references with it (relations and properties "
+                            "are deleted, derived entities lose their parent)?").arg(sKind, sKey, lstShown.join('\n'));
+   const QMessageBox::StandardButton answer = tools::message_box::question(this, tr("Delete %1").arg(sKind), sText,
+                                                                           QMessageBox::Yes | QMessageBox::Cancel, QMessageBox::Cancel);
+   if (answer == QMessageBox::Yes) { return true; }
+   addMessage(tr("Nothing deleted : %1 '%2' is still referenced").arg(sKind, sKey), 2);
+   return false;
 }
 
 void main_window::deleteProperty(const model::entity_ptr & pEntity, const model::property_ptr & pProperty)

@@ -102,6 +102,7 @@ QString main_window::exportTitle() const
 
 zy::ZyBool main_window::doActExport()
 {
+   if (! applyTypedDetails()) { return zy::ZyBool(false, tr("The typed changes cannot be applied : nothing exported")); }
    const QString sError = exportRefusal();
    if (! sError.isEmpty())
    {
@@ -129,6 +130,7 @@ zy::ZyBool main_window::doActExport()
 
 bool main_window::doActExportPreview()
 {
+   if (! applyTypedDetails()) { return false; }
    const QString sError = exportRefusal();
    if (! sError.isEmpty())
    {

@@ -42,7 +42,7 @@ void main_window::createMessagesDock()
    m_dockMessages = new QDockWidget(tr("Messages"), this);
    m_dockMessages->setObjectName("m_dockMessages");
    m_dockMessages->setWidget(m_lstMessages);
-   m_dockMessages->setFeatures(QDockWidget::DockWidgetMovable | QDockWidget::DockWidgetFloatable);
+   m_dockMessages->setFeatures(QDockWidget::DockWidgetMovable | QDockWidget::DockWidgetFloatable | QDockWidget::DockWidgetClosable);
    addDockWidget(Qt::BottomDockWidgetArea, m_dockMessages);
 }
 

@@ -5,6 +5,7 @@
 
 #include <QLineEdit>
 #include <QSettings>
+#include <QScreen>
 #include <QSplitter>
 #include <QTreeWidget>
 #include <QTreeWidgetItemIterator>
@@ -64,6 +65,16 @@ void main_window::restoreWindowState()
    if (settings->contains("window/state")) { restoreState(settings->value("window/state").toByteArray()); }
    QSplitter * pSplitter = findChild<QSplitter *>("m_splitterModel");
    if (pSplitter && settings->contains("window/model_splitter")) { pSplitter->restoreState(settings->value("window/model_splitter").toByteArray()); }
+   // A scaled display (QT_SCALE_FACTOR=2) or a small screen has less room than the default size.
+   if (QScreen * pScreen = screen())
+   {
+      const QRect avail = pScreen->availableGeometry();
+      if ((width() > avail.width()) || (height() > avail.height()))
+      {
+         resize(size().boundedTo(avail.size() * 9 / 10));
+         move(avail.topLeft() + QPoint((avail.width() - width()) / 2, (avail.height() - height()) / 2));
+      }
+   }
 }
 
 QString main_window::rememberedSelection(const QString & sProjectPath) const

@@ -93,6 +93,26 @@ void main_window::fillModelTree()
    if (m_txtFilter && ! m_txtFilter->text().isEmpty()) { doFilterChanged(m_txtFilter->text()); }
 }
 
+QString main_window::siblingKey(const QString & sKey) const
+{
+   // The item below the deleted one in its namespace, else the one above: the selection stays
+   // where the user looks instead of jumping to the next item of the project's list.
+   for (QTreeWidgetItemIterator itr(m_treeModel); * itr; ++itr)
+   {
+      if ((* itr)->data(0, k_roleKey).toString() != sKey) { continue; }
+      QTreeWidgetItem * pParent = (* itr)->parent();
+      if (! pParent) { return QString(); }
+      const int i = pParent->indexOfChild(* itr);
+      for (int j : { i + 1, i - 1 })
+      {
+         QTreeWidgetItem * pSibling = pParent->child(j);
+         if (pSibling && (pSibling->data(0, k_roleKind).toInt() != item_group)) { return pSibling->data(0, k_roleKey).toString(); }
+      }
+      return QString();
+   }
+   return QString();
+}
+
 bool main_window::selectItem(const QString & key)
 {
    QTreeWidgetItemIterator itr(m_treeModel);

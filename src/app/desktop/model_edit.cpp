@@ -2,6 +2,9 @@
 
 #include "desktop/model_edit.h"
 
+#include <algorithm>
+
+#include <QObject>
 #include <QSet>
 
 #include "model/entity.h"
@@ -117,6 +120,74 @@ void renameEnumerationReferences(model_state & s, const QString & sOld, const QS
          if (p->getEnumerationKey() == sOld) { p->setEnumerationKey(sNew); }
       }
    }
+}
+
+namespace {
+
+bool aimsAt(const model::property_ptr & p, const QString & sKey) { return (p && p->getRelation() && (p->getRelation()->getTargetKey() == sKey)); }
+bool typedBy(const model::property_ptr & p, const QString & sKey) { return (p && (p->getEnumerationKey() == sKey)); }
+
+// Each entity holding a property that matches loses those properties (a clone takes its place).
+template <typename Match>
+void dropProperties(model_state & s, const Match & match)
+{
+   for (model::entity_ptr & e : s.entities)
+   {
+      if (! e) { continue; }
+      const model::list_of_property & lstOwn = e->getOwnProperties();
+      if (std::none_of(lstOwn.cbegin(), lstOwn.cend(), match)) { continue; }
+      e = cloneEntity(* e);
+      const model::list_of_property lstKept = e->getOwnProperties();
+      e->clearProperties();
+      for (const model::property_ptr & p : lstKept) { if (! match(p)) { e->addProperty(p); } }
+   }
+}
+
+} // namespace
+
+QStringList entityReferences(const model_state & s, const QString & sKey)
+{
+   QStringList lst;
+   for (const model::entity_ptr & e : s.entities)
+   {
+      if (! e || (e->getKey() == sKey)) { continue; }
+      if (e->getParentKey() == sKey) { lst.append(QObject::tr("%1 (derived entity)").arg(e->getKey())); }
+      for (const model::property_ptr & p : e->getOwnProperties())
+      {
+         if (aimsAt(p, sKey)) { lst.append(QObject::tr("%1::%2 (relation)").arg(e->getKey(), p->getName())); }
+      }
+   }
+   return lst;
+}
+
+void dropEntityReferences(model_state & s, const QString & sKey)
+{
+   dropProperties(s, [&sKey](const model::property_ptr & p) { return aimsAt(p, sKey); });
+   for (model::entity_ptr & e : s.entities)
+   {
+      if (! e || (e->getParentKey() != sKey)) { continue; }
+      e = cloneEntity(* e);
+      e->setParentKey(QString());
+   }
+}
+
+QStringList enumerationReferences(const model_state & s, const QString & sKey)
+{
+   QStringList lst;
+   for (const model::entity_ptr & e : s.entities)
+   {
+      if (! e) { continue; }
+      for (const model::property_ptr & p : e->getOwnProperties())
+      {
+         if (typedBy(p, sKey)) { lst.append(QObject::tr("%1::%2 (property)").arg(e->getKey(), p->getName())); }
+      }
+   }
+   return lst;
+}
+
+void dropEnumerationReferences(model_state & s, const QString & sKey)
+{
+   dropProperties(s, [&sKey](const model::property_ptr & p) { return typedBy(p, sKey); });
 }
 
 QString freeName(const QStringList & lstTaken, const QString & sBase)

@@ -66,6 +66,15 @@ void renameEntityReferences(model_state & s, const QString & sOld, const QString
 // Properties naming the old key follow an enumeration's new key.
 void renameEnumerationReferences(model_state & s, const QString & sOld, const QString & sNew);
 
+// What names an entity other than itself: relation properties aiming at it and entities derived
+// from it, one line each ("shop::Order::customer (relation)").
+QStringList entityReferences(const model_state & s, const QString & sKey);
+// Takes those references out: the relation properties go, derived entities lose their parent.
+void dropEntityReferences(model_state & s, const QString & sKey);
+// The properties typed by an enumeration, one line each; dropping them deletes the properties.
+QStringList enumerationReferences(const model_state & s, const QString & sKey);
+void dropEnumerationReferences(model_state & s, const QString & sKey);
+
 // sBase followed by the first number that makes it a name not in lstTaken.
 QString freeName(const QStringList & lstTaken, const QString & sBase);
 

@@ -7,6 +7,7 @@
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QLineEdit>
+#include <QMap>
 #include <QTabWidget>
 
 #include "model/entity.h"
@@ -110,9 +111,20 @@ QWidget * property_dialog::createGeneralPage(const model::property & p, const mo
    m_cboCollection = addCombo(pForm, "m_cboCollection", tr("Collection"), { tr("none"), "QList<T>", "std::vector<T>" }, false);
    m_cboCollection->setCurrentIndex(pType ? pType->getCollection() : 0);
    QStringList lstEnums { QString() };
-   for (const model::enumeration_ptr & e : state.enumerations) { if (e) { lstEnums.append(e->getKey()); } }
+   QMap<QString, QString> mapEnumTypes;
+   for (const model::enumeration_ptr & e : state.enumerations) { if (e) { lstEnums.append(e->getKey()); mapEnumTypes.insert(e->getKey(), e->getCppEnumType()); } }
    m_cboEnumeration = addCombo(pForm, "m_cboEnumeration", tr("Enumeration"), lstEnums, false);
    m_cboEnumeration->setCurrentIndex(qMax(0, static_cast<int>(lstEnums.indexOf(p.getEnumerationKey()))));
+   auto fnTypeHint = [this, mapEnumTypes]() {
+      const QString sEnumType = mapEnumTypes.value(m_cboEnumeration->currentText());
+      if (m_cboType->lineEdit()) { m_cboType->lineEdit()->setPlaceholderText(sEnumType); }
+   };
+   fnTypeHint();
+   // A property of an enumeration has the enumeration's type: an empty type follows it, renames too.
+   connect(m_cboEnumeration, & QComboBox::currentTextChanged, this, [this, fnTypeHint](const QString & sEnum) {
+      if (! sEnum.isEmpty()) { m_cboType->setCurrentText(QString()); }
+      fnTypeHint();
+   });
    m_txtDefault = addLine(pForm, "m_txtDefault", tr("Default value"), pType ? pType->getDefaultValue() : QString(), [this](const QString & s) { return defaultProblem(s); });
    connect(m_cboType, & QComboBox::currentTextChanged, m_pMarks, & field_marks::update);
    connect(m_cboEnumeration, & QComboBox::currentTextChanged, m_pMarks, & field_marks::update);

@@ -163,8 +163,12 @@ void cpp_export_settings::doCppTemplateTextChanged()
 void cpp_export_settings::doBtnFileLocation()
 {
    // The typed text is tested as it is: a path relative to the project file does not count here.
+   // The typed folder (relative to the project file) when it exists, else the project's folder.
    QString sTyped = m_txtFileLocation->text();
-   QString sStartDir = ((! sTyped.isEmpty() && QFileInfo(sTyped).isDir()) ? sTyped : QString());
+   const QString sResolved = (sTyped.isEmpty() ? QString() : context::ctx_project::getPathFromProjectFile(sTyped));
+   const QString sProjectFile = context::ctx_project::getProjectFile();
+   QString sStartDir = ((! sResolved.isEmpty() && QFileInfo(sResolved).isDir()) ? sResolved
+                        : (sProjectFile.isEmpty() ? QString() : QFileInfo(sProjectFile).absolutePath()));
 
    QString sChosen;
    if (directoryChooser()) { sChosen = directoryChooser()(this, sStartDir); }
@@ -188,11 +192,23 @@ void cpp_export_settings::doBtnOk()
    tools::wait_cursor wait; Q_UNUSED(wait);
    const QString sTitle = getMessageTitle();
 
-   QString sPath = m_txtFileLocation->text();
-   if (! QFileInfo(context::ctx_project::getPathFromProjectFile(sPath)).isDir())
+   // No folder yet is allowed: the export asks for it. A missing one is offered to be created.
+   QString sPath = m_txtFileLocation->text().trimmed();
+   const QString sDir = (sPath.isEmpty() ? QString() : context::ctx_project::getPathFromProjectFile(sPath));
+   if (! sDir.isEmpty() && ! QFileInfo(sDir).isDir())
    {
-      tools::message_box::warning(this, sTitle, tr("Directory doesn't exist : '") + sPath + "'", QMessageBox::Ok);
-      return;
+      if (QFileInfo(sDir).exists() || QFileInfo(sDir).isSymLink())
+      {
+         tools::message_box::warning(this, sTitle, tr("'%1' is not a directory").arg(sPath), QMessageBox::Ok);
+         return;
+      }
+      const QMessageBox::StandardButton answer = tools::message_box::question(this, sTitle,
+         tr("The directory '%1' does not exist. Create it?").arg(QDir::toNativeSeparators(sDir)), QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes);
+      if ((answer != QMessageBox::Yes) || ! QDir().mkpath(sDir))
+      {
+         if (answer == QMessageBox::Yes) { tools::message_box::warning(this, sTitle, tr("Cannot create the directory '%1'").arg(QDir::toNativeSeparators(sDir)), QMessageBox::Ok); }
+         return;
+      }
    }
    m_pPlugin->setCppExportPath(QDir::fromNativeSeparators(sPath));
 
