@@ -22,7 +22,7 @@ QByteArray greenhouseJson(int iEntities)
       const QByteArray name = "Plant" + QByteArray::number(i);
       json += (i ? "," : "") + QByteArray(R"({"name": ")") + name + R"(", "namespace": ")" + ns + R"(")";
       if ((i % 7) == 0) { json += R"(, "abstract": true)"; }
-      if ((i > 7) && ((i % 3) == 0)) { json += R"(, "parent": "garden::bed)" + QByteArray::number((i / 7 * 7) % 5) + "::Plant" + QByteArray::number(i / 7 * 7) + "\""; }
+      if ((i > 7) && ((i % 3) == 0) && ((i % 7) != 0)) { json += R"(, "parent": "garden::bed)" + QByteArray::number((i / 7 * 7) % 5) + "::Plant" + QByteArray::number(i / 7 * 7) + "\""; }
       json += R"(, "properties": [{"name": "id", "type": "long", "primary_key": true},)";
       json += R"({"name": "label", "type": "QString", "default": "sprout \"no.)" + QByteArray::number(i) + R"(\""},)";
       json += R"({"name": "height", "type": "double", "default": "1.5"}, {"name": "watered", "type": "QDateTime", "decoration": "optional"})";
