@@ -148,6 +148,7 @@ private:
    {
       std::vector<file_report> reports;
       model::entity * pEntity = nullptr;
+      QString sHeaderPath, sSourcePath;
       QString sMessage;
       zy::ZyBool result = zy::ZyBool(true);
       QString sReason;       // the system's reason of a failed write

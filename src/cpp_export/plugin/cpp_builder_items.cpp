@@ -137,6 +137,8 @@ void cpp_builder::workItem(model::project & project, Item & item, const QString 
    file_report header, source;
    header.path = ctx.sAbsDir + QStringLiteral("include/") + sHeaderName;
    source.path = ctx.sAbsDir + QStringLiteral("src/") + sSourceName;
+   res.sHeaderPath = header.path;
+   res.sSourcePath = source.path;
    QString sRefused = readOld(ctx.iInclude, sHeaderName, header.path, header.oldText, header.bExists);
    if (sRefused.isEmpty()) { sRefused = readOld(ctx.iSrc, sSourceName, source.path, source.oldText, source.bExists); }
    if (! sRefused.isEmpty()) { res.result = zy::ZyBool(false, sRefused); return; }
@@ -157,6 +159,8 @@ void cpp_builder::workItem(model::project & project, Item & item, const QString 
 
 zy::ZyBool cpp_builder::replayItem(item_outcome & res, const item_context & ctx)
 {
+   m_sCurrentHeaderFile = res.sHeaderPath;
+   m_sCurrentSourceFile = res.sSourcePath;
    // The warning of a PIMPL template without its placeholder comes where one thread showed it.
    if (res.pEntity)
    {
