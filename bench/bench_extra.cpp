@@ -53,11 +53,10 @@ double oneEntityStartMs(const QString & program, const QString & workDir, int re
       QDir(sOut).removeRecursively();
       QDir().mkpath(sOut);
       QProcess p;
-      p.setProcessChannelMode(QProcess::ForwardedErrorChannel);
       QElapsedTimer t;
       t.start();
       p.start(program, { "export", input, "--lumor-path", sBase + "/lumor", "--yes", "--TavrelCppExport_path=" + sOut });
-      if (! p.waitForFinished(-1) || (p.exitCode() != 0)) { qFatal("the one-entity export failed: %s", p.readAllStandardOutput().constData()); }
+      if (! p.waitForFinished(-1) || (p.exitCode() != 0)) { qFatal("the one-entity export failed: %s", p.readAllStandardError().constData()); }
       return t.nsecsElapsed() / 1e6;
    };
    // The first run turns the model into a project file; the timed ones export that file, as a
