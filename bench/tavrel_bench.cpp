@@ -1,5 +1,6 @@
 // Export benchmark: cold export, unchanged re-export, one-entity-changed re-export and preview
-// of synthetic models, each figure beside the time "cp -r" takes to copy the same tree.
+// of synthetic models, each figure beside the time "cp -r" takes to copy the same tree; then the
+// cold export on one thread, reading every file once, and the start of a one-entity export.
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -32,6 +33,7 @@
 #include "model/property.h"
 #include "model/relationship.h"
 #include "model_generator.h"
+#include "bench_extra.h"
 #include "cpp_export/plugin/cpp_builder.h"
 #include "cpp_export/plugin/cpp_export.h"
 #include "gui/tools/message_box.h"
@@ -136,6 +138,7 @@ struct settings
    int style = 0;
    QString profile;        // empty, "cold", "unchanged", "changed", "preview" or "dry"
    bool keep = false;
+   bool hostSide = true;   // the second table (record, dry run); --no-host-side leaves it out
 };
 
 struct figures
@@ -153,7 +156,21 @@ struct figures
    // apart from the file system's (creating thousands of files just after deleting as many costs
    // the kernel a varying amount of time).
    double coldPairCpuMs = 0, coldRecordCpuMs = 0;
+   // The same cold export on one thread (TAVREL_EXPORT_THREADS=1), and reading every file of
+   // the tree: the floor of an unchanged re-export.
+   double coldOneThreadMs = 0, readMs = 0;
 };
+
+// Runs f with TAVREL_EXPORT_THREADS set to value, then puts the variable back as it was.
+template <typename F> auto withThreads(const QByteArray & value, F f)
+{
+   const bool bWasSet = qEnvironmentVariableIsSet("TAVREL_EXPORT_THREADS");
+   const QByteArray before = qgetenv("TAVREL_EXPORT_THREADS");
+   qputenv("TAVREL_EXPORT_THREADS", value);
+   auto result = f();
+   if (bWasSet) { qputenv("TAVREL_EXPORT_THREADS", before); } else { qunsetenv("TAVREL_EXPORT_THREADS"); }
+   return result;
+}
 
 class bench_runner
 {
@@ -312,7 +329,7 @@ public:
       const int repeat = (bProfileOnly ? 1 : m_settings.repeat);
 
       // Cold: a new builder (templates parsed again) into an empty directory.
-      std::vector<double> vCold, vColdUser, vColdSys, vCopy, vCopySys;
+      std::vector<double> vCold, vColdUser, vColdSys, vCopy, vCopySys, vColdOne;
       for (int r = 0; r < repeat; ++r)
       {
          QDir(out).removeRecursively();
@@ -329,6 +346,13 @@ public:
             double copySys = 0;
             vCopy.push_back(copyTreeMs(out, base + "/copy", copySys));
             vCopySys.push_back(copySys);
+            QDir(base + "/one").removeRecursively();
+            QDir().mkpath(base + "/one");
+            m_plugin.setCppExportPath(base + "/one");
+            plugin::cpp_builder oneBuilder(& m_plugin);
+            settleDisk();
+            vColdOne.push_back(withThreads("1", [&] { return timedBuild(oneBuilder, * pProject, false); }));
+            m_plugin.setCppExportPath(out);
          }
       }
       const tree_state cold = snapshot(out);
@@ -339,7 +363,9 @@ public:
       f.coldSysMs = median(vColdSys);
       f.copyMs = median(vCopy);
       f.copySysMs = median(vCopySys);
+      f.coldOneThreadMs = median(vColdOne);
       QDir(base + "/copy").removeRecursively();
+      QDir(base + "/one").removeRecursively();
 
       // The rest reuse one builder, as the host does between exports.
       m_plugin.setCppExportPath(out);
@@ -348,10 +374,13 @@ public:
 
       if (! bProfileOnly || (m_settings.profile == "unchanged"))
       {
-         std::vector<double> v;
+         std::vector<double> v, vRead;
          f.unchangedWritten = 0;
          for (int r = 0; r < repeat; ++r)
          {
+            qint64 iRead = 0;
+            settleDisk();
+            vRead.push_back(bench::readTreeMs(out, iRead));
             const tree_state before = snapshot(out);
             settleDisk();
             v.push_back(timedBuild(builder, * pProject, m_settings.profile == "unchanged"));
@@ -360,6 +389,7 @@ public:
             f.unchangedWritten = std::max(f.unchangedWritten, files);
          }
          f.unchangedMs = median(v);
+         f.readMs = median(vRead);
       }
 
       if (m_settings.profile == "dry")
@@ -419,11 +449,25 @@ public:
          f.previewUs = median(v);
       }
 
-      if (! bProfileOnly) { runLifecycle(f, * pProject, out); }
+      if (! bProfileOnly && m_settings.hostSide) { runLifecycle(f, * pProject, out); }
       if (! m_settings.keep) { QDir(base).removeRecursively(); }
       return f;
    }
 };
+
+void printFloors(const QList<figures> & all, double startMs)
+{
+   std::printf("\nThreads and floors: the cold export on every core and on one, cp -r of its tree, the unchanged re-export and "
+               "reading every file once\n\n");
+   std::printf("| N | files | MB | cold ms | cold, one thread ms | cp -r ms | cold / cp -r | unchanged ms | read every file ms | unchanged / read |\n");
+   std::printf("|---:|---:|---:|---:|---:|---:|---:|---:|---:|---:|\n");
+   for (const figures & f : all)
+   {
+      std::printf("| %d | %d | %.1f | %.1f | %.1f | %.1f | %.2f | %.1f | %.1f | %.2f |\n", f.n, f.files, f.bytes / 1e6, f.coldMs, f.coldOneThreadMs,
+                  f.copyMs, (f.copyMs > 0 ? f.coldMs / f.copyMs : 0.0), f.unchangedMs, f.readMs, (f.readMs > 0 ? f.unchangedMs / f.readMs : 0.0));
+   }
+   std::printf("\nOne-entity export, whole process (tavrel export, median): %.1f ms\n", startMs);
+}
 
 void printTable(const QList<figures> & all, const settings & s)
 {
@@ -440,6 +484,7 @@ void printTable(const QList<figures> & all, const settings & s)
                   f.unchangedMs, f.unchangedWritten, f.changedMs, f.changedWritten, static_cast<long long>(f.changedBytes),
                   f.previewUs, static_cast<long long>(f.previewBytes));
    }
+   if (! s.hostSide) { std::fflush(stdout); return; }
    std::printf("\nThe host's side (file report, stale-file check, record in the project file), median of %d runs\n\n", s.repeat);
    std::printf("| N | cold export ms (user ms) | cold export + record ms (user ms) | added by the record: wall, user "
                "| unchanged re-export ms | unchanged re-export + record ms "
@@ -476,7 +521,8 @@ int main(int argc, char ** argv)
    QCommandLineOption optStyle("style", "Class style 0 to 3 (default 0, the plug-in's default).", "n");
    QCommandLineOption optProfile("profile", "Run one export of this kind only, for callgrind: cold, unchanged, changed, preview or dry (a dry run of the unchanged tree, host included).", "kind");
    QCommandLineOption optKeep("keep", "Keep the exported trees.");
-   parser.addOptions({ optSizes, optRepeat, optPreview, optWork, optCustom, optPImpl, optStyle, optProfile, optKeep });
+   QCommandLineOption optNoHost("no-host-side", "Leave out the host's side (record, dry run): the second table.");
+   parser.addOptions({ optSizes, optRepeat, optPreview, optWork, optCustom, optPImpl, optStyle, optProfile, optKeep, optNoHost });
    parser.process(app);
 
    settings s;
@@ -492,6 +538,7 @@ int main(int argc, char ** argv)
    if (parser.isSet(optStyle)) { s.style = qBound(0, parser.value(optStyle).toInt(), 3); }
    s.profile = parser.value(optProfile);
    s.keep = parser.isSet(optKeep);
+   s.hostSide = ! parser.isSet(optNoHost);
 
    QTemporaryDir tmp;
    s.workDir = (parser.isSet(optWork) ? QDir(parser.value(optWork)).absolutePath() : tmp.path());
@@ -514,6 +561,10 @@ int main(int argc, char ** argv)
       std::fprintf(stderr, "N=%d done\n", n);
       all.append(f);
    }
-   if (s.profile.isEmpty()) { printTable(all, s); }
+   if (s.profile.isEmpty())
+   {
+      printTable(all, s);
+      printFloors(all, bench::oneEntityStartMs(QCoreApplication::applicationDirPath() + "/tavrel", s.workDir, s.repeat));
+   }
    return 0;
 }

@@ -5,6 +5,7 @@
 # stops the script with a non-zero exit code.
 #
 #   TAVREL_SKIP_SANITIZE=1     skip the sanitizer build and its test run
+#   TAVREL_SKIP_TSAN=1         skip the ThreadSanitizer build of the export tests and their run
 #   TAVREL_SKIP_FUZZ=1         skip the fuzz build and its runs
 #   TAVREL_FUZZ_SECONDS=N      seconds each fuzz target runs (default 30)
 set -euo pipefail
@@ -12,6 +13,7 @@ root="$(cd "$(dirname "$0")/.." && pwd)"
 build="${TAVREL_BUILD_DIR:-$root/build}"
 build_asan="${TAVREL_ASAN_BUILD_DIR:-$root/build-asan}"
 build_fuzz="${TAVREL_FUZZ_BUILD_DIR:-$root/build-fuzz}"
+build_tsan="${TAVREL_TSAN_BUILD_DIR:-$root/build-tsan}"
 jobs="$(nproc)"
 export QT_QPA_PLATFORM=offscreen
 
@@ -51,6 +53,23 @@ if [ "${TAVREL_SKIP_SANITIZE:-0}" != "1" ]; then
    ASAN_OPTIONS=detect_leaks=0 UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
    ctest --output-on-failure -j "$jobs")
   finish "test suite under ASan + UBSan"
+fi
+
+if [ "${TAVREL_SKIP_TSAN:-0}" != "1" ]; then
+  # The C++ export runs its items on several threads: its tests once more under ThreadSanitizer,
+  # only the export's test program (the libraries it links are built for it, Qt is not).
+  begin "ThreadSanitizer build (export tests)"
+  cmake -S "$root" -B "$build_tsan" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+        -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O1 -g1 -DNDEBUG" -DCMAKE_CXX_FLAGS="-fsanitize=thread" \
+        -DCMAKE_EXE_LINKER_FLAGS="-fsanitize=thread" -DCMAKE_SHARED_LINKER_FLAGS="-fsanitize=thread" \
+        -DCMAKE_MODULE_LINKER_FLAGS="-fsanitize=thread" -DTAVREL_BUILD_BENCH=OFF "${TAVREL_LAUNCHER[@]}" >/dev/null
+  cmake --build "$build_tsan" -j "$jobs" --target test_cpp_export
+  finish "ThreadSanitizer build (export tests)"
+
+  begin "export tests under ThreadSanitizer"
+  TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 \
+    "$build_tsan/bin/test_cpp_export" --gtest_filter='ExportThreads.*:WriteGuard.*:Builder.*:Expansion.*'
+  finish "export tests under ThreadSanitizer"
 fi
 
 if [ "${TAVREL_SKIP_FUZZ:-0}" != "1" ]; then

@@ -113,6 +113,37 @@ TEST_F(CliOutcome, SystemReasonsFollowTheMessages)
    EXPECT_TRUE(r.err.contains("tavrel: An error occurred opening header file : " + header + "\nIs a directory : " + header + "\n")) << r.err.toStdString();
 }
 
+TEST_F(CliOutcome, FailedItemOnAnyThreadCountGivesTheSameRun)
+{
+   // A directory where a later entity's source goes: the workers have started the items after
+   // it, yet the run says what one thread says, and stops there.
+   test_support::cli_result lstRuns[2];
+   int i = 0;
+   for (const char * sThreads : { "1", "4" })
+   {
+      const QString sOut = QString("out%1").arg(sThreads);
+      ASSERT_TRUE(QDir().mkpath(m_tmp.filePath(sOut + "/src/shop_sales_OrderItem.gen.cpp")));
+      test_support::cli_options options;
+      options.env.insert("TAVREL_EXPORT_THREADS", sThreads);
+      lstRuns[i++] = test_support::runTavrel({ "export", m_sModel, "--lumor-path", path("lumor"), "--TavrelCppExport_path=" + sOut }, options);
+   }
+   for (test_support::cli_result & r : lstRuns)
+   {
+      EXPECT_EQ(r.code, 1) << r.err.toStdString();
+      r.out.replace("out4", "out1");
+      r.err.replace("out4", "out1");
+   }
+   const QString sSource = m_tmp.filePath("out1/src/shop_sales_OrderItem.gen.cpp");
+   EXPECT_TRUE(lstRuns[1].err.contains("tavrel: An error occurred opening source file : " + sSource + "\nIs a directory : " + sSource + "\n"))
+      << lstRuns[1].err.toStdString();
+   // The messages of the items before it, and none after.
+   EXPECT_TRUE(lstRuns[1].err.contains("Entity 'shop::sales::Order' exported")) << lstRuns[1].err.toStdString();
+   EXPECT_FALSE(lstRuns[1].err.contains("Entity 'shop::sales::OrderItem' exported")) << lstRuns[1].err.toStdString();
+   EXPECT_FALSE(lstRuns[1].err.contains("Entity 'shop::sales::Invoice' exported")) << lstRuns[1].err.toStdString();
+   EXPECT_EQ(lstRuns[0].out, lstRuns[1].out);
+   EXPECT_EQ(lstRuns[0].err, lstRuns[1].err);
+}
+
 TEST_F(CliOutcome, ExportPathThatIsAFile)
 {
    ASSERT_TRUE(test_support::writeAll(m_tmp.filePath("plain"), "x"));

@@ -203,6 +203,13 @@ zy::ZyBool cpp_builder::exportItem(model::project & project, Item & item, model:
 
 zy::ZyBool cpp_builder::exportItems(model::project & project, const model::list_of_entity & lstEntities, const QString & sExportDir)
 {
+   // A user script sees the items one after the other, and may depend on their order.
+   if (m_pCppExport && ! m_pCppExport->getCustomScript())
+   {
+      bool bDone = false;
+      const zy::ZyBool ok = exportItemsAtOnce(project, lstEntities, sExportDir, bDone);
+      if (bDone) { return ok; }
+   }
    for (const model::entity_ptr & pEntity : lstEntities)
    {
       if (! pEntity || (pEntity->getId() == 0)) { continue; }

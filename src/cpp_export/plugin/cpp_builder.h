@@ -6,6 +6,7 @@
 #include <QVariant>
 
 #include <memory>
+#include <vector>
 
 #include "model/model_fwd.h"
 #include "cpp_export/tools/template_parser.h"
@@ -84,6 +85,10 @@ public:
    QString getLastFailureReason() const { return m_sLastFailureReason; }
    // Name of the lock file that keeps two exports out of one directory.
    static QString lockFileName() { return QStringLiteral(".tavrel_export.lock"); }
+   // Threads that export the entities and enumerations when no user script is set: the
+   // environment variable TAVREL_EXPORT_THREADS when it holds a number from 1 (one thread, as
+   // with a script) to 64, else one per core.
+   static int exportThreads();
 
 Q_SIGNALS:
    void onMessage(const QString & text, int kind, int duration);
@@ -128,6 +133,30 @@ protected:
    static parser_ptr parserFromResource(const QString & path);
 
 private:
+   // One generated file as the host hears of it, kept until its item's turn comes.
+   struct file_report
+   {
+      QString path;
+      QString oldText;
+      QString newText;
+      bool bExists = false;
+      bool bSame = false;
+      bool bKept = false;    // a user's file that exists: reported as kept, never written
+   };
+   // What exporting one item did on whichever thread: handed on to the host in model order.
+   struct item_outcome
+   {
+      std::vector<file_report> reports;
+      model::entity * pEntity = nullptr;
+      QString sHeaderPath, sSourcePath;
+      QString sMessage;
+      zy::ZyBool result = zy::ZyBool(true);
+      QString sReason;       // the system's reason of a failed write
+   };
+   struct item_ref { model::entity * pEntity = nullptr; model::enumeration * pEnumeration = nullptr; };
+   // Parsers, settings and folder handles the items share; read-only while items are exported.
+   struct item_context;
+
    // Steps of build(), in their order.
    zy::ZyBool checkExportPaths(const QString & sExportDir);
    // True when the model has no errors or the user goes on despite them.
@@ -140,6 +169,29 @@ private:
    zy::ZyBool exportItem(model::project & project, Item & item, model::entity * pEntity, model::enumeration * pEnumeration,
                          const QString & sKind, const QString & sExportDir);
    zy::ZyBool buildProjectFiles(model::project & project);
+
+   // Without a user script items are independent: each is generated and written by workItem on
+   // any thread, then replayItem hands its reports and message on, in model order. bDone is
+   // false when the export must go the one-thread way (a folder it needs cannot be made).
+   zy::ZyBool exportItemsAtOnce(model::project & project, const model::list_of_entity & lstEntities, const QString & sExportDir, bool & bDone);
+   bool prepareItems(item_context & ctx, const QString & sExportDir);
+   zy::ZyBool runItems(model::project & project, const std::vector<item_ref> & lstItems, const item_context & ctx, int iThreads);
+   template <typename Item>
+   void workItem(model::project & project, Item & item, const QString & sKind, const item_context & ctx, item_outcome & res);
+   template <typename Item>
+   bool workCustomFile(model::project & project, Item & item, const parser_ptr & parser, int iFolder, const QString & sFolder,
+                       const QString & sName, const item_context & ctx, item_outcome & res);
+   // An item's text from a template, without a script (so it cannot fail).
+   QString generateText(model::project & project, model::entity & entity, const parser_ptr & parser);
+   QString generateText(model::project & project, model::enumeration & enumeration, const parser_ptr & parser);
+   // The former text of a generated file through its folder's handle when it can; the refusal
+   // (a link, outside the folder) instead when the file may not be written.
+   QString readOld(int iFolder, const QString & sName, const QString & sPath, QString & sOld, bool & bExists) const;
+   // Adds the file's report and writes it when it changed (and the run is not dry).
+   bool putNew(int iFolder, const QString & sName, file_report && r, const item_context & ctx, item_outcome & res) const;
+   zy::ZyBool replayItem(item_outcome & res, const item_context & ctx);
+   parser_ptr enumerationParser(bool bHeader);
+   void loadCustomParsers();
 
    template <typename Dispatch>
    bool expand(const parser_ptr & parser, Dispatch dispatchPiece, model::project * pProject, model::entity * pEntity,

@@ -247,7 +247,25 @@ QString cpp_builder::buildHelper(model::project & project, model::entity & entit
    return out;
 }
 
-QString cpp_builder::buildHelper(model::project & project, model::enumeration & enumeration, bool bHeader)
+QString cpp_builder::generateText(model::project & project, model::entity & entity, const parser_ptr & parser)
+{
+   if (! parser || (parser->textList().size() != parser->actionList().size())) { return QString(); }
+   QString out, sError;
+   auto dispatchPiece = [&](QString & o, const QString & t, int c) { dispatch(o, project, entity, t, c); };
+   expand(parser, dispatchPiece, & project, & entity, nullptr, QString(), out, sError);
+   return out;
+}
+
+QString cpp_builder::generateText(model::project & project, model::enumeration & enumeration, const parser_ptr & parser)
+{
+   if (! parser || (parser->textList().size() != parser->actionList().size())) { return QString(); }
+   QString out, sError;
+   auto dispatchPiece = [&](QString & o, const QString & t, int c) { dispatch(o, project, enumeration, t, c); };
+   expand(parser, dispatchPiece, & project, nullptr, & enumeration, QString(), out, sError);
+   return out;
+}
+
+cpp_builder::parser_ptr cpp_builder::enumerationParser(bool bHeader)
 {
    parser_ptr & parser = (bHeader ? m_pParserEnumHeader : m_pParserEnumSource);
    if (! parser)
@@ -255,6 +273,20 @@ QString cpp_builder::buildHelper(model::project & project, model::enumeration & 
       const QString sPath = (bHeader ? QStringLiteral(":/cpp_export/documents/template_enumeration.h") : QStringLiteral(":/cpp_export/documents/template_enumeration.cpp"));
       if (QFileInfo::exists(sPath)) { parser = parserFromResource(sPath); }
    }
+   return parser;
+}
+
+void cpp_builder::loadCustomParsers()
+{
+   if (! m_pParserCustomHeader && QFileInfo::exists(":/cpp_export/documents/template_custom_header.h"))
+   { m_pParserCustomHeader = parserFromResource(":/cpp_export/documents/template_custom_header.h"); }
+   if (! m_pParserCustomSource && QFileInfo::exists(":/cpp_export/documents/template_custom_source.cpp"))
+   { m_pParserCustomSource = parserFromResource(":/cpp_export/documents/template_custom_source.cpp"); }
+}
+
+QString cpp_builder::buildHelper(model::project & project, model::enumeration & enumeration, bool bHeader)
+{
+   parser_ptr parser = enumerationParser(bHeader);
    if (! parser || (parser->textList().size() != parser->actionList().size())) { return QString(); }
    const QString sCurrentFile = (bHeader ? m_sCurrentHeaderFile : m_sCurrentSourceFile);
    QString out, sError;
@@ -300,10 +332,7 @@ zy::ZyBool cpp_builder::build_Generic(model::project & project, parser_ptr parse
 zy::ZyBool cpp_builder::build_CustomFile(model::project & project, model::entity * pEntity, model::enumeration * pEnumeration)
 {
    if (m_pCppExport && ! m_pCppExport->getGenerateCustomFiles()) { return zy::ZyBool(true); }
-   if (! m_pParserCustomHeader && QFileInfo::exists(":/cpp_export/documents/template_custom_header.h"))
-   { m_pParserCustomHeader = parserFromResource(":/cpp_export/documents/template_custom_header.h"); }
-   if (! m_pParserCustomSource && QFileInfo::exists(":/cpp_export/documents/template_custom_source.cpp"))
-   { m_pParserCustomSource = parserFromResource(":/cpp_export/documents/template_custom_source.cpp"); }
+   loadCustomParsers();
 
    const QDir dir(m_pCppExport ? m_pCppExport->getCppExportPath(true) : QString());
    if (! makeDirectory(dir.absoluteFilePath("custom"))) { return zy::ZyBool(false, "Cannot create 'custom' directory"); }

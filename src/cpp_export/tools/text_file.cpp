@@ -15,7 +15,11 @@ QString readTextFile(const QString & path, line_ends eLineEnds, bool * pExists)
    if (! bOpen) { return QString(); }
    // Read whole and filtered here rather than in text mode: its byte-by-byte filter costs more
    // than the rest of reading.
-   QByteArray bytes = file.readAll();
+   return decodeText(file.readAll(), eLineEnds);
+}
+
+QString decodeText(QByteArray bytes, line_ends eLineEnds)
+{
    if ((eLineEnds == line_ends::lf_only) && bytes.contains('\r')) { bytes.removeIf([](char c) { return (c == '\r'); }); }
    // A byte-order mark chooses the encoding, which the text stream detects. Without one the
    // stream decodes UTF-8, which the direct conversion does several times faster.

@@ -4,6 +4,8 @@
 #include <QStringBuilder>
 #include <QStringList>
 
+#include <mutex>
+
 #include "context/ctx_global.h"
 #include "model/entity.h"
 #include "model/enumeration.h"
@@ -19,10 +21,16 @@ namespace generators {
 namespace {
 
 std::function<QDateTime()> s_fctClock;
+// Local time goes through the C library's time-zone state: the export's workers take turns.
+std::mutex s_clockMutex;
 
 QString bannerDate()
 {
-   if (s_fctClock) { return s_fctClock().toString(QStringLiteral("yyyy/MM/dd hh:mm")); }
+   if (s_fctClock)
+   {
+      const std::lock_guard<std::mutex> lock(s_clockMutex);
+      return s_fctClock().toString(QStringLiteral("yyyy/MM/dd hh:mm"));
+   }
    // The text changes once a minute (time-zone offsets are whole minutes), so it is formatted once
    // per minute rather than for each of the thousands of files of a large export.
    thread_local qint64 s_iMinute = -1;
@@ -31,6 +39,7 @@ QString bannerDate()
    const qint64 iMinute = ((iNow >= 0) ? (iNow / 60000) : -2);
    if ((iMinute != s_iMinute) || (iMinute < 0))
    {
+      const std::lock_guard<std::mutex> lock(s_clockMutex);
       s_sText = QDateTime::fromMSecsSinceEpoch(iNow).toString(QStringLiteral("yyyy/MM/dd hh:mm"));
       s_iMinute = iMinute;
    }

@@ -1,0 +1,322 @@
+// Export of the entities and enumerations when no user script is set: each item is generated
+// and written on a pool of threads, and what the host must hear of it (file reports, the item's
+// message) is handed on afterwards in model order, so that nothing but the time differs from an
+// export on one thread.
+
+#include "cpp_export/plugin/cpp_builder.h"
+
+#include <QDir>
+#include <QStringEncoder>
+#include <QThread>
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <condition_variable>
+#include <cstring>
+#include <mutex>
+#include <thread>
+
+#include "model/entity.h"
+#include "model/enumeration.h"
+#include "model/project.h"
+#include "cpp_export/plugin/cpp_export.h"
+#include "cpp_export/plugin/generators/generators.h"
+#include "cpp_export/tools/export_folders.h"
+#include "cpp_export/tools/text_file.h"
+#include "gui/plugin/export_files.h"
+
+namespace plugin {
+
+struct cpp_builder::item_context
+{
+   parser_ptr entityHeader, entitySource, enumHeader, enumSource, customHeader, customSource;
+   bool bCustomFiles = false;
+   bool bDryRun = false;
+   QString sExportDir;    // as the messages show it
+   QString sAbsDir;       // absolute, with a final '/'
+   std::unique_ptr<tools::export_folders> pFolders;
+   int iInclude = -1, iSrc = -1, iCustomInclude = -1, iCustomSrc = -1;
+};
+
+namespace {
+
+const int k_iDuration = 10000;
+// Items generated ahead of the one handed on, per thread: bounds the texts held at once.
+const std::size_t k_iAheadPerThread = 16;
+
+model::entity * entityOf(model::entity & e) { return & e; }
+model::entity * entityOf(model::enumeration &) { return nullptr; }
+model::enumeration * enumerationOf(model::entity &) { return nullptr; }
+model::enumeration * enumerationOf(model::enumeration & e) { return & e; }
+
+// A user's file that is there (a link to something that exists counts, as QFileInfo::exists).
+bool userFileThere(int iFolder, const QString & sName, const QString & sPath)
+{
+   if ((iFolder < 0) || ! tools::export_folders::isPlainName(sName)) { return QFileInfo::exists(sPath); }
+   struct stat st;
+   return (::fstatat(iFolder, QFile::encodeName(sName).constData(), & st, 0) == 0);
+}
+
+} // namespace
+
+int cpp_builder::exportThreads()
+{
+   bool bNumber = false;
+   const int iAsked = qEnvironmentVariable("TAVREL_EXPORT_THREADS").toInt(& bNumber);
+   if (bNumber && (iAsked >= 1) && (iAsked <= 64)) { return iAsked; }
+   return qBound(1, QThread::idealThreadCount(), 64);
+}
+
+QString cpp_builder::readOld(int iFolder, const QString & sName, const QString & sPath, QString & sOld, bool & bExists) const
+{
+   QByteArray bytes;
+   const tools::export_folders::outcome e = tools::export_folders::read(iFolder, sName, bytes);
+   if (e == tools::export_folders::outcome::done) { bExists = true; sOld = tools::decodeText(std::move(bytes)); return QString(); }
+   if (e == tools::export_folders::outcome::missing) { bExists = false; sOld.clear(); return QString(); }
+   // A link, a folder in the file's place, a name with a slash: the path-based rules say why.
+   const QString sRefused = refusedPath(sPath);
+   if (! sRefused.isEmpty()) { return sRefused; }
+   sOld = getFileText(sPath, bExists);
+   return QString();
+}
+
+bool cpp_builder::putNew(int iFolder, const QString & sName, file_report && r, const item_context & ctx, item_outcome & res) const
+{
+   r.bSame = isSame(r.oldText, r.newText);
+   // What export_files::report answers: a changed file is written unless the run is dry.
+   const bool bWrite = (! r.bSame && ! ctx.bDryRun);
+   const bool bExists = r.bExists;
+   res.reports.push_back(std::move(r));
+   if (! bWrite) { return true; }
+   const file_report & f = res.reports.back();
+   if (! bExists)
+   {
+      // The same bytes as the host's text stream gives (UTF-8, no byte-order mark), in one write.
+      QStringEncoder encoder(QStringConverter::Utf8);
+      const QByteArray data = encoder.encode(f.newText);
+      int iError = 0;
+      const tools::export_folders::outcome e = tools::export_folders::create(iFolder, sName, data, iError);
+      if (e == tools::export_folders::outcome::done) { return true; }
+      if (e == tools::export_folders::outcome::failed)
+      {
+         res.sReason = QString::fromLocal8Bit(std::strerror(iError)) + " : " + QDir::toNativeSeparators(f.path);
+         return false;
+      }
+   }
+   return writeFile(f.path, f.newText, & res.sReason);
+}
+
+template <typename Item>
+bool cpp_builder::workCustomFile(model::project & project, Item & item, const parser_ptr & parser, int iFolder, const QString & sFolder,
+                                 const QString & sName, const item_context & ctx, item_outcome & res)
+{
+   file_report r;
+   r.path = ctx.sAbsDir + sFolder + sName;
+   // Created once for the user, then the user's: a file that is there is only reported.
+   if (userFileThere(iFolder, sName, r.path)) { r.bKept = true; res.reports.push_back(std::move(r)); return true; }
+   if (! parser) { res.result = zy::ZyBool(false, "No template parser defined to create file : " + r.path); return false; }
+   if (parser->textList().size() != parser->actionList().size()) { res.result = zy::ZyBool(false, "Invalid template parser to create file : " + r.path); return false; }
+   const QString sRefused = readOld(iFolder, sName, r.path, r.oldText, r.bExists);
+   if (! sRefused.isEmpty()) { res.result = zy::ZyBool(false, sRefused); return false; }
+   r.newText = generateText(project, item, parser);
+   const QString sPath = r.path;
+   if (! putNew(iFolder, sName, std::move(r), ctx, res)) { res.result = zy::ZyBool(false, "An error occurred opening file : " + sPath); return false; }
+   return true;
+}
+
+template <typename Item>
+void cpp_builder::workItem(model::project & project, Item & item, const QString & sKind, const item_context & ctx, item_outcome & res)
+{
+   const bool bEntity = (entityOf(item) != nullptr);
+   res.pEntity = entityOf(item);
+   const QString sKey = item.getKey();
+   const QString sFlat = generators::flatKey(sKey);
+   const QString sHeaderName = sFlat + QStringLiteral(".gen.h");
+   const QString sSourceName = sFlat + QStringLiteral(".gen.cpp");
+   file_report header, source;
+   header.path = ctx.sAbsDir + QStringLiteral("include/") + sHeaderName;
+   source.path = ctx.sAbsDir + QStringLiteral("src/") + sSourceName;
+   res.sHeaderPath = header.path;
+   res.sSourcePath = source.path;
+   QString sRefused = readOld(ctx.iInclude, sHeaderName, header.path, header.oldText, header.bExists);
+   if (sRefused.isEmpty()) { sRefused = readOld(ctx.iSrc, sSourceName, source.path, source.oldText, source.bExists); }
+   if (! sRefused.isEmpty()) { res.result = zy::ZyBool(false, sRefused); return; }
+   header.newText = generateText(project, item, (bEntity ? ctx.entityHeader : ctx.enumHeader));
+   source.newText = generateText(project, item, (bEntity ? ctx.entitySource : ctx.enumSource));
+   const QString sHeaderPath = header.path, sSourcePath = source.path;
+   if (! putNew(ctx.iInclude, sHeaderName, std::move(header), ctx, res))
+   { res.result = zy::ZyBool(false, "An error occurred opening header file : " + sHeaderPath); return; }
+   if (! putNew(ctx.iSrc, sSourceName, std::move(source), ctx, res))
+   { res.result = zy::ZyBool(false, "An error occurred opening source file : " + sSourcePath); return; }
+   if (ctx.bCustomFiles)
+   {
+      if (! workCustomFile(project, item, ctx.customHeader, ctx.iCustomInclude, QStringLiteral("custom/include/"), sFlat + QStringLiteral(".h"), ctx, res)) { return; }
+      if (! workCustomFile(project, item, ctx.customSource, ctx.iCustomSrc, QStringLiteral("custom/src/"), sFlat + QStringLiteral(".cpp"), ctx, res)) { return; }
+   }
+   res.sMessage = sKind + " '" + sKey + "' exported to C++ class : '" + ctx.sExportDir + "'";
+}
+
+zy::ZyBool cpp_builder::replayItem(item_outcome & res, const item_context & ctx)
+{
+   m_sCurrentHeaderFile = res.sHeaderPath;
+   m_sCurrentSourceFile = res.sSourcePath;
+   // The warning of a PIMPL template without its placeholder comes where one thread showed it.
+   if (res.pEntity)
+   {
+      for (bool bHeader : { true, false })
+      {
+         const parser_ptr & parser = (bHeader ? ctx.entityHeader : ctx.entitySource);
+         if (parser && (parser->textList().size() == parser->actionList().size())) { checkParserContent(parser, bHeader); }
+      }
+   }
+   export_files * pFiles = (m_pCppExport ? m_pCppExport->getExportFiles() : nullptr);
+   for (const file_report & r : res.reports)
+   {
+      if (! pFiles) { continue; }
+      if (r.bKept) { pFiles->reportKept(r.path); }
+      else { pFiles->report(r.path, r.bExists, r.oldText, r.newText, r.bSame); }
+   }
+   if (! res.result)
+   {
+      if (! res.sReason.isEmpty()) { m_sLastFailureReason = res.sReason; }
+      return res.result;
+   }
+   Q_EMIT onMessage(res.sMessage, 1, k_iDuration);
+   return zy::ZyBool(true);
+}
+
+bool cpp_builder::prepareItems(item_context & ctx, const QString & sExportDir)
+{
+   ctx.entityHeader = getParser(true);
+   ctx.entitySource = getParser(false);
+   ctx.enumHeader = enumerationParser(true);
+   ctx.enumSource = enumerationParser(false);
+   ctx.bCustomFiles = (! m_pCppExport || m_pCppExport->getGenerateCustomFiles());
+   ctx.bDryRun = isDryRun();
+   ctx.sExportDir = sExportDir;
+   ctx.sAbsDir = QDir(sExportDir).absolutePath();
+   if (! ctx.sAbsDir.endsWith('/')) { ctx.sAbsDir += '/'; }
+   if (ctx.bCustomFiles)
+   {
+      loadCustomParsers();
+      ctx.customHeader = m_pParserCustomHeader;
+      ctx.customSource = m_pParserCustomSource;
+      // A folder that cannot be made: the one-thread export fails where it always did.
+      for (const char * sDir : { "custom", "custom/include", "custom/src" })
+      { if (! makeDirectory(ctx.sAbsDir + QLatin1String(sDir))) { return false; } }
+   }
+   ctx.pFolders = std::make_unique<tools::export_folders>(ctx.sAbsDir);
+   ctx.iInclude = ctx.pFolders->open(QStringLiteral("include"));
+   ctx.iSrc = ctx.pFolders->open(QStringLiteral("src"));
+   if (ctx.bCustomFiles)
+   {
+      ctx.iCustomInclude = ctx.pFolders->open(QStringLiteral("custom/include"));
+      ctx.iCustomSrc = ctx.pFolders->open(QStringLiteral("custom/src"));
+   }
+   return true;
+}
+
+zy::ZyBool cpp_builder::runItems(model::project & project, const std::vector<item_ref> & lstItems, const item_context & ctx, int iThreads)
+{
+   auto work = [&](const item_ref & ref, item_outcome & res)
+   {
+      if (ref.pEntity) { workItem(project, * ref.pEntity, QStringLiteral("Entity"), ctx, res); }
+      else { workItem(project, * ref.pEnumeration, QStringLiteral("Enumeration"), ctx, res); }
+   };
+   const std::size_t n = lstItems.size();
+   const std::size_t iWorkers = std::min<std::size_t>(static_cast<std::size_t>(std::max(1, iThreads)), n);
+   if (iWorkers <= 1)
+   {
+      for (const item_ref & ref : lstItems)
+      {
+         item_outcome res;
+         work(ref, res);
+         const zy::ZyBool ok = replayItem(res, ctx);
+         if (! ok) { return ok; }
+      }
+      return zy::ZyBool(true);
+   }
+
+   // The model's look-up tables are built here, so that the workers only read them.
+   project.invalidateIndex();
+   project.getEntityById(0);
+   project.getEnumerationById(0);
+
+   std::vector<item_outcome> lstResults(n);
+   std::vector<char> lstDone(n, 0);
+   std::mutex mutex;
+   std::condition_variable changed;
+   std::size_t iNext = 0, iHandedOn = 0;
+   bool bStop = false;
+   const std::size_t iAhead = iWorkers * k_iAheadPerThread;
+   auto worker = [&]
+   {
+      while (true)
+      {
+         std::size_t i = 0;
+         {
+            std::unique_lock<std::mutex> lock(mutex);
+            changed.wait(lock, [&] { return bStop || (iNext >= n) || (iNext < iHandedOn + iAhead); });
+            if (bStop || (iNext >= n)) { return; }
+            i = iNext++;
+         }
+         work(lstItems[i], lstResults[i]);
+         {
+            std::lock_guard<std::mutex> lock(mutex);
+            lstDone[i] = 1;
+            // Items before this one were all taken already and finish; later ones are not started.
+            if (! lstResults[i].result) { bStop = true; }
+         }
+         changed.notify_all();
+      }
+   };
+   std::vector<std::thread> lstThreads;
+   lstThreads.reserve(iWorkers);
+   for (std::size_t t = 0; t < iWorkers; ++t) { lstThreads.emplace_back(worker); }
+
+   zy::ZyBool ok(true);
+   for (std::size_t i = 0; i < n; ++i)
+   {
+      {
+         std::unique_lock<std::mutex> lock(mutex);
+         changed.wait(lock, [&] { return (lstDone[i] != 0); });
+      }
+      ok = replayItem(lstResults[i], ctx);
+      lstResults[i] = item_outcome();
+      {
+         std::lock_guard<std::mutex> lock(mutex);
+         iHandedOn = i + 1;
+         if (! ok) { bStop = true; }
+      }
+      changed.notify_all();
+      if (! ok) { break; }
+   }
+   for (std::thread & t : lstThreads) { t.join(); }
+   return ok;
+}
+
+zy::ZyBool cpp_builder::exportItemsAtOnce(model::project & project, const model::list_of_entity & lstEntities, const QString & sExportDir,
+                                          bool & bDone)
+{
+   bDone = false;
+   item_context ctx;
+   if (! prepareItems(ctx, sExportDir)) { return zy::ZyBool(true); }
+   bDone = true;
+   std::vector<item_ref> lstItems;
+   for (const model::entity_ptr & pEntity : lstEntities)
+   {
+      if (pEntity && (pEntity->getId() != 0)) { lstItems.push_back({ pEntity.get(), nullptr }); }
+   }
+   model::list_of_enumeration_ptr pEnums = project.getListOfAllEnums();
+   if (pEnums)
+   {
+      for (const model::enumeration_ptr & pEnum : * pEnums)
+      {
+         if (pEnum && (pEnum->getId() != 0)) { lstItems.push_back({ nullptr, pEnum.get() }); }
+      }
+   }
+   return runItems(project, lstItems, ctx, exportThreads());
+}
+
+} // namespace plugin
