@@ -33,6 +33,7 @@ public:
    qsizetype visible() const { return m_iVisible; }
    void addVisible(qsizetype n) { m_iVisible += n; }
    bool isEmpty() const { return m_hashNames.isEmpty(); }
+   qsizetype held() const { return m_hashNames.size(); }
 
    // Every row but SQLite's own tables out of the schema table; SQLite reloads what is left.
    bool setAside();
