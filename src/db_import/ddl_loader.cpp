@@ -31,7 +31,7 @@ struct ddl_loader::guard
    long long iInternalChecks = 0;
    int iStepsPerCheck = k_iStepsPerCheck;
    // What the statement being prepared creates (stash keys) and whether it needs every row of
-   // the schema table (ALTER, a read of that table, a virtual table).
+   // the schema table (a virtual table, whose module looks its own tables up).
    QList<QByteArray> lstCreated;
    bool bWholeSchema = false;
    bool bVirtual = false;   // ever
@@ -143,7 +143,6 @@ void noteSchemaUse(ddl_loader::guard & g, int iAction, const char * z1)
          break;
       case SQLITE_CREATE_TRIGGER: g.lstCreated.append(ddl_schema_stash::keyOf(true, QByteArray(z1 ? z1 : ""))); break;
       case SQLITE_CREATE_VTABLE: case SQLITE_DROP_VTABLE: g.bVirtual = true; g.bWholeSchema = true; break;
-      case SQLITE_ALTER_TABLE: g.bWholeSchema = true; break;
       default: break;
    }
 }
@@ -416,8 +415,8 @@ bool ddl_loader::runStatement(sqlite3 * pDb, const statement & s, const QString 
 }
 
 // With rows set aside, the objects a statement names come back before it runs: a table it
-// reads or writes, one it creates again, one it drops. A statement that changes or reads the
-// whole schema gets every row back.
+// reads or writes, one it creates again, one it drops. A virtual table's statement gets every
+// row back.
 int ddl_loader::prepare(sqlite3 * pDb, const char * p, const char * pEnd, sqlite3_stmt ** ppStatement, const char ** ppTail)
 {
    QSet<QByteArray> setNeeded;

@@ -81,7 +81,8 @@ const int k_iMany = 4 * int(ddl_loader::k_iSetAsideObjects);
 TEST(DdlSetAside, StatementsOnTablesSetAsideLongBeforeGiveTheSameSchema)
 {
    QString sScript = tables(0, k_iMany);
-   sScript += "INSERT INTO t2 (name) VALUES ('n2');\n"                                  // a duplicate for the unique index below
+   sScript += "DROP TABLE IF EXISTS t20;\n"
+              "INSERT INTO t2 (name) VALUES ('n2');\n"                                  // a duplicate for the unique index below
               "CREATE INDEX t1_name ON t1 (name);\n"                                     // indexes at the end, as dumps put them
               "CREATE UNIQUE INDEX t2_name ON t2 (name);\n"                              // fails: the rows are still there
               "CREATE TABLE t3 (id INTEGER PRIMARY KEY);\n"                              // fails: it exists
@@ -114,7 +115,7 @@ TEST(DdlSetAside, StatementsOnTablesSetAsideLongBeforeGiveTheSameSchema)
    EXPECT_TRUE(sSchema.contains("t15 | 3 | extra | TEXT | 0 | 'x' | 0")) << sSchema.toStdString();
    EXPECT_TRUE(sSchema.contains("trigger | t7_log | t7")) << sSchema.toStdString();
    EXPECT_TRUE(sSchema.contains("view | both_names")) << sSchema.toStdString();
-   for (const char * sGone : { "table | t5 |", "table | t6 |", "index | t1_name |", "index | t2_name |" })
+   for (const char * sGone : { "table | t5 |", "table | t6 |", "table | t20 |", "index | t1_name |", "index | t2_name |" })
    { EXPECT_FALSE(sSchema.contains(sGone)) << sGone; }
 }
 
@@ -129,6 +130,16 @@ TEST(DdlSetAside, TheRowsOfTablesSetAsideAreKept)
    EXPECT_EQ(rows(loader.database(), "SELECT count(*) FROM sqlite_schema WHERE type = 'table'"), QStringList { QString::number(k_iMany) });
 }
 
+// A script that reads the schema table sees every row in it.
+TEST(DdlSetAside, AScriptReadingTheSchemaTableSeesEveryRow)
+{
+   const QString sScript = tables(0, k_iMany) + "CREATE TABLE names AS SELECT name FROM sqlite_schema WHERE type = 'table';\n";
+   ddl_loader loader;
+   QString sError;
+   ASSERT_TRUE(loader.loadText(sScript, "names.sql", false, sError)) << sError.toStdString();
+   EXPECT_EQ(rows(loader.database(), "SELECT count(*) FROM names"), QStringList { QString::number(k_iMany) });
+}
+
 // A rolled-back transaction takes its tables with it, however many there were.
 TEST(DdlSetAside, ARollbackUndoesItsTables)
 {
@@ -138,6 +149,18 @@ TEST(DdlSetAside, ARollbackUndoesItsTables)
    EXPECT_TRUE(r.lstWarnings.isEmpty()) << r.lstWarnings.join('\n').toStdString();
    EXPECT_EQ(r.lstSchema.filter(QRegularExpression("^table \\|")), (QStringList { "table | after | after | CREATE TABLE after (id INTEGER PRIMARY KEY)",
                                                                             "table | kept | kept | CREATE TABLE kept (id INTEGER PRIMARY KEY)" }));
+}
+
+// A savepoint rolled back takes the tables made since, rows set aside or not.
+TEST(DdlSetAside, ASavepointRolledBackUndoesItsTables)
+{
+   const int iHalf = int(ddl_loader::k_iSetAsideObjects);
+   const QString sScript = tables(0, iHalf) + "SAVEPOINT a;\n" + tables(iHalf, 2 * iHalf) + "ROLLBACK TO a;\nRELEASE a;\n";
+   const loaded aside = load(sScript);
+   ASSERT_TRUE(aside.bOk) << aside.sError.toStdString();
+   const loaded plain = loadPlain(sScript);
+   EXPECT_EQ(aside.lstSchema, plain.lstSchema);
+   EXPECT_EQ(aside.lstSchema.filter(QRegularExpression("^table \\|")).size(), iHalf);
 }
 
 // A virtual table's module finds its own tables by name: their rows stay where SQLite reads them.
