@@ -450,13 +450,11 @@ int ddl_loader::prepare(sqlite3 * pDb, const char * p, const char * pEnd, sqlite
 }
 
 // After a statement: rows set aside when SQLite holds many objects; none any more once a
-// virtual table is made (its module finds its own tables by name). False when the set-aside
-// cannot follow what happened: a transaction rolled back.
-bool ddl_loader::afterStatement(sqlite3 * pDb, bool bInTransaction, const QString & sText)
+// virtual table is made (its module finds its own tables by name). False when SQLite refused
+// the stash's own statements.
+bool ddl_loader::afterStatement()
 {
    if (! m_pStash) { return true; }
-   static const QRegularExpression reEnd("^(commit|end|release)\\b", QRegularExpression::CaseInsensitiveOption);
-   if (bInTransaction && sqlite3_get_autocommit(pDb) && ! reEnd.match(sText).hasMatch()) { return false; }
    if (m_pGuard->bVirtual)
    {
       const bool bOk = m_pStash->bringBackAll();
@@ -513,9 +511,8 @@ bool ddl_loader::run(const QList<statement> & lstStatements, const QString & sNa
       if (m_fnProgress && (iDone > 0) && ((iDone % k_iProgressStatements) == 0)) { m_fnProgress(iDone, lstStatements.size()); }
       ++iDone;
       if (isForeignKeysPragma(s.sText)) { continue; }
-      const bool bInTransaction = ! sqlite3_get_autocommit(pDb);
       if (! runStatement(pDb, s, sName, bStrict, iRun, sError)) { return false; }
-      if (! afterStatement(pDb, bInTransaction, s.sText)) { m_bRestart = true; return false; }
+      if (! afterStatement()) { m_bRestart = true; return false; }
    }
    // SQLite reads every row back at once, which takes a while for many: say the script ran.
    if (m_fnProgress && m_pStash && (m_pStash->held() >= k_iProgressStatements)) { m_fnProgress(lstStatements.size(), lstStatements.size()); }

@@ -81,7 +81,7 @@ private:
    bool run(const QList<statement> & lstStatements, const QString & sName, bool bStrict, bool bSetAside, QString & sError);
    bool runStatement(sqlite3 * pDb, const statement & s, const QString & sName, bool bStrict, qsizetype & iRun, QString & sError);
    int prepare(sqlite3 * pDb, const char * p, const char * pEnd, sqlite3_stmt ** ppStatement, const char ** ppTail);
-   bool afterStatement(sqlite3 * pDb, bool bInTransaction, const QString & sText);
+   bool afterStatement();
    void closeConnection();
 
    QString m_sConnection;
