@@ -176,6 +176,22 @@ TEST(DdlSetAside, AVirtualTableAmongManyTablesWorksAsWithoutSettingRowsAside)
    EXPECT_TRUE(aside.lstSchema.join('\n').contains("table | docs_data | docs_data"));
 }
 
+// SQLite reads a large schema back after the last statement, which takes a while: the
+// progress says the script ran before.
+TEST(DdlSetAside, ALargeSchemaSaysTheScriptRanBeforeItIsReadBack)
+{
+   const qsizetype iViews = ddl_loader::k_iProgressStatements;
+   QString sScript;
+   for (qsizetype i = 0; i < iViews; ++i) { sScript += QString("CREATE VIEW v%1 AS SELECT %1 AS n;\n").arg(i); }
+   ddl_loader loader;
+   QList<std::pair<qsizetype, qsizetype>> lstCalls;
+   loader.setProgress([&lstCalls](qsizetype iDone, qsizetype iAll) { lstCalls.append({ iDone, iAll }); });
+   QString sError;
+   ASSERT_TRUE(loader.loadText(sScript, "views.sql", false, sError)) << sError.toStdString();
+   EXPECT_EQ(lstCalls, (QList<std::pair<qsizetype, qsizetype>> { { iViews, iViews } }));
+   EXPECT_EQ(rows(loader.database(), "SELECT count(*) FROM sqlite_schema WHERE type = 'view'"), QStringList { QString::number(iViews) });
+}
+
 // SQLite's work counted in steps (exact, unlike time): per table it stays the same from 500 to
 // 4,000 tables. Without the rows set aside each CREATE scans every schema row before it, and
 // the steps per table grow with the number of tables.
