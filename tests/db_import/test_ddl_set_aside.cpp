@@ -82,6 +82,8 @@ TEST(DdlSetAside, StatementsOnTablesSetAsideLongBeforeGiveTheSameSchema)
 {
    QString sScript = tables(0, k_iMany);
    sScript += "DROP TABLE IF EXISTS t20;\n"
+              "DROP TABLE IF EXISTS main.\"T21\";\n"
+              "DROP TABLE IF EXISTS /* the name after a comment */ t22;\n"
               "INSERT INTO t2 (name) VALUES ('n2');\n"                                  // a duplicate for the unique index below
               "CREATE INDEX t1_name ON t1 (name);\n"                                     // indexes at the end, as dumps put them
               "CREATE UNIQUE INDEX t2_name ON t2 (name);\n"                              // fails: the rows are still there
@@ -115,7 +117,7 @@ TEST(DdlSetAside, StatementsOnTablesSetAsideLongBeforeGiveTheSameSchema)
    EXPECT_TRUE(sSchema.contains("t15 | 3 | extra | TEXT | 0 | 'x' | 0")) << sSchema.toStdString();
    EXPECT_TRUE(sSchema.contains("trigger | t7_log | t7")) << sSchema.toStdString();
    EXPECT_TRUE(sSchema.contains("view | both_names")) << sSchema.toStdString();
-   for (const char * sGone : { "table | t5 |", "table | t6 |", "table | t20 |", "index | t1_name |", "index | t2_name |" })
+   for (const char * sGone : { "table | t5 |", "table | t6 |", "table | t20 |", "table | t21 |", "table | t22 |", "index | t1_name |", "index | t2_name |" })
    { EXPECT_FALSE(sSchema.contains(sGone)) << sGone; }
 }
 
