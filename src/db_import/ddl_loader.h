@@ -88,7 +88,7 @@ private:
    QStringList m_lstWarnings;
    std::unique_ptr<guard> m_pGuard;
    std::unique_ptr<ddl_schema_stash> m_pStash;
-   // The set-aside met what it cannot follow (a rollback): the script runs again without it.
+   // SQLite refused the stash's own statements: the script runs again without setting rows aside.
    bool m_bRestart = false;
    int m_iStepsPerCheck = k_iStepsPerCheck;
    std::function<void(qsizetype, qsizetype)> m_fnProgress;
