@@ -196,28 +196,77 @@ qint64 timeSplit(int iTables, int iRepeat)
    return median(v);
 }
 
-// The same schema as a DDL script read by "import-db --ddl": the script's load, the catalog read
-// and the mapping timed together (the median of the runs), in milliseconds.
-qint64 timeDdl(int iTables, int iRepeat, const QString & sDir, QString & sError)
+struct ddl_figures
+{
+   qint64 iLoad = 0;      // the script run into SQLite, ms
+   qint64 iImport = 0;    // the whole import: load, catalog read and mapping, ms
+   long long iSteps = 0;  // SQLite steps of the load
+};
+
+// With --without-set-aside: a comment naming a rollback, for which the loader never sets schema
+// rows aside (to compare).
+bool g_bWithoutSetAside = false;
+
+QString writeScript(int iTables, const QString & sDir, QString & sError)
 {
    const QString sFile = sDir + QString("/bench%1.sql").arg(iTables);
    QFile f(sFile);
-   if (! f.open(QIODevice::WriteOnly)) { sError = f.errorString(); return -1; }
-   f.write(schemaStatements(iTables).join(";\n").toUtf8() + ";\n");
-   f.close();
-   std::vector<qint64> v;
+   if (! f.open(QIODevice::WriteOnly)) { sError = f.errorString(); return QString(); }
+   f.write(schemaStatements(iTables).join(";\n").toUtf8() + ";\n" + (g_bWithoutSetAside ? "-- rollback\n" : ""));
+   return sFile;
+}
+
+// The same schema as a DDL script read by "import-db --ddl": the script's load alone, then the
+// whole import (load, catalog read and mapping); the median of the runs.
+bool timeDdl(int iTables, int iRepeat, const QString & sDir, ddl_figures & f, QString & sError)
+{
+   const QString sFile = writeScript(iTables, sDir, sError);
+   if (sFile.isEmpty()) { return false; }
+   std::vector<qint64> load, import;
    for (int r = 0; r < iRepeat; ++r)
    {
       QElapsedTimer t;
       t.start();
+      {
+         db_import::ddl_loader loader;
+         loader.setStepsPerCheck(100);
+         if (! loader.load(sFile, false, sError)) { return false; }
+         f.iSteps = loader.getSteps();
+      }
+      load.push_back(t.restart());
       db_import::db_importer importer { db_import::import_options() };
       db_import::db_catalog catalog;
       auto pProject = std::make_shared<model::project>();
       pProject->setName("bench");
-      if (! importer.readSource(QString(), sFile, catalog, sError) || ! importer.importInto(catalog, pProject, sError)) { return -1; }
-      v.push_back(t.elapsed());
+      if (! importer.readSource(QString(), sFile, catalog, sError) || ! importer.importInto(catalog, pProject, sError)) { return false; }
+      import.push_back(t.elapsed());
    }
-   return median(v);
+   f.iLoad = median(load);
+   f.iImport = median(import);
+   return true;
+}
+
+// Time and SQLite steps per table at each size, and their ratio to the first size's.
+int benchDdl(const QStringList & lstSizes, int iRepeat, const QString & sDir)
+{
+   std::printf("| tables | load ms | load us/table | ratio | import ms | import us/table | ratio | SQLite steps/table | ratio |\n");
+   std::printf("|---:|---:|---:|---:|---:|---:|---:|---:|---:|\n");
+   double dLoad0 = 0, dImport0 = 0, dSteps0 = 0;
+   for (const QString & s : lstSizes)
+   {
+      const int iTables = s.toInt();
+      ddl_figures f;
+      QString sError;
+      if (! timeDdl(iTables, iRepeat, sDir, f, sError)) { std::fprintf(stderr, "DDL: %s\n", qPrintable(sError)); return 1; }
+      const double dLoad = 1000.0 * double(f.iLoad) / iTables;
+      const double dImport = 1000.0 * double(f.iImport) / iTables;
+      const double dSteps = double(f.iSteps) / iTables;
+      if (dSteps0 == 0) { dLoad0 = qMax(dLoad, 1.0); dImport0 = qMax(dImport, 1.0); dSteps0 = qMax(dSteps, 1.0); }
+      std::printf("| %d | %lld | %.0f | %.2f | %lld | %.0f | %.2f | %.0f | %.2f |\n", iTables, (long long) f.iLoad, dLoad, dLoad / dLoad0,
+                  (long long) f.iImport, dImport, dImport / dImport0, dSteps, dSteps / dSteps0);
+      std::fflush(stdout);
+   }
+   return 0;
 }
 
 #ifdef TAVREL_BENCH_DB_SERVER
@@ -252,18 +301,16 @@ int main(int argc, char ** argv)
    parser.addOptions({ { "sizes", "Table counts, comma separated (default 100,1000,5000).", "LIST", "100,1000,5000" },
                        { "repeat", "Runs per figure (default 3).", "N", "3" },
                        { "sqlite-only", "Leave PostgreSQL out." },
-                       { "ddl", "Time DDL scripts of 2,000 and 8,000 tables instead and print the ratio (4 when linear)." } });
+                       { "without-set-aside", "With --ddl: scripts the loader runs without setting schema rows aside." },
+                       { "ddl", "Time DDL scripts instead (--sizes, default 1000,4000,16000,64000): time and SQLite steps per table, and their ratio to the first size's (1 when linear)." } });
    parser.process(app);
    QTemporaryDir dir;
    const int iRepeat = qMax(1, parser.value("repeat").toInt());
    if (parser.isSet("ddl"))
    {
-      QString sError;
-      const qint64 iSmall = timeDdl(2000, iRepeat, dir.path(), sError);
-      const qint64 iLarge = ((iSmall < 0) ? -1 : timeDdl(8000, iRepeat, dir.path(), sError));
-      if (iLarge < 0) { std::fprintf(stderr, "DDL: %s\n", qPrintable(sError)); return 1; }
-      std::printf("DDL script, 2,000 tables: %lld ms; 8,000 tables: %lld ms; ratio %.1f\n", (long long) iSmall, (long long) iLarge,
-                  double(iLarge) / double(qMax<qint64>(iSmall, 1)));
+      g_bWithoutSetAside = parser.isSet("without-set-aside");
+      const QStringList lstSizes = (parser.isSet("sizes") ? parser.value("sizes") : QString("1000,4000,16000,64000")).split(',', Qt::SkipEmptyParts);
+      if (benchDdl(lstSizes, iRepeat, dir.path()) != 0) { return 1; }
       const qint64 iSplitSmall = timeSplit(2000, iRepeat);
       const qint64 iSplitLarge = timeSplit(8000, iRepeat);
       std::printf("splitting alone, 2,000 tables: %lld ms; 8,000 tables: %lld ms; ratio %.1f\n", (long long) iSplitSmall, (long long) iSplitLarge,

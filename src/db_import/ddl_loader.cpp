@@ -1,8 +1,11 @@
 #include "db_import/ddl_loader.h"
 
+#include "db_import/ddl_schema_stash.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QSet>
 #include <QSqlDriver>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -23,6 +26,15 @@ struct ddl_loader::guard
    QString sRefused;
    long long iChecks = 0;
    long long iScriptChecks = 0;
+   // The loader's own statements (the schema rows set aside and back): let through, counted apart.
+   bool bInternal = false;
+   long long iInternalChecks = 0;
+   int iStepsPerCheck = k_iStepsPerCheck;
+   // What the statement being prepared creates (stash keys) and whether it needs every row of
+   // the schema table (a virtual table, whose module looks its own tables up).
+   QList<QByteArray> lstCreated;
+   bool bWholeSchema = false;
+   bool bVirtual = false;   // ever
 };
 
 namespace {
@@ -121,11 +133,27 @@ bool isOneOf(const char * s, std::initializer_list<const char *> lst)
    return false;
 }
 
+// What the set-aside of schema rows must know of a statement before it runs.
+void noteSchemaUse(ddl_loader::guard & g, int iAction, const char * z1)
+{
+   switch (iAction)
+   {
+      case SQLITE_CREATE_INDEX: case SQLITE_CREATE_TABLE: case SQLITE_CREATE_VIEW:
+         g.lstCreated.append(ddl_schema_stash::keyOf(false, QByteArray(z1 ? z1 : "")));
+         break;
+      case SQLITE_CREATE_TRIGGER: g.lstCreated.append(ddl_schema_stash::keyOf(true, QByteArray(z1 ? z1 : ""))); break;
+      case SQLITE_CREATE_VTABLE: case SQLITE_DROP_VTABLE: g.bVirtual = true; g.bWholeSchema = true; break;
+      default: break;
+   }
+}
+
 // Everything a script could use to reach past its scratch database is refused here, whatever
 // statement it hides in (a view, a trigger, a default value).
 int authorize(void * pUser, int iAction, const char * z1, const char * z2, const char * zDatabase, const char *)
 {
    auto * pGuard = static_cast<ddl_loader::guard *>(pUser);
+   if (pGuard->bInternal) { return SQLITE_OK; }
+   if (! pGuard->bCatalog) { noteSchemaUse(* pGuard, iAction, z1); }
    auto refuse = [pGuard](const QString & s) { if (pGuard->sRefused.isEmpty()) { pGuard->sRefused = s; } return SQLITE_DENY; };
    switch (iAction)
    {
@@ -162,9 +190,10 @@ int countSteps(void * pUser)
 {
    auto * pGuard = static_cast<ddl_loader::guard *>(pUser);
    if (pGuard->bCatalog) { return 0; }
+   if (pGuard->bInternal) { ++pGuard->iInternalChecks; return 0; }
    ++pGuard->iScriptChecks;
-   return ((((++pGuard->iChecks) * ddl_loader::k_iStepsPerCheck) > ddl_loader::k_iStepLimit) ||
-           ((pGuard->iScriptChecks * ddl_loader::k_iStepsPerCheck) > ddl_loader::k_iScriptStepLimit)) ? 1 : 0;
+   return ((((++pGuard->iChecks) * pGuard->iStepsPerCheck) > ddl_loader::k_iStepLimit) ||
+           ((pGuard->iScriptChecks * pGuard->iStepsPerCheck) > ddl_loader::k_iScriptStepLimit)) ? 1 : 0;
 }
 
 // Where the text from p on has its first character outside blanks and comments.
@@ -225,12 +254,24 @@ ddl_loader::ddl_loader() : m_pGuard(std::make_unique<guard>())
 
 ddl_loader::~ddl_loader()
 {
+   closeConnection();
+}
+
+void ddl_loader::closeConnection()
+{
+   m_pStash.reset();
    if (m_sConnection.isEmpty()) { return; }
    {
       QSqlDatabase db = QSqlDatabase::database(m_sConnection, false);
       if (db.isOpen()) { db.close(); }
    }
    QSqlDatabase::removeDatabase(m_sConnection);
+   m_sConnection.clear();
+}
+
+long long ddl_loader::getSteps() const
+{
+   return ((m_pGuard->iScriptChecks + m_pGuard->iInternalChecks) * m_pGuard->iStepsPerCheck);
 }
 
 QList<ddl_loader::statement> ddl_loader::split(const QString & sScript, split_error * pError)
@@ -336,7 +377,8 @@ bool ddl_loader::runStatement(sqlite3 * pDb, const statement & s, const QString 
       m_pGuard->iChecks = 0;
       sqlite3_stmt * pStatement = nullptr;
       const char * pTail = nullptr;
-      int rc = sqlite3_prepare_v2(pDb, p, int(pEnd - p), & pStatement, & pTail);
+      int rc = prepare(pDb, p, pEnd, & pStatement, & pTail);
+      if (m_bRestart) { sqlite3_finalize(pStatement); return false; }
       if ((rc == SQLITE_OK) && pStatement)
       {
          while ((rc = sqlite3_step(pStatement)) == SQLITE_ROW) { ; }
@@ -352,7 +394,7 @@ bool ddl_loader::runStatement(sqlite3 * pDb, const statement & s, const QString 
       }
       if (rc == SQLITE_INTERRUPT)
       {
-         const bool bScript = ((m_pGuard->iScriptChecks * k_iStepsPerCheck) > k_iScriptStepLimit);
+         const bool bScript = ((m_pGuard->iScriptChecks * m_pGuard->iStepsPerCheck) > k_iScriptStepLimit);
          sError = place(iAt) + "statement stopped: " + sShown +
                   (bScript ? QString(" (the script ran %1 SQLite steps in all, the most a DDL script may take)").arg(k_iScriptStepLimit)
                            : QString(" (it ran %1 SQLite steps, the most one statement of a DDL script may take)").arg(k_iStepLimit));
@@ -372,12 +414,79 @@ bool ddl_loader::runStatement(sqlite3 * pDb, const statement & s, const QString 
    return true;
 }
 
+// With rows set aside, the objects a statement names come back before it runs: a table it
+// reads or writes, one it creates again, one it drops. A virtual table's statement gets every
+// row back.
+int ddl_loader::prepare(sqlite3 * pDb, const char * p, const char * pEnd, sqlite3_stmt ** ppStatement, const char ** ppTail)
+{
+   QSet<QByteArray> setNeeded;
+   if (m_pStash && ! m_pStash->isEmpty())
+   {
+      const QByteArray sKey = ddl_schema_stash::dropIfExistsKey(p, pEnd);
+      const QByteArray sGroup = m_pStash->groupOf(sKey);
+      if (! sGroup.isEmpty()) { setNeeded.insert(sGroup); }
+      const bool bBack = ((sKey == "*") ? m_pStash->bringBackAll() : (setNeeded.isEmpty() || m_pStash->bringBack(setNeeded)));
+      if (! bBack) { m_bRestart = true; return SQLITE_ERROR; }
+   }
+   // Each round brings back a table more, or all: the rounds end.
+   for (;;)
+   {
+      m_pGuard->lstCreated.clear();
+      m_pGuard->bWholeSchema = false;
+      const int rc = sqlite3_prepare_v2(pDb, p, int(pEnd - p), ppStatement, ppTail);
+      if (! m_pStash || m_pStash->isEmpty() || ! m_pGuard->sRefused.isEmpty()) { return rc; }
+      const qsizetype iBefore = setNeeded.size();
+      const QList<QByteArray> lstKeys = ((rc == SQLITE_OK) ? m_pGuard->lstCreated : ddl_schema_stash::missingKeys(QString::fromUtf8(sqlite3_errmsg(pDb))));
+      for (const QByteArray & sKey : lstKeys)
+      {
+         const QByteArray sGroup = m_pStash->groupOf(sKey);
+         if (! sGroup.isEmpty()) { setNeeded.insert(sGroup); }
+      }
+      if (! m_pGuard->bWholeSchema && (setNeeded.size() == iBefore)) { return rc; }
+      sqlite3_finalize(* ppStatement);
+      * ppStatement = nullptr;
+      if (! (m_pGuard->bWholeSchema ? m_pStash->bringBackAll() : m_pStash->bringBack(setNeeded))) { m_bRestart = true; return SQLITE_ERROR; }
+   }
+}
+
+// After a statement: rows set aside when SQLite holds many objects; none any more once a
+// virtual table is made (its module finds its own tables by name). False when SQLite refused
+// the stash's own statements.
+bool ddl_loader::afterStatement()
+{
+   if (! m_pStash) { return true; }
+   if (m_pGuard->bVirtual)
+   {
+      const bool bOk = m_pStash->bringBackAll();
+      m_pStash.reset();
+      return bOk;
+   }
+   m_pStash->addVisible(m_pGuard->lstCreated.size());
+   m_pGuard->lstCreated.clear();
+   return ((m_pStash->visible() < k_iSetAsideObjects) || m_pStash->setAside());
+}
+
 bool ddl_loader::loadText(const QString & sScript, const QString & sName, bool bStrict, QString & sError)
 {
    split_error error;
    const QList<statement> lstStatements = split(sScript, & error);
    if (! error.sWhat.isEmpty()) { sError = QString("%1:%2:%3: %4").arg(sName).arg(error.iLine).arg(error.iColumn).arg(error.sWhat); return false; }
+   // A rollback (a statement, a conflict clause, RAISE) puts back schema rows SQLite had
+   // while the stash holds them too, and a script that reads the schema table would see it
+   // part empty: such scripts run without setting rows aside.
+   static const QRegularExpression reAside("rollback|sqlite_(temp_)?(master|schema)", QRegularExpression::CaseInsensitiveOption);
+   m_bRestart = false;
+   const bool bOk = run(lstStatements, sName, bStrict, ! reAside.match(sScript).hasMatch(), sError);
+   if (! m_bRestart) { return bOk; }
+   m_lstWarnings.clear();
+   sError.clear();
+   m_bRestart = false;
+   return run(lstStatements, sName, bStrict, false, sError);
+}
 
+bool ddl_loader::run(const QList<statement> & lstStatements, const QString & sName, bool bStrict, bool bSetAside, QString & sError)
+{
+   closeConnection();
    m_sConnection = "tavrel_ddl_" + QUuid::createUuid().toString(QUuid::Id128);
    QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", m_sConnection);
    db.setDatabaseName(":memory:");
@@ -389,10 +498,11 @@ bool ddl_loader::loadText(const QString & sScript, const QString & sName, bool b
    sqlite3_db_config(pDb, SQLITE_DBCONFIG_ENABLE_LOAD_EXTENSION, 0, nullptr);
    sqlite3_db_config(pDb, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
    sqlite3_db_config(pDb, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
-   m_pGuard->bCatalog = false;
-   m_pGuard->iScriptChecks = 0;
+   * m_pGuard = guard();
+   m_pGuard->iStepsPerCheck = m_iStepsPerCheck;
    sqlite3_set_authorizer(pDb, & authorize, m_pGuard.get());
-   sqlite3_progress_handler(pDb, k_iStepsPerCheck, & countSteps, m_pGuard.get());
+   sqlite3_progress_handler(pDb, m_iStepsPerCheck, & countSteps, m_pGuard.get());
+   if (bSetAside) { m_pStash = std::make_unique<ddl_schema_stash>(pDb, & m_pGuard->bInternal); }
 
    qsizetype iRun = 0;
    qsizetype iDone = 0;
@@ -400,8 +510,14 @@ bool ddl_loader::loadText(const QString & sScript, const QString & sName, bool b
    {
       if (m_fnProgress && (iDone > 0) && ((iDone % k_iProgressStatements) == 0)) { m_fnProgress(iDone, lstStatements.size()); }
       ++iDone;
-      if (! isForeignKeysPragma(s.sText) && ! runStatement(pDb, s, sName, bStrict, iRun, sError)) { return false; }
+      if (isForeignKeysPragma(s.sText)) { continue; }
+      if (! runStatement(pDb, s, sName, bStrict, iRun, sError)) { return false; }
+      if (! afterStatement()) { m_bRestart = true; return false; }
    }
+   // SQLite reads every row back at once, which takes a while for many: say the script ran.
+   if (m_fnProgress && m_pStash && ((m_pStash->held() + m_pStash->visible()) >= k_iProgressStatements)) { m_fnProgress(lstStatements.size(), lstStatements.size()); }
+   if (m_pStash && ! m_pStash->bringBackAll()) { m_bRestart = true; return false; }
+   m_pStash.reset();
    // The catalog reader's pragmas are let through; the script's limit no longer applies.
    m_pGuard->bCatalog = true;
    if (iRun == 0) { sError = "DDL file '" + sName + "' has no statement SQLite could run"; return false; }

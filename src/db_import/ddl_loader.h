@@ -8,8 +8,11 @@
 #include <memory>
 
 struct sqlite3;
+struct sqlite3_stmt;
 
 namespace db_import {
+
+class ddl_schema_stash;
 
 // A schema kept as a SQL script: its statements run one by one on an in-memory SQLite database,
 // which is then read like any other. A statement SQLite cannot run is reported with its line and
@@ -58,6 +61,15 @@ public:
    // Called every k_iProgressStatements statements with the count run so far.
    void setProgress(const std::function<void(qsizetype, qsizetype)> & fn) { m_fnProgress = fn; }
    static constexpr qsizetype k_iProgressStatements = 20'000;
+   // How many objects SQLite holds in memory before their schema rows are set aside (see
+   // ddl_schema_stash): each CREATE costs SQLite time in proportion to them.
+   static constexpr qsizetype k_iSetAsideObjects = 64;
+
+   // SQLite steps are counted every n steps (k_iStepsPerCheck unless set, before a load).
+   void setStepsPerCheck(int n) { m_iStepsPerCheck = qMax(1, n); }
+   // The SQLite steps the last load took, the script's and the loader's own, to the count's
+   // precision.
+   long long getSteps() const;
 
    // The statements of a script: split at ";" outside quotes, comments and trigger bodies. An
    // unclosed comment, quoted name or literal ends the list and is described in pError.
@@ -66,11 +78,19 @@ public:
    struct guard;
 
 private:
+   bool run(const QList<statement> & lstStatements, const QString & sName, bool bStrict, bool bSetAside, QString & sError);
    bool runStatement(sqlite3 * pDb, const statement & s, const QString & sName, bool bStrict, qsizetype & iRun, QString & sError);
+   int prepare(sqlite3 * pDb, const char * p, const char * pEnd, sqlite3_stmt ** ppStatement, const char ** ppTail);
+   bool afterStatement();
+   void closeConnection();
 
    QString m_sConnection;
    QStringList m_lstWarnings;
    std::unique_ptr<guard> m_pGuard;
+   std::unique_ptr<ddl_schema_stash> m_pStash;
+   // SQLite refused the stash's own statements: the script runs again without setting rows aside.
+   bool m_bRestart = false;
+   int m_iStepsPerCheck = k_iStepsPerCheck;
    std::function<void(qsizetype, qsizetype)> m_fnProgress;
 };
 
