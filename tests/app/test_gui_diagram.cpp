@@ -259,31 +259,31 @@ TEST_F(GuiDiagramLarge, TheWindowKeepsTurningWhileALayoutRunsAndShowsTheFormerPi
       iLayingOutWithFormerPicture += ((m_pView->getBoxKeys().size() == lstBefore.size()) ? 1 : 0);
    });
    timer.start();
-   // An edit: the diagram is laid out again a moment later.
+   // An edit (a leaf: nothing refers to it): the diagram is laid out again a moment later.
    const int iLayouts = m_pView->getLayoutCount();
-   ASSERT_TRUE(m_pWnd->selectItem("wide::Node10"));
+   ASSERT_TRUE(m_pWnd->selectItem("wide::Node200"));
    m_pWnd->deleteEntity(m_pWnd->getSelectedEntity());
    ASSERT_TRUE(waitForLayout(iLayouts));
    timer.stop();
    EXPECT_GT(iTicksWhileLayingOut, 0);
    EXPECT_EQ(iLayingOutWithFormerPicture, iTicksWhileLayingOut);
    EXPECT_EQ(m_pView->getBoxKeys().size(), lstBefore.size() - 1);
-   EXPECT_FALSE(m_pView->getBoxKeys().contains("wide::Node10"));
+   EXPECT_FALSE(m_pView->getBoxKeys().contains("wide::Node200"));
 }
 
 TEST_F(GuiDiagramLarge, AnEditDuringALayoutIsDrawnOnceThatLayoutEnds)
 {
    openWide(250);
    const int iBoxes = int(m_pView->getBoxKeys().size());
-   ASSERT_TRUE(m_pWnd->selectItem("wide::Node10"));
+   ASSERT_TRUE(m_pWnd->selectItem("wide::Node200"));
    m_pWnd->deleteEntity(m_pWnd->getSelectedEntity());
    ASSERT_TRUE(QTest::qWaitFor([&] { return m_pView->isLayingOut(); }, 10000));
    // The second edit comes while the first one's layout runs, and asks for its own at once.
-   ASSERT_TRUE(m_pWnd->selectItem("wide::Node11"));
+   ASSERT_TRUE(m_pWnd->selectItem("wide::Node201"));
    m_pWnd->deleteEntity(m_pWnd->getSelectedEntity());
    ASSERT_TRUE(m_pView->isLayingOut());
    m_pView->rebuild();
    ASSERT_TRUE(QTest::qWaitFor([&] { return (m_pView->getBoxKeys().size() == iBoxes - 2); }, 30000));
-   EXPECT_FALSE(m_pView->getBoxKeys().contains("wide::Node10"));
-   EXPECT_FALSE(m_pView->getBoxKeys().contains("wide::Node11"));
+   EXPECT_FALSE(m_pView->getBoxKeys().contains("wide::Node200"));
+   EXPECT_FALSE(m_pView->getBoxKeys().contains("wide::Node201"));
 }

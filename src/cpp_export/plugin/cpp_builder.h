@@ -142,6 +142,7 @@ private:
       bool bExists = false;
       bool bSame = false;
       bool bKept = false;    // a user's file that exists: reported as kept, never written
+      bool bWritten = false; // written by the worker (a stopped export writes no more)
    };
    // What exporting one item did on whichever thread: handed on to the host in model order.
    struct item_outcome

@@ -37,6 +37,7 @@ struct cpp_builder::item_context
    QString sAbsDir;       // absolute, with a final '/'
    std::unique_ptr<tools::export_folders> pFolders;
    int iInclude = -1, iSrc = -1, iCustomInclude = -1, iCustomSrc = -1;
+   const export_files * pFiles = nullptr;   // its stop is seen before each write
 };
 
 namespace {
@@ -88,8 +89,9 @@ bool cpp_builder::putNew(int iFolder, const QString & sName, file_report && r, c
    const bool bWrite = (! r.bSame && ! ctx.bDryRun);
    const bool bExists = r.bExists;
    res.reports.push_back(std::move(r));
-   if (! bWrite) { return true; }
-   const file_report & f = res.reports.back();
+   // A cancelled export leaves each file it has not reached as it was.
+   if (! bWrite || (ctx.pFiles && ctx.pFiles->isStopped())) { return true; }
+   file_report & f = res.reports.back();
    if (! bExists)
    {
       // The same bytes as the host's text stream gives (UTF-8, no byte-order mark), in one write.
@@ -97,14 +99,15 @@ bool cpp_builder::putNew(int iFolder, const QString & sName, file_report && r, c
       const QByteArray data = encoder.encode(f.newText);
       int iError = 0;
       const tools::export_folders::outcome e = tools::export_folders::create(iFolder, sName, data, iError);
-      if (e == tools::export_folders::outcome::done) { return true; }
+      if (e == tools::export_folders::outcome::done) { f.bWritten = true; return true; }
       if (e == tools::export_folders::outcome::failed)
       {
          res.sReason = QString::fromLocal8Bit(std::strerror(iError)) + " : " + QDir::toNativeSeparators(f.path);
          return false;
       }
    }
-   return writeFile(f.path, f.newText, & res.sReason);
+   f.bWritten = writeFile(f.path, f.newText, & res.sReason);
+   return f.bWritten;
 }
 
 template <typename Item>
@@ -175,6 +178,7 @@ zy::ZyBool cpp_builder::replayItem(item_outcome & res, const item_context & ctx)
    {
       if (! pFiles) { continue; }
       if (r.bKept) { pFiles->reportKept(r.path); }
+      else if (r.bWritten) { pFiles->reportWritten(r.path, r.bExists, r.oldText, r.newText); }
       else { pFiles->report(r.path, r.bExists, r.oldText, r.newText, r.bSame); }
    }
    if (! res.result)
@@ -194,6 +198,7 @@ bool cpp_builder::prepareItems(item_context & ctx, const QString & sExportDir)
    ctx.enumSource = enumerationParser(false);
    ctx.bCustomFiles = (! m_pCppExport || m_pCppExport->getGenerateCustomFiles());
    ctx.bDryRun = isDryRun();
+   ctx.pFiles = (m_pCppExport ? m_pCppExport->getExportFiles() : nullptr);
    ctx.sExportDir = sExportDir;
    ctx.sAbsDir = QDir(sExportDir).absolutePath();
    if (! ctx.sAbsDir.endsWith('/')) { ctx.sAbsDir += '/'; }

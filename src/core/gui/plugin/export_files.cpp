@@ -40,6 +40,16 @@ QString export_files::relativePath(const QString & path) const
 bool export_files::report(const QString & path, bool bExists, const QString & oldText, const QString & newText, bool bSame)
 {
    if (m_bStopped) { return false; }
+   return append(path, bExists, oldText, newText, bSame);
+}
+
+void export_files::reportWritten(const QString & path, bool bExists, const QString & oldText, const QString & newText)
+{
+   append(path, bExists, oldText, newText, false);
+}
+
+bool export_files::append(const QString & path, bool bExists, const QString & oldText, const QString & newText, bool bSame)
+{
    file f;
    f.path = cleanPathOf(path);
    f.status = bSame ? status_unchanged : (bExists ? status_changed : status_created);

@@ -9,6 +9,7 @@
 #include "tavrelgui_export.h"
 #include "zy/ZyBool.h"
 
+#include <atomic>
 #include <functional>
 
 namespace plugin {
@@ -39,7 +40,8 @@ public:
 private:
    bool m_bDryRun = false;
    bool m_bKeepTexts = false;
-   bool m_bStopped = false;
+   // Set by the window's thread, read by the plug-in's writers on any thread.
+   std::atomic<bool> m_bStopped { false };
    QString m_sRoot;
    QString m_sRootPrefix;   // the clean root and '/'
    QString m_sIgnoredLine;
@@ -50,6 +52,8 @@ private:
    recorded_files m_hashPrevious;
    zy::ZyBool m_previousRead = zy::ZyBool(false, "no record was read");
 
+   bool append(const QString & path, bool bExists, const QString & oldText, const QString & newText, bool bSame);
+
 public:
    void setDryRun(bool b) { m_bDryRun = b; }
    bool isDryRun() const { return m_bDryRun; }
@@ -59,6 +63,9 @@ public:
    // each file is either as it was or as this export wrote it, and files() holds those handled.
    void stop() { m_bStopped = true; }
    bool isStopped() const { return m_bStopped; }
+   // A file the plug-in wrote before it saw the stop: listed whatever the state, so the record
+   // says what is on disk.
+   void reportWritten(const QString & path, bool bExists, const QString & oldText, const QString & newText);
 
    // Called by the plug-in when it starts writing into root. ignoredLine is a regular expression
    // of the lines its rewrite rule does not count as a change (a dated banner), or empty.
