@@ -31,16 +31,6 @@ protected:
          EXPECT_GE(messagesWith(e.getMessage()), 1) << e.getMessage().toStdString();
       }
    }
-
-   void editDescription(const QString & sKey, const QString & sText)
-   {
-      ASSERT_TRUE(m_pWnd->selectItem(sKey));
-      QLineEdit * pDescription = m_pWnd->findChild<QLineEdit *>("m_txtDescription");
-      pDescription->setFocus();
-      pDescription->selectAll();
-      QTest::keyClicks(pDescription, sText);
-      QTest::keyClick(pDescription, Qt::Key_Return);
-   }
 };
 
 } // namespace

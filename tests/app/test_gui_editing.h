@@ -39,6 +39,17 @@ protected:
       if (! sKey.isEmpty()) { ASSERT_TRUE(m_pWnd->selectItem(sKey)); }
    }
 
+   // Types a description into the selected item's field and applies it with Return.
+   void editDescription(const QString & sKey, const QString & sText)
+   {
+      ASSERT_TRUE(m_pWnd->selectItem(sKey));
+      QLineEdit * pDescription = m_pWnd->findChild<QLineEdit *>("m_txtDescription");
+      pDescription->setFocus();
+      pDescription->selectAll();
+      QTest::keyClicks(pDescription, sText);
+      QTest::keyClick(pDescription, Qt::Key_Return);
+   }
+
    // fn gets the editor that opens next (looked for every 10 ms, for at most 10 s).
    template <typename T>
    static void onNextDialog(const std::function<void(T *)> & fn)

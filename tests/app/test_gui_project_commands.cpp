@@ -69,16 +69,6 @@ protected:
       if (! r.out.contains(sText)) { return testing::AssertionFailure() << "no '" << sText.toStdString() << "' in the dump"; }
       return testing::AssertionSuccess();
    }
-
-   void editDescription(const QString & sKey, const QString & sText)
-   {
-      ASSERT_TRUE(m_pWnd->selectItem(sKey));
-      QLineEdit * pDescription = m_pWnd->findChild<QLineEdit *>("m_txtDescription");
-      pDescription->setFocus();
-      pDescription->selectAll();
-      QTest::keyClicks(pDescription, sText);
-      QTest::keyClick(pDescription, Qt::Key_Return);
-   }
 };
 
 } // namespace
