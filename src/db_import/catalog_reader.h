@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QSqlDatabase>
+#include <QSet>
 #include <QSqlQuery>
 #include <QString>
 #include <QStringList>
@@ -31,15 +32,25 @@ public:
    // "'a', 'b'": each text quoted (quotes doubled), for the schema lists built into the statements.
    static QString quotedList(const QStringList & lst);
 
+   // SQLite, only the tables and views named in setOnly, into an empty piece: a large scratch
+   // database is read a piece at a time (tables brought back only for a view's sake are not
+   // read twice). Why a view could not be read also goes to lstViewReasons ("no such table:
+   // main.x"), so that the caller can bring the table back and read the piece again.
+   static bool readSqlitePiece(const QSqlDatabase & database, const import_options & options, const QSet<QString> & setOnly,
+                               db_catalog & piece, QStringList & lstViewReasons, QString & sError);
+   // Name order and the index, once every piece is read.
+   static void sortTables(db_catalog & catalog);
+
 private:
-   static bool readSqlite(const QSqlDatabase & database, const import_options & options, db_catalog & catalog, QString & sError);
+   static bool readSqlite(const QSqlDatabase & database, const import_options & options, db_catalog & catalog, QString & sError,
+                          const QSet<QString> * pOnly = nullptr, QStringList * pViewReasons = nullptr);
+   static bool readSqliteKeys(const QSqlDatabase & database, db_catalog & catalog, QString & sError);
    static bool readPostgresql(const QSqlDatabase & database, const QStringList & lstSchemas, db_catalog & catalog, QString & sError);
    static bool readPostgresqlKeys(QSqlQuery & query, const QString & sSchemas, db_catalog & catalog, QString & sError);
    static bool readMariadb(const QSqlDatabase & database, const QStringList & lstSchemas, const import_options & options, db_catalog & catalog, QString & sError);
    // Views the server lists but cannot read (a table they name is gone): warnings, errors when strict.
    static bool reportBrokenViews(QSqlQuery & query, const QString & sSchemas, const import_options & options, db_catalog & catalog, QString & sError);
    static bool readMariadbKeys(QSqlQuery & query, const QString & sSchemas, db_catalog & catalog, QString & sError);
-   static void sortTables(db_catalog & catalog);
 };
 
 } // namespace db_import

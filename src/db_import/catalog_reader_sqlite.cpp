@@ -39,7 +39,14 @@ QStringList shadowSuffixes(const QString & sModule)
 
 } // namespace
 
-bool catalog_reader::readSqlite(const QSqlDatabase & database, const import_options & options, db_catalog & catalog, QString & sError)
+bool catalog_reader::readSqlitePiece(const QSqlDatabase & database, const import_options & options, const QSet<QString> & setOnly,
+                                     db_catalog & piece, QStringList & lstViewReasons, QString & sError)
+{
+   return readSqlite(database, options, piece, sError, & setOnly, & lstViewReasons);
+}
+
+bool catalog_reader::readSqlite(const QSqlDatabase & database, const import_options & options, db_catalog & catalog, QString & sError,
+                                const QSet<QString> * pOnly, QStringList * pViewReasons)
 {
    static const QRegularExpression reVirtual("^\\s*create\\s+virtual\\s+table\\b.*?\\busing\\s+(\\w+)",
                                              QRegularExpression::CaseInsensitiveOption | QRegularExpression::DotMatchesEverythingOption);
@@ -65,13 +72,14 @@ bool catalog_reader::readSqlite(const QSqlDatabase & database, const import_opti
    for (const auto & object : lstObjects)
    {
       const QString & sTable = object.first;
-      if (setShadow.contains(sTable)) { continue; }
+      if (setShadow.contains(sTable) || (pOnly && ! pOnly->contains(sTable))) { continue; }
       if (! options.accepts(sTable)) { ++catalog.iFiltered; continue; }
       qColumns.bindValue(0, sTable);
       if (! qColumns.exec())
       {
          const QString sReason = qColumns.lastError().databaseText().trimmed();
          const QString sWhat = QString("%1 %2 cannot be read: %3").arg(object.second ? "view" : "table", sTable, sReason);
+         if (pViewReasons && object.second) { pViewReasons->append(sReason); }
          if (! object.second || options.bStrict) { sError = sWhat; return false; }
          catalog.lstWarnings.append(sWhat + ", left out");
          continue;
@@ -96,7 +104,13 @@ bool catalog_reader::readSqlite(const QSqlDatabase & database, const import_opti
       }
    }
 
-   // Keys and indexes of the tables read above only.
+   return readSqliteKeys(database, catalog, sError);
+}
+
+// Keys and indexes of the tables read into catalog only.
+bool catalog_reader::readSqliteKeys(const QSqlDatabase & database, db_catalog & catalog, QString & sError)
+{
+   QSqlQuery q(database);
    auto tableOf = [&catalog](const QString & sTable) -> db_table *
    {
       auto it = catalog.hashIndex.constFind(db_catalog::keyOf("main", sTable));

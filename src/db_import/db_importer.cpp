@@ -27,8 +27,15 @@ bool db_importer::readSource(const QString & sSource, const QString & sDdlFile, 
    {
       ddl_loader loader;
       loader.setProgress([this](qsizetype iDone, qsizetype iAll) { progress(QString("ran %1 of %2 statements").arg(iDone).arg(iAll)); });
-      const bool bOk = (loader.load(sDdlFile, m_options.bStrict, sError) &&
-                        catalog_reader::read(loader.database(), dialect_sqlite, QStringList(), QString(), catalog, sError, m_options));
+      loader.setReadInPieces(true);
+      qsizetype iShown = 0;
+      auto fnPiece = [this, &iShown](qsizetype iDone, qsizetype iAll)
+      {
+         if ((iDone - iShown) < k_iProgressTables * 4) { return; }
+         iShown = iDone;
+         progress(QString("read %1 of %2 tables and views").arg(iDone).arg(iAll));
+      };
+      const bool bOk = (loader.load(sDdlFile, m_options.bStrict, sError) && loader.readCatalog(m_options, catalog, sError, fnPiece));
       m_lstWarnings.append(loader.getWarnings());
       m_lstWarnings.append(catalog.lstWarnings);
       return bOk;

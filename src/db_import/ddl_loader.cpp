@@ -516,8 +516,11 @@ bool ddl_loader::run(const QList<statement> & lstStatements, const QString & sNa
    }
    // SQLite reads every row back at once, which takes a while for many: say the script ran.
    if (m_fnProgress && m_pStash && ((m_pStash->held() + m_pStash->visible()) >= k_iProgressStatements)) { m_fnProgress(lstStatements.size(), lstStatements.size()); }
-   if (m_pStash && ! m_pStash->bringBackAll()) { m_bRestart = true; return false; }
-   m_pStash.reset();
+   if (m_pStash && ! m_bReadInPieces)
+   {
+      if (! m_pStash->bringBackAll()) { m_bRestart = true; return false; }
+      m_pStash.reset();
+   }
    // The catalog reader's pragmas are let through; the script's limit no longer applies.
    m_pGuard->bCatalog = true;
    if (iRun == 0) { sError = "DDL file '" + sName + "' has no statement SQLite could run"; return false; }

@@ -4,6 +4,9 @@
 #include <QString>
 #include <QStringList>
 
+#include "db_import/db_catalog.h"
+#include "db_import/import_options.h"
+
 #include <functional>
 #include <memory>
 
@@ -13,6 +16,7 @@ struct sqlite3_stmt;
 namespace db_import {
 
 class ddl_schema_stash;
+struct ddl_schema_stash_object;
 
 // A schema kept as a SQL script: its statements run one by one on an in-memory SQLite database,
 // which is then read like any other. A statement SQLite cannot run is reported with its line and
@@ -55,7 +59,20 @@ public:
    bool load(const QString & sFile, bool bStrict, QString & sError);
    // The script itself; sName is the file name the messages give.
    bool loadText(const QString & sScript, const QString & sName, bool bStrict, QString & sError);
+   // Every object the script made, unless the rows are kept set aside (setReadInPieces).
    QSqlDatabase database() const;
+
+   // Keeps the schema rows set aside after the script, for readCatalog to read a piece at a
+   // time: a schema of many tables is then never whole in SQLite's memory, where every name
+   // look-up walks a list as long as the schema.
+   void setReadInPieces(bool b) { m_bReadInPieces = b; }
+   // The catalog of what the script made (as catalog_reader reads it), in pieces when the rows
+   // are set aside. fnPiece, when given, is called after each piece with the tables and views
+   // read so far and their number.
+   bool readCatalog(const import_options & options, db_catalog & catalog, QString & sError,
+                    const std::function<void(qsizetype, qsizetype)> & fnPiece = {});
+   // Tables and views per piece, besides those a view of the piece needs.
+   static constexpr qsizetype k_iPieceObjects = 64;
    // "schema.sql:12:5: statement skipped: reason", one per skipped statement.
    QStringList getWarnings() const { return m_lstWarnings; }
    // Called every k_iProgressStatements statements with the count run so far.
@@ -82,6 +99,7 @@ private:
    bool runStatement(sqlite3 * pDb, const statement & s, const QString & sName, bool bStrict, qsizetype & iRun, QString & sError);
    int prepare(sqlite3 * pDb, const char * p, const char * pEnd, sqlite3_stmt ** ppStatement, const char ** ppTail);
    bool afterStatement();
+   bool readPiece(const QList<ddl_schema_stash_object> & lstPiece, const import_options & options, db_catalog & catalog, QString & sError);
    void closeConnection();
 
    QString m_sConnection;
@@ -90,6 +108,7 @@ private:
    std::unique_ptr<ddl_schema_stash> m_pStash;
    // SQLite refused the stash's own statements: the script runs again without setting rows aside.
    bool m_bRestart = false;
+   bool m_bReadInPieces = false;
    int m_iStepsPerCheck = k_iStepsPerCheck;
    std::function<void(qsizetype, qsizetype)> m_fnProgress;
 };

@@ -5,6 +5,7 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <cctype>
 
 namespace db_import {
 
@@ -158,6 +159,73 @@ bool ddl_schema_stash::bringBackAll()
    m_hashNames.clear();
    m_iVisible = lstRows.size();
    return bOk;
+}
+
+QList<ddl_schema_stash::object> ddl_schema_stash::objects() const
+{
+   QList<const row *> lstRows;
+   for (const row & r : m_lstRows)
+   {
+      if (! r.bBack && ((r.sType == "table") || (r.sType == "view"))) { lstRows.append(& r); }
+   }
+   std::sort(lstRows.begin(), lstRows.end(), [](const row * a, const row * b) { return (a->sName < b->sName); });
+   QList<object> lst;
+   lst.reserve(lstRows.size());
+   for (const row * r : lstRows) { lst.append(object { QString::fromUtf8(r->sName), r->sTable.toLower(), (r->sType == "view") }); }
+   return lst;
+}
+
+QSet<QByteArray> ddl_schema_stash::withNamed(const QSet<QByteArray> & setGroups) const
+{
+   QSet<QByteArray> setAll = setGroups;
+   QList<QByteArray> lstToScan(setGroups.cbegin(), setGroups.cend());
+   // Each group is scanned once: the work is bounded by the text of the views.
+   while (! lstToScan.isEmpty())
+   {
+      const QByteArray sGroup = lstToScan.takeLast();
+      for (const qsizetype i : m_hashGroups.value(sGroup))
+      {
+         const row & r = m_lstRows.at(i);
+         if (r.bBack || (r.sType != "view")) { continue; }
+         for (const QByteArray & sWord : namesIn(r.sSql))
+         {
+            const QByteArray sNamed = m_hashNames.value(keyOf(false, sWord));
+            if (! sNamed.isEmpty() && ! setAll.contains(sNamed)) { setAll.insert(sNamed); lstToScan.append(sNamed); }
+         }
+      }
+   }
+   return setAll;
+}
+
+QList<QByteArray> ddl_schema_stash::namesIn(const QByteArray & sSql)
+{
+   QList<QByteArray> lst;
+   const char * p = sSql.constData();
+   const char * const pEnd = p + sSql.size();
+   auto isWord = [](char c) { return ((static_cast<unsigned char>(c) >= 0x80) || std::isalnum(static_cast<unsigned char>(c)) || (c == '_') || (c == '$')); };
+   while (p < pEnd)
+   {
+      const char c = * p;
+      if ((c == '"') || (c == '`') || (c == '[') || (c == '\''))
+      {
+         const char cEnd = ((c == '[') ? ']' : c);
+         QByteArray sName;
+         for (++p; p < pEnd; ++p)
+         {
+            if (* p != cEnd) { sName += * p; continue; }
+            if ((cEnd != ']') && ((p + 1) < pEnd) && (p[1] == cEnd)) { sName += cEnd; ++p; continue; }
+            ++p;
+            break;
+         }
+         if (c != '\'') { lst.append(sName); }
+         continue;
+      }
+      if (! isWord(c)) { ++p; continue; }
+      const char * const pStart = p;
+      while ((p < pEnd) && isWord(* p)) { ++p; }
+      lst.append(QByteArray(pStart, int(p - pStart)));
+   }
+   return lst;
 }
 
 QList<QByteArray> ddl_schema_stash::missingKeys(const QString & sMessage)

@@ -10,6 +10,14 @@ struct sqlite3;
 
 namespace db_import {
 
+// A table or view set aside, with its group (the lower-case name bringBack takes).
+struct ddl_schema_stash_object
+{
+   QString sName;
+   QByteArray sGroup;
+   bool bView = false;
+};
+
 // The schema rows of a DDL script's scratch database, set aside while the script runs.
 //
 // After every CREATE, SQLite reads the new object's rows back with a scan of the whole schema
@@ -40,6 +48,13 @@ public:
    // The tables (lower-case names) whose rows are set aside back, alone in SQLite's memory.
    bool bringBack(const QSet<QByteArray> & setGroups);
    bool bringBackAll();
+   // The tables and views set aside, in the order SQLite sorts their names (bytes).
+   using object = ddl_schema_stash_object;
+   QList<object> objects() const;
+   // The groups and those of every table or view a view among them names, and so on: what
+   // SQLite needs in memory to read those views. A word that only looks like a table name
+   // brings that table back too, which costs nothing but time.
+   QSet<QByteArray> withNamed(const QSet<QByteArray> & setGroups) const;
    // The table whose rows hold the object of that key, empty when it is not set aside.
    QByteArray groupOf(const QByteArray & sKey) const { return m_hashNames.value(sKey); }
 
@@ -49,6 +64,8 @@ public:
    // The object "DROP ... IF EXISTS name" names; empty when it names none, "*" when the name
    // cannot be read (then every row must come back).
    static QByteArray dropIfExistsKey(const char * p, const char * pEnd);
+   // The names and words of an SQL text, quotes taken off, literals left out.
+   static QList<QByteArray> namesIn(const QByteArray & sSql);
 
 private:
    struct row
