@@ -3,8 +3,6 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
-
-#include <ctime>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QSqlError>
@@ -15,6 +13,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <ctime>
 #include <functional>
 #include <random>
 
