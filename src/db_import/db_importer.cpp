@@ -31,7 +31,7 @@ bool db_importer::readSource(const QString & sSource, const QString & sDdlFile, 
       qsizetype iShown = 0;
       auto fnPiece = [this, &iShown](qsizetype iDone, qsizetype iAll)
       {
-         if ((iDone - iShown) < k_iProgressTables * 4) { return; }
+         if ((iDone - iShown) < ddl_loader::k_iProgressStatements) { return; }
          iShown = iDone;
          progress(QString("read %1 of %2 tables and views").arg(iDone).arg(iAll));
       };
