@@ -39,6 +39,18 @@ const type_table & sqliteTypes()
    return s_table;
 }
 
+// A type SQLite's table above does not list is read as SQLite itself reads it, by the words in
+// its name (the column's affinity): "BIGINT UNSIGNED" and "INT8 SIGNED" hold integers,
+// "NVARCHAR2" text, "FLOAT8" doubles. Other names (NUMERIC affinity) stay unknown.
+bool sqliteAffinity(const QString & sType, enum_kind & eKind)
+{
+   if (sType.contains("int")) { eKind = (sType.contains("big") ? kind_longlong : kind_long); return true; }
+   if (sType.contains("char") || sType.contains("clob") || sType.contains("text")) { eKind = kind_text; return true; }
+   if (sType.contains("blob")) { eKind = kind_bytes; return true; }
+   if (sType.contains("real") || sType.contains("floa") || sType.contains("doub")) { eKind = kind_double; return true; }
+   return false;
+}
+
 const type_table & postgresqlTypes()
 {
    static const type_table s_table {
@@ -243,6 +255,7 @@ type_mapping::result type_mapping::map(enum_dialect eDialect, const db_column & 
    auto it = table.constFind(sType);
    bool bKnown = (it != table.constEnd());
    enum_kind eKind = (bKnown ? it.value() : kind_text);
+   if (! bKnown && (eDialect == dialect_sqlite)) { bKnown = sqliteAffinity(sType, eKind); }
    if (eDialect == dialect_mariadb)
    {
       const QString sBase = sType.section(' ', 0, 0);

@@ -2,6 +2,7 @@
 
 #include <QTemporaryDir>
 
+#include "db_import/catalog_reader.h"
 #include "db_import/ddl_loader.h"
 #include "db_import/name_rules.h"
 #include "db_import/type_mapping.h"
@@ -74,6 +75,31 @@ TEST(ImportTypes, DefaultsKeptOnlyAsLiteralsOfTheType)
    EXPECT_TRUE(type_mapping::defaultValue("CURRENT_TIMESTAMP", "QDateTime").isNull());
    EXPECT_TRUE(type_mapping::defaultValue("now()", "QString").isNull());
    EXPECT_TRUE(type_mapping::defaultValue("'x'", "int").isNull());
+}
+
+// A SQLite column declared with a name the type table does not list is read by SQLite's own rule
+// (the words in the name), as SQLite stores its values; only names of no such word stay unknown.
+TEST(ImportTypes, SqliteTypesOutsideTheTableFollowSqlitesOwnRule)
+{
+   using db_import::type_mapping;
+   auto mapped = [](const QString & sDeclared)
+   {
+      db_import::db_column c;
+      db_import::catalog_reader::setDeclaredType(c, sDeclared);
+      const type_mapping::result r = type_mapping::map(db_import::dialect_sqlite, c, db_import::import_options());
+      return (r.bKnown ? r.sType : ("unknown " + r.sType)).toStdString();
+   };
+   EXPECT_EQ(mapped("BIGINT UNSIGNED"), type_mapping::map(db_import::dialect_sqlite, [] { db_import::db_column c; c.sType = "bigint"; return c; }(),
+                                                          db_import::import_options()).sType.toStdString());
+   EXPECT_EQ(mapped("INT UNSIGNED"), mapped("integer"));
+   EXPECT_EQ(mapped("MEDIUMINT(8) UNSIGNED"), mapped("integer"));
+   EXPECT_EQ(mapped("NVARCHAR2(30)"), "QString");
+   EXPECT_EQ(mapped("LONGTEXT"), "QString");
+   EXPECT_EQ(mapped("MEDIUMBLOB"), "QByteArray");
+   EXPECT_EQ(mapped("FLOAT8"), "double");
+   EXPECT_EQ(mapped("DOUBLE UNSIGNED"), "double");
+   EXPECT_EQ(mapped("MONEY"), "unknown QString");
+   EXPECT_EQ(mapped("XML"), "unknown QString");
 }
 
 TEST(ImportDdl, StatementsSplitOutsideQuotesCommentsAndTriggers)
