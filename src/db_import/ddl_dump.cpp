@@ -91,9 +91,11 @@ ddl_dump::enum_verdict ddl_dump::classify(const dump_statement & s, QString & sK
 {
    if (s.bMeta)
    {
-      static const QRegularExpression reHarmless("^\\\\(connect|c|restrict|unrestrict|encoding)(\\s|$)");
-      if (reHarmless.match(s.sText).hasMatch()) { sKind = "client commands (\\connect, \\restrict)"; return skip; }
-      sKind = "a client command runs outside the database; a dump file may only use \\connect and \\restrict";
+      // Only the commands the dump tools write: which database, and the client's own sandbox.
+      static const QRegularExpression rePostgresql("^\\\\(connect|c|restrict|unrestrict|encoding)(\\s|$)");
+      static const QRegularExpression reMariadb("^\\\\-(\\s|$)");
+      if (((m_eDialect == dialect_postgresql) ? rePostgresql : reMariadb).match(s.sText).hasMatch()) { sKind = "client commands (\\connect, \\restrict, \\-)"; return skip; }
+      sKind = "a client command runs outside the database; a dump file may only use " + QString((m_eDialect == dialect_postgresql) ? "\\connect and \\restrict" : "\\-");
       return refuse;
    }
    const QList<dump_token> lst = tokenize(s.sText, m_eDialect == dialect_mariadb);

@@ -66,7 +66,7 @@ private:
       const QChar c = m_s.at(m_i);
       if (blank() && ((c == '\\') || (c.toUpper() == 'D')) && QStringView(m_s).mid(m_iLineStart, m_i - m_iLineStart).trimmed().isEmpty())
       {
-         if (! m_bMariadb && (c == '\\')) { return meta(); }
+         if (c == '\\') { return meta(); }
          if (m_bMariadb && (m_s.mid(m_i, 10).toUpper().startsWith("DELIMITER")) && ((m_i + 9 >= m_s.size()) || m_s.at(m_i + 9).isSpace())) { return delimiter(); }
       }
       if (at("--") && (! m_bMariadb || (m_i + 2 >= m_s.size()) || m_s.at(m_i + 2).isSpace())) { advanceTo(lineEnd(), false); return; }
@@ -75,6 +75,8 @@ private:
       {
          qsizetype j = m_i + (at("/*!") ? 3 : 4);
          while ((j < m_s.size()) && m_s.at(j).isDigit()) { ++j; }
+         // "/*M!999999\- ... */": a command for the client inside a conditional comment.
+         if (blank() && (j < m_s.size()) && (m_s.at(j) == '\\')) { return conditionalMeta(j); }
          m_bConditional = true;
          advanceTo(j, false);
          add(' ');
@@ -132,6 +134,18 @@ private:
       m_current.sText = m_s.mid(m_i, lineEnd() - m_i).trimmed();
       m_current.bMeta = true;
       advanceTo(lineEnd(), false);
+      finish();
+   }
+
+   void conditionalMeta(qsizetype iCommand)
+   {
+      const qsizetype e = m_s.indexOf("*/", iCommand);
+      if (e < 0) { return fail("comment opened here is never closed"); }
+      m_current.iLine = m_iLine;
+      m_current.iColumn = int(m_i - m_iLineStart) + 1;
+      m_current.sText = m_s.mid(iCommand, e - iCommand).trimmed();
+      m_current.bMeta = true;
+      advanceTo(e + 2, false);
       finish();
    }
 

@@ -169,9 +169,10 @@ bool ddl_dump::toCatalog(const db_catalog & sqlite, db_catalog & catalog) const
          const QRegularExpressionMatch m = reType.match(c.sDeclared);
          db_column column = (m.hasMatch() ? m_lstTypes.value(m.captured(1).toInt()) : c);
          column.sName = c.sName;
-         // A view's column is nullable and has no default (PostgreSQL); MariaDB's keeps its table column's nullability.
-         if (m_eDialect == dialect_postgresql) { column.bNotNull = false; }
-         column.sDefault = QString();
+         // PostgreSQL: a view's column is nullable and has no default. MariaDB's keeps its table
+         // column's nullability and default, and a numbered column's default is 0.
+         if (m_eDialect == dialect_postgresql) { column.bNotNull = false; column.sDefault = QString(); }
+         else if (! column.sGenerator.isEmpty()) { column.sDefault = "0"; }
          column.sGenerator.clear();
          t.lstColumns.append(column);
       }
