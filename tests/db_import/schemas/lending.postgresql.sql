@@ -42,6 +42,7 @@ CREATE TABLE loan (
   due date NOT NULL,
   CONSTRAINT loan_copy_fkey FOREIGN KEY (branch_id, copy_no) REFERENCES copy_item (branch_id, copy_no) ON DELETE CASCADE
 );
+CREATE FUNCTION count_open(who bigint) RETURNS integer LANGUAGE sql STABLE AS $body$ SELECT count(*)::integer FROM loan WHERE member_id = who AND state = 'open' $body$;
 CREATE UNIQUE INDEX loan_member_due_idx ON loan (member_id, due);
 CREATE TABLE archive.old_loan (
   id integer PRIMARY KEY,
