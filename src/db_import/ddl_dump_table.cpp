@@ -155,7 +155,9 @@ bool ddl_dump::readForeignKey(dump_cursor & c, table & t, const QString & sName,
       if (! c.columnList(k.lstColumns)) { sError = "a foreign key's columns are not a list of names"; return false; }
    }
    if (! c.accept("REFERENCES")) { sError = "a foreign key without REFERENCES"; return false; }
-   resolve(c.qualifiedName(), k.sTargetSchema, k.sTargetTable);
+   const QStringList lstTarget = c.qualifiedName();
+   if (lstTarget.isEmpty()) { sError = "a foreign key without its target table"; return false; }
+   resolve(lstTarget, k.sTargetSchema, k.sTargetTable);
    if (c.peek().isPunct("(") && ! c.columnList(k.lstTargetColumns)) { sError = "a foreign key's target columns are not a list of names"; return false; }
    // MATCH, ON DELETE, ON UPDATE, DEFERRABLE: how the key acts, not what it joins.
    while (! c.atEnd() && ! c.peek().isPunct(",") && ! c.peek().isPunct(")")) { c.next(); }
