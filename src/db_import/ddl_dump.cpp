@@ -168,7 +168,12 @@ ddl_dump::enum_verdict ddl_dump::classifyPostgresql(dump_cursor & c, const dump_
       return (bEnum ? read : skip);
    }
    if (c.acceptAll({ "CREATE", "DOMAIN" })) { sKind = "domain"; return read; }
-   if (c.acceptAll({ "COMMENT", "ON" })) { sKind = "comments"; return skip; }
+   if (c.acceptAll({ "COMMENT", "ON" }))
+   {
+      const bool bRead = (c.peek().is("TABLE") || c.peek().is("COLUMN") || c.peek().is("VIEW") || c.peek().is("MATERIALIZED"));
+      sKind = (bRead ? QString("comment") : QString("comments on other objects"));
+      return (bRead ? read : skip);
+   }
    sKind = "not part of a schema dump";
    return refuse;
 }
@@ -217,6 +222,7 @@ bool ddl_dump::readStatement(const dump_statement & s, QString & sError)
    else if (sKind == "view") { bOk = readCreateView(c, s, sWhy); }
    else if ((sKind == "enum") || (sKind == "domain")) { bOk = readEnumOrDomain(c, (sKind == "domain"), sWhy); }
    else if (sKind == "drop") { bOk = readDrop(c); }
+   else if (sKind == "comment") { bOk = readComment(c, sWhy); }
    else if (sKind == "schema")
    {
       c.acceptAll({ "CREATE", "SCHEMA" });

@@ -44,6 +44,8 @@ public:
       QList<db_index> lstUniqueConstraints;
       QStringList lstForeignKeyNames;
       QString sViewSql;
+      // COMMENT ON COLUMN, by column: a view's columns are known only once SQLite has read it.
+      QHash<QString, QString> hashColumnComments;
       bool bDropped = false;
    };
    struct domain
@@ -71,6 +73,9 @@ private:
    bool readCreateView(dump_cursor & c, const dump_statement & s, QString & sError);
    bool readEnumOrDomain(dump_cursor & c, bool bDomain, QString & sError);
    bool readDrop(dump_cursor & c);
+   bool readComment(dump_cursor & c, QString & sError);
+   // A string literal's text: quotes taken off, escapes read as the dialect writes them.
+   QString literal(const QString & s) const;
    void setColumnType(db_column & column, const QString & sWritten) const;
    QString normalDefault(const QString & sDefault) const;
    // ddl_dump_sqlite.cpp

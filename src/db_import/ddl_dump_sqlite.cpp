@@ -162,7 +162,8 @@ bool ddl_dump::toCatalog(const db_catalog & sqlite, db_catalog & catalog) const
       if (! pTable) { continue; }
       db_table & t = catalog.table(pTable->t.sSchema, pTable->t.sName);
       t = pTable->t;
-      if (! t.bView) { continue; }
+      auto comment = [pTable](db_column & column) { if (pTable->hashColumnComments.contains(column.sName)) { column.sComment = pTable->hashColumnComments.value(column.sName); } };
+      if (! t.bView) { for (db_column & column : t.lstColumns) { comment(column); } continue; }
       t.lstColumns.clear();
       for (const db_column & c : read.lstColumns)
       {
@@ -174,6 +175,8 @@ bool ddl_dump::toCatalog(const db_catalog & sqlite, db_catalog & catalog) const
          if (m_eDialect == dialect_postgresql) { column.bNotNull = false; column.sDefault = QString(); }
          else if (! column.sGenerator.isEmpty()) { column.sDefault = "0"; }
          column.sGenerator.clear();
+         column.sComment.clear();
+         comment(column);
          t.lstColumns.append(column);
       }
    }

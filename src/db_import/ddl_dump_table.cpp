@@ -94,7 +94,7 @@ bool ddl_dump::readCreateTable(dump_cursor & c, int iLine, QString & sError)
    // MariaDB's table options: only the comment is kept.
    while (! c.atEnd())
    {
-      if (c.accept("COMMENT")) { c.acceptPunct("="); c.next(); continue; }
+      if (c.accept("COMMENT")) { c.acceptPunct("="); t.t.sComment = literal(c.next().sText); continue; }
       c.next();
    }
    const QString sKey = db_catalog::keyOf(t.t.sSchema, t.t.sName);
@@ -133,7 +133,7 @@ bool ddl_dump::readColumn(dump_cursor & c, table & t, QString & sError)
       else if (c.accept("AUTO_INCREMENT")) { column.sGenerator = "autoincrement"; }
       else if (c.acceptAll({ "GENERATED", "ALWAYS", "AS", "IDENTITY" })) { column.sGenerator = "identity always"; c.skipGroup(); }
       else if (c.acceptAll({ "GENERATED", "BY", "DEFAULT", "AS", "IDENTITY" })) { column.sGenerator = "identity"; c.skipGroup(); }
-      else if (c.accept("COMMENT")) { c.next(); }
+      else if (c.accept("COMMENT")) { column.sComment = literal(c.next().sText); }
       else if (c.peek().isPunct("(")) { c.skipGroup(); }
       else { c.next(); }
    }
@@ -319,6 +319,42 @@ bool ddl_dump::readEnumOrDomain(dump_cursor & c, bool bDomain, QString & sError)
       else if (! c.skipGroup()) { c.next(); }
    }
    m_hashDomains.insert(sKey, d);
+   return true;
+}
+
+QString ddl_dump::literal(const QString & s) const
+{
+   if ((s.size() < 2) || (s.at(0) != '\'')) { return QString(); }
+   const QString sInner = s.mid(1, s.size() - 2);
+   if (m_eDialect != dialect_mariadb) { return QString(sInner).replace("''", "'"); }
+   QString r;
+   for (qsizetype i = 0; i < sInner.size(); ++i)
+   {
+      QChar ch = sInner.at(i);
+      if ((ch == '\\') && ((i + 1) < sInner.size()))
+      {
+         ch = sInner.at(++i);
+         if (ch == 'n') { ch = '\n'; } else if (ch == 't') { ch = '\t'; } else if (ch == 'r') { ch = '\r'; } else if (ch == '0') { ch = QChar(0); }
+      }
+      else if ((ch == '\'') && ((i + 1) < sInner.size()) && (sInner.at(i + 1) == '\'')) { ++i; }
+      r += ch;
+   }
+   return r;
+}
+
+// COMMENT ON TABLE|VIEW|COLUMN name IS 'text' (or NULL, which takes the comment away).
+bool ddl_dump::readComment(dump_cursor & c, QString & sError)
+{
+   c.acceptAll({ "COMMENT", "ON" });
+   const bool bColumn = c.accept("COLUMN");
+   if (! bColumn) { c.accept("MATERIALIZED"); c.next(); }
+   QStringList lstName = c.qualifiedName();
+   const QString sColumn = ((bColumn && ! lstName.isEmpty()) ? lstName.takeLast() : QString());
+   table * pTable = find(lstName);
+   if (! pTable) { sError = lstName.join('.') + " is not created before"; return false; }
+   if (! c.accept("IS")) { sError = "a comment without IS"; return false; }
+   const QString sText = literal(c.next().sText);
+   if (bColumn) { pTable->hashColumnComments.insert(sColumn, sText); } else { pTable->t.sComment = sText; }
    return true;
 }
 

@@ -72,6 +72,10 @@ TEST(ImportDump, EveryDumpFileImportsWithItsForeignKeysAsRelations)
       expectRelation(pProject, "CopyItem", "isbn", "Title");
       expectRelation(pProject, "Loan", "member", "Member");
       if (sDump.contains("postgresql")) { expectRelation(pProject, "archive::OldLoan", "member", "Member"); }
+      // Comments are the descriptions.
+      EXPECT_EQ(pProject->getEntityByKey("Member")->getDescription(), "People who borrow");
+      EXPECT_EQ(import_test::propertyOf(pProject, "Member", "nick")->getDescription(), "Shown at the desk; it's short");
+      if (sDump.contains("postgresql")) { EXPECT_EQ(import_test::propertyOf(pProject, "OpenLoan", "due")->getDescription(), "Day it comes back"); }
       // The foreign key over two columns is no relation of the model: the import says so.
       EXPECT_TRUE(r.err.contains("table loan: foreign key (branch_id, copy_no) over several columns")) << r.err.toStdString();
    }

@@ -88,14 +88,14 @@ CREATE TABLE `member` (
   `joined` timestamp NOT NULL DEFAULT current_timestamp(),
   `fee` decimal(8,2) NOT NULL DEFAULT 0.00,
   `active` tinyint(1) NOT NULL DEFAULT 1,
-  `nick` varchar(20) DEFAULT 'reader',
+  `nick` varchar(20) DEFAULT 'reader' COMMENT 'Shown at the desk; it''s short',
   `level` enum('basic','plus') NOT NULL DEFAULT 'basic',
   `tags` set('kids','adult','local') DEFAULT NULL,
   PRIMARY KEY (`id`),
   KEY `member_name` (`full_name`(190)),
   KEY `member_branch` (`branch_id`),
   CONSTRAINT `member_branch` FOREIGN KEY (`branch_id`) REFERENCES `branch` (`id`) ON DELETE CASCADE
-) ENGINE=InnoDB AUTO_INCREMENT=3 DEFAULT CHARSET=utf8mb4 COLLATE=utf8mb4_general_ci;
+) ENGINE=InnoDB AUTO_INCREMENT=3 DEFAULT CHARSET=utf8mb4 COLLATE=utf8mb4_general_ci COMMENT='People who borrow';
 /*!40101 SET character_set_client = @saved_cs_client */;
 
 /*!50003 SET @saved_cs_client      = @@character_set_client */ ;

@@ -213,7 +213,7 @@ COMMENT ON TABLE public.member IS 'People who borrow';
 -- Name: COLUMN member.nick; Type: COMMENT; Schema: public; Owner: librarian
 --
 
-COMMENT ON COLUMN public.member.nick IS 'Shown at the desk';
+COMMENT ON COLUMN public.member.nick IS 'Shown at the desk; it''s short';
 
 
 --
@@ -251,6 +251,13 @@ CREATE VIEW public.open_loan AS
 
 
 ALTER TABLE public.open_loan OWNER TO librarian;
+
+--
+-- Name: COLUMN open_loan.due; Type: COMMENT; Schema: public; Owner: librarian
+--
+
+COMMENT ON COLUMN public.open_loan.due IS 'Day it comes back';
+
 
 --
 -- Name: title; Type: TABLE; Schema: public; Owner: librarian

@@ -14,12 +14,12 @@ CREATE TABLE member (
   joined timestamp NOT NULL DEFAULT current_timestamp(),
   fee decimal(8,2) NOT NULL DEFAULT 0.00,
   active tinyint(1) NOT NULL DEFAULT 1,
-  nick varchar(20) DEFAULT 'reader',
+  nick varchar(20) DEFAULT 'reader' COMMENT 'Shown at the desk; it''s short',
   level enum('basic','plus') NOT NULL DEFAULT 'basic',
   tags set('kids','adult','local') DEFAULT NULL,
   KEY member_name (full_name(190)),
   CONSTRAINT member_branch FOREIGN KEY (branch_id) REFERENCES branch (id) ON DELETE CASCADE
-) ENGINE=InnoDB DEFAULT CHARSET=utf8mb4;
+) ENGINE=InnoDB DEFAULT CHARSET=utf8mb4 COMMENT='People who borrow';
 CREATE TABLE title (
   isbn varchar(17) NOT NULL PRIMARY KEY,
   name varchar(200) NOT NULL,

@@ -53,4 +53,5 @@ CREATE VIEW open_loan AS SELECT l.id, l.due, m.full_name FROM loan l JOIN member
 CREATE FUNCTION stamp_member() RETURNS trigger LANGUAGE plpgsql AS $$ BEGIN NEW.joined := now(); RETURN NEW; END $$;
 CREATE TRIGGER member_stamp BEFORE INSERT ON member FOR EACH ROW EXECUTE FUNCTION stamp_member();
 COMMENT ON TABLE member IS 'People who borrow';
-COMMENT ON COLUMN member.nick IS 'Shown at the desk';
+COMMENT ON COLUMN member.nick IS 'Shown at the desk; it''s short';
+COMMENT ON COLUMN open_loan.due IS 'Day it comes back';
