@@ -5,6 +5,7 @@
 
 #include "db_environment.h"
 #include "import_test_support.h"
+#include "model/entity.h"
 #include "model/project.h"
 #include "storage/project_storage.h"
 #include "test_support.h"
@@ -115,6 +116,16 @@ TEST_F(ImportDumpGuard, TheDialectOptionReadsAScriptWithoutMarksAsADump)
    const cli_result rWrong = runTavrel({ "import-db", "--ddl", sFile, "--dialect", "oracle", m_dir.path() + "/out2.json" });
    EXPECT_EQ(rWrong.code, 2);
    EXPECT_TRUE(rWrong.err.contains("--dialect takes sqlite or postgresql or mariadb")) << rWrong.err.toStdString();
+}
+
+TEST_F(ImportDumpGuard, ACommentTheModelCannotHoldIsLeftOutWithAWarning)
+{
+   const import_test::import_run r = import_test::importDdlText(m_dir.path(), QString(k_sPostgresqlHead) +
+      "COMMENT ON TABLE public.a IS 'closes */ the comment';\nCOMMENT ON COLUMN public.a.id IS 'two\nlines';\n");
+   ASSERT_TRUE(r.bOk) << r.sError.toStdString();
+   EXPECT_TRUE(r.pProject->getEntityByKey("A")->getDescription().isEmpty());
+   EXPECT_TRUE(import_test::hasWarning(r.lstWarnings, { "table a: comment not taken as the description" })) << r.lstWarnings.join("\n").toStdString();
+   EXPECT_TRUE(import_test::hasWarning(r.lstWarnings, { "a.id: comment not taken as the description" })) << r.lstWarnings.join("\n").toStdString();
 }
 
 // The same schema read from the test server and from its dump files gives the same model: the
