@@ -10,6 +10,7 @@ namespace db_import {
 namespace {
 
 const qsizetype k_iShown = 70;
+const qsizetype k_iClassified = 4096;
 
 QString shown(const QString & s)
 {
@@ -98,8 +99,10 @@ ddl_dump::enum_verdict ddl_dump::classify(const dump_statement & s, QString & sK
       sKind = "a client command runs outside the database; a dump file may only use " + QString((m_eDialect == dialect_postgresql) ? "\\connect and \\restrict" : "\\-");
       return refuse;
    }
-   const QList<dump_token> lst = tokenize(s.sText, m_eDialect == dialect_mariadb);
-   dump_cursor c(lst, s.sText, m_eDialect == dialect_postgresql);
+   // The first words tell the kind: a statement of rows is not split into tokens whole.
+   const QString sStart = s.sText.left(k_iClassified);
+   const QList<dump_token> lst = tokenize(sStart, m_eDialect == dialect_mariadb);
+   dump_cursor c(lst, sStart, m_eDialect == dialect_postgresql);
    const enum_verdict e = classifyCommon(c, sKind);
    if ((e != refuse) || ! sKind.isEmpty()) { return e; }
    c.i = 0;
@@ -155,10 +158,26 @@ ddl_dump::enum_verdict ddl_dump::classifyPostgresql(dump_cursor & c, const dump_
       sKind = "COPY may only read rows that follow it in the file (FROM stdin)";
       return refuse;
    }
-   const QList<dump_token> & lst = tokenize(s.sText, false);
+   const QList<dump_token> lst = tokenize(s.sText.left(k_iClassified), false);
    if (c.peek().is("ALTER") && containsWords(lst, "OWNER", "TO")) { sKind = "ownership changes"; return skip; }
    if (c.acceptAll({ "ALTER", "SEQUENCE" }) || c.acceptAll({ "CREATE", "SEQUENCE" })) { sKind = "sequences (the numbering is read from the defaults)"; return skip; }
-   if (c.acceptAll({ "ALTER", "TABLE" })) { sKind = "alter"; return read; }
+   if (c.acceptAll({ "ALTER", "TABLE" }))
+   {
+      c.acceptAll({ "IF", "EXISTS" });
+      c.accept("ONLY");
+      c.qualifiedName();
+      // Row security, replication, clustering, storage and partitions: none of them shapes the model.
+      const bool bSetting = (c.peek().is("ENABLE") || c.peek().is("DISABLE") || c.peek().is("FORCE") || c.peek().is("NO") || c.peek().is("REPLICA") ||
+                             c.peek().is("CLUSTER") || c.peek().is("DETACH") || (c.peek().is("SET") && ! c.peek(1).is("DEFAULT")) ||
+                             c.peek().is("RESET"));
+      sKind = (bSetting ? QString("table settings (row security, replication, clustering, partitions)") : QString("alter"));
+      return (bSetting ? skip : read);
+   }
+   if (c.acceptAll({ "ALTER", "INDEX" }) || c.acceptAll({ "CREATE", "POLICY" }) || c.acceptAll({ "CREATE", "STATISTICS" }))
+   {
+      sKind = "index settings, policies and statistics";
+      return skip;
+   }
    if (c.acceptAll({ "CREATE", "SCHEMA" })) { sKind = "schema"; return read; }
    if (c.acceptAll({ "CREATE", "EXTENSION" }) || c.acceptAll({ "COMMENT", "ON", "EXTENSION" })) { sKind = "extensions"; return skip; }
    if (c.acceptAll({ "CREATE", "TYPE" }))

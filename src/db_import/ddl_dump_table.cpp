@@ -212,6 +212,14 @@ bool ddl_dump::readAlterTable(dump_cursor & c, QString & sError)
    const QStringList lstName = c.qualifiedName();
    table * pTable = find(lstName);
    if (! pTable) { sError = "table " + lstName.join('.') + " is not created before"; return false; }
+   // A partition is part of its table, which is the entity (as the server's catalog is read).
+   if (c.acceptAll({ "ATTACH", "PARTITION" }))
+   {
+      table * pPartition = find(c.qualifiedName());
+      if (! pPartition) { sError = "the partition is not created before"; return false; }
+      pPartition->bDropped = true;
+      return true;
+   }
    if (c.acceptAll({ "ADD", "CONSTRAINT" }) || c.peek().is("ADD"))
    {
       if (c.peek().is("ADD")) { c.next(); } else { --c.i; }

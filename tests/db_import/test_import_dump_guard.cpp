@@ -128,6 +128,18 @@ TEST_F(ImportDumpGuard, ACommentTheModelCannotHoldIsLeftOutWithAWarning)
    EXPECT_TRUE(import_test::hasWarning(r.lstWarnings, { "a.id: comment not taken as the description" })) << r.lstWarnings.join("\n").toStdString();
 }
 
+TEST_F(ImportDumpGuard, PartitionsAndTableSettingsAreSkipped)
+{
+   const import_test::import_run r = import_test::importDdlText(m_dir.path(), QString(k_sPostgresqlHead) +
+      "CREATE TABLE public.measure (\n    id integer NOT NULL,\n    taken date NOT NULL\n)\nPARTITION BY RANGE (taken);\n"
+      "CREATE TABLE public.measure_2024 (\n    id integer NOT NULL,\n    taken date NOT NULL\n);\n"
+      "ALTER TABLE ONLY public.measure ATTACH PARTITION public.measure_2024 FOR VALUES FROM ('2024-01-01') TO ('2025-01-01');\n"
+      "ALTER TABLE public.measure ENABLE ROW LEVEL SECURITY;\nALTER TABLE ONLY public.measure REPLICA IDENTITY FULL;\n"
+      "CREATE POLICY own_rows ON public.measure USING ((id > 0));\n");
+   ASSERT_TRUE(r.bOk) << r.sError.toStdString();
+   EXPECT_EQ(import_test::entityNames(r.pProject), QStringList({ "A", "Measure" }));
+}
+
 // The same schema read from the test server and from its dump files gives the same model: the
 // project's JSON, byte for byte, but for the project's name.
 class ImportDumpLive : public ::testing::TestWithParam<enum_dialect> { };
