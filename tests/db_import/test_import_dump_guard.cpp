@@ -113,6 +113,9 @@ TEST_F(ImportDumpGuard, TheDialectOptionReadsAScriptWithoutMarksAsADump)
    EXPECT_EQ(r.code, 0) << r.err.toStdString();
    EXPECT_TRUE(r.err.contains("plain.sql: skipped 1 ownership changes")) << r.err.toStdString();
    EXPECT_FALSE(r.err.contains("warning")) << r.err.toStdString();
+   const cli_result rNoScript = runTavrel({ "import-db", "--dialect", "postgresql", "sqlite:" + sFile, m_dir.path() + "/out3.json" });
+   EXPECT_EQ(rNoScript.code, 2);
+   EXPECT_TRUE(rNoScript.err.contains("--dialect is for a DDL script")) << rNoScript.err.toStdString();
    const cli_result rWrong = runTavrel({ "import-db", "--ddl", sFile, "--dialect", "oracle", m_dir.path() + "/out2.json" });
    EXPECT_EQ(rWrong.code, 2);
    EXPECT_TRUE(rWrong.err.contains("--dialect takes sqlite or postgresql or mariadb")) << rWrong.err.toStdString();
