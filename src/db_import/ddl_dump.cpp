@@ -76,7 +76,7 @@ QStringList ddl_dump::getNotes() const
 void ddl_dump::resolve(const QStringList & lstName, QString & sSchema, QString & sTable) const
 {
    sTable = (lstName.isEmpty() ? QString() : lstName.last());
-   sSchema = ((lstName.size() >= 2) ? lstName.at(lstName.size() - 2) : defaultSchema());
+   sSchema = ((lstName.size() >= 2) ? lstName.at(lstName.size() - 2) : currentSchema());
 }
 
 ddl_dump::table * ddl_dump::find(const QStringList & lstName)
@@ -149,9 +149,25 @@ ddl_dump::enum_verdict ddl_dump::classifyCommon(dump_cursor & c, QString & sKind
 ddl_dump::enum_verdict ddl_dump::classifyPostgresql(dump_cursor & c, const dump_statement & s, QString & sKind)
 {
    static const QRegularExpression reCopy("^copy\\s+[^;]*\\bfrom\\s+stdin\\s*$", QRegularExpression::CaseInsensitiveOption);
-   static const QRegularExpression reConfig("^select\\s+pg_catalog\\.(set_config|setval)\\s*\\(", QRegularExpression::CaseInsensitiveOption);
+   static const QRegularExpression reConfig("^select\\s+pg_catalog\\.(set_config|setval|lo_\\w+|lowrite)\\s*\\(", QRegularExpression::CaseInsensitiveOption);
    const QRegularExpressionMatch mConfig = reConfig.match(s.sText);
-   if (mConfig.hasMatch()) { sKind = ((mConfig.captured(1).toLower() == "setval") ? "sequence values" : "session settings"); return skip; }
+   if (mConfig.hasMatch())
+   {
+      const QString sFunction = mConfig.captured(1).toLower();
+      sKind = ((sFunction == "setval") ? "sequence values" : ((sFunction == "set_config") ? "session settings" : "large objects"));
+      return skip;
+   }
+   if (c.acceptAll({ "REFRESH", "MATERIALIZED", "VIEW" })) { sKind = "data statements (COPY, INSERT, LOCK TABLES)"; return skip; }
+   // Objects a model has no place for; none of them is run.
+   for (const char * szObject : { "COLLATION", "CAST", "OPERATOR", "TEXT", "CONVERSION", "LANGUAGE", "PROCEDURAL", "FOREIGN", "SERVER", "USER",
+                                   "PUBLICATION", "SUBSCRIPTION", "ACCESS", "TRANSFORM", "TRUSTED" })
+   {
+      if ((c.peek().is("CREATE") || c.peek().is("ALTER")) && (c.peek(1).is(szObject) || (c.peek(1).is("OR") && c.peek(3).is(szObject))))
+      {
+         sKind = "objects the model does not hold (collations, casts, operators, text search, languages, foreign tables, publications)";
+         return skip;
+      }
+   }
    if (c.peek().is("COPY"))
    {
       if (reCopy.match(s.sText).hasMatch()) { sKind = "data statements (COPY, INSERT, LOCK TABLES)"; return skip; }
@@ -207,7 +223,10 @@ ddl_dump::enum_verdict ddl_dump::classifyMariadb(dump_cursor & c, const dump_sta
       sKind = "database selections (CREATE DATABASE, USE)";
       return skip;
    }
-   if (c.acceptAll({ "CREATE", "DATABASE" }) || c.acceptAll({ "CREATE", "SCHEMA" })) { sKind = "database selections (CREATE DATABASE, USE)"; return skip; }
+   if (c.acceptAll({ "CREATE", "DATABASE" }) || c.acceptAll({ "CREATE", "SCHEMA" }) || c.acceptAll({ "ALTER", "DATABASE" }))
+   { sKind = "database selections (CREATE DATABASE, USE)"; return skip; }
+   if (c.acceptAll({ "CREATE", "SEQUENCE" })) { sKind = "sequences (the numbering is read from the defaults)"; return skip; }
+   if (c.acceptAll({ "SELECT", "SETVAL" })) { sKind = "sequence values"; return skip; }
    if (c.acceptAll({ "ALTER", "TABLE" }))
    {
       c.qualifiedName();

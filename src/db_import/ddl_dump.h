@@ -88,12 +88,16 @@ private:
    // The table a qualified name names, or null; schema and name resolved.
    table * find(const QStringList & lstName);
    void resolve(const QStringList & lstName, QString & sSchema, QString & sTable) const;
-   QString defaultSchema() const { return ((m_eDialect == dialect_postgresql) ? QStringLiteral("public") : m_sDatabase); }
+   // The schema of a name without one: the current database of a MariaDB dump (USE changes it).
+   QString currentSchema() const { return ((m_eDialect == dialect_postgresql) ? QStringLiteral("public") : m_sDatabase); }
+   // The schema whose tables get no namespace: MariaDB's database of the first table.
+   QString defaultSchema() const { return (((m_eDialect == dialect_postgresql) || m_sHome.isEmpty()) ? currentSchema() : m_sHome); }
    void note(const QString & sKind, qsizetype iCount = 1);
 
    enum_dialect m_eDialect;
    QString m_sName;
    QString m_sDatabase = "main";
+   QString m_sHome;
    QList<table> m_lstTables;
    QHash<QString, qsizetype> m_hashTables;
    QHash<QString, QStringList> m_hashEnums;

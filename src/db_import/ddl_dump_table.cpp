@@ -85,7 +85,7 @@ bool ddl_dump::readCreateTable(dump_cursor & c, int iLine, QString & sError)
    if (! c.acceptPunct("(")) { sError = "the table's columns are missing (CREATE TABLE ... AS and LIKE are not read)"; return false; }
    while (! c.atEnd() && ! c.peek().isPunct(")"))
    {
-      const bool bConstraint = (c.peek().is("CONSTRAINT") || c.peek().is("PRIMARY") || c.peek().is("UNIQUE") || c.peek().is("FOREIGN") ||
+      const bool bConstraint = (c.peek().is("CONSTRAINT") || c.peek().is("EXCLUDE") || c.peek().is("PRIMARY") || c.peek().is("UNIQUE") || c.peek().is("FOREIGN") ||
                                 c.peek().is("KEY") || c.peek().is("INDEX") || c.peek().is("FULLTEXT") || c.peek().is("SPATIAL") || c.peek().is("CHECK"));
       if (! (bConstraint ? readTableConstraint(c, t, false, sError) : readColumn(c, t, sError))) { return false; }
       if (! c.acceptPunct(",") && ! c.peek().isPunct(")")) { sError = "unexpected '" + c.peek().sText + "' in the table's columns"; return false; }
@@ -98,6 +98,7 @@ bool ddl_dump::readCreateTable(dump_cursor & c, int iLine, QString & sError)
       c.next();
    }
    const QString sKey = db_catalog::keyOf(t.t.sSchema, t.t.sName);
+   if (m_sHome.isEmpty()) { m_sHome = m_sDatabase; }
    if (find(lstName)) { sError = "table " + t.t.sName + " is created twice"; return false; }
    m_hashTables.insert(sKey, m_lstTables.size());
    m_lstTables.append(t);
@@ -170,7 +171,7 @@ bool ddl_dump::readForeignKey(dump_cursor & c, table & t, const QString & sName,
 bool ddl_dump::readTableConstraint(dump_cursor & c, table & t, bool bAltered, QString & sError)
 {
    QString sName;
-   if (c.accept("CONSTRAINT") && c.peek().isName() && ! c.peek().is("PRIMARY") && ! c.peek().is("UNIQUE") && ! c.peek().is("FOREIGN") && ! c.peek().is("CHECK"))
+   if (c.accept("CONSTRAINT") && c.peek().isName() && ! c.peek().is("PRIMARY") && ! c.peek().is("UNIQUE") && ! c.peek().is("FOREIGN") && ! c.peek().is("CHECK") && ! c.peek().is("EXCLUDE"))
    { sName = c.nameOf(c.next()); }
    if (c.acceptAll({ "PRIMARY", "KEY" }))
    {
@@ -198,6 +199,8 @@ bool ddl_dump::readTableConstraint(dump_cursor & c, table & t, bool bAltered, QS
       if (! readForeignKey(c, t, sName.isEmpty() ? sDefault : sName, sError)) { return false; }
    }
    else if (c.accept("CHECK")) { c.skipGroup(); }
+   // An exclusion constraint limits rows, it adds no key the model holds.
+   else if (c.accept("EXCLUDE")) { if (c.accept("USING")) { c.next(); } c.skipGroup(); }
    else { sError = "a constraint of a kind that is not read"; return false; }
    // NOT VALID, DEFERRABLE, index options and the like follow.
    while (! c.atEnd() && ! c.peek().isPunct(",") && (bAltered || ! c.peek().isPunct(")"))) { if (! c.skipGroup()) { c.next(); } }

@@ -89,7 +89,7 @@ TEST_F(ImportDumpGuard, AForeignKeyThatCannotBeReadEndsTheImport)
    expectRefused(k_sPostgresqlHead, "ALTER TABLE ONLY public.missing\n    ADD CONSTRAINT f FOREIGN KEY (a) REFERENCES public.a(id);", 7,
                  "table public.missing is not created before");
    expectRefused(k_sPostgresqlHead, "ALTER TABLE ONLY public.a\n    ADD CONSTRAINT f FOREIGN KEY (id) REFERENCES;", 7, "a foreign key");
-   expectRefused(k_sPostgresqlHead, "CREATE PUBLICATION everything FOR ALL TABLES;", 7, "not part of a schema dump");
+   expectRefused(k_sPostgresqlHead, "CREATE RULE keep AS ON DELETE TO public.a DO INSTEAD NOTHING;", 7, "not part of a schema dump");
 }
 
 TEST_F(ImportDumpGuard, CopyRowsWithoutTheirEndAreAnError)
@@ -138,9 +138,23 @@ TEST_F(ImportDumpGuard, PartitionsAndTableSettingsAreSkipped)
       "CREATE TABLE public.measure_2024 (\n    id integer NOT NULL,\n    taken date NOT NULL\n);\n"
       "ALTER TABLE ONLY public.measure ATTACH PARTITION public.measure_2024 FOR VALUES FROM ('2024-01-01') TO ('2025-01-01');\n"
       "ALTER TABLE public.measure ENABLE ROW LEVEL SECURITY;\nALTER TABLE ONLY public.measure REPLICA IDENTITY FULL;\n"
-      "CREATE POLICY own_rows ON public.measure USING ((id > 0));\n");
+      "CREATE POLICY own_rows ON public.measure USING ((id > 0));\n"
+      "ALTER TABLE ONLY public.measure\n    ADD CONSTRAINT no_overlap EXCLUDE USING gist (id WITH =);\n"
+      "CREATE COLLATION public.loose (provider = icu, locale = 'und');\nCREATE PUBLICATION everything FOR ALL TABLES;\n"
+      "CREATE MATERIALIZED VIEW public.counted AS\n SELECT count(*) AS n\n   FROM public.measure\n  WITH NO DATA;\n"
+      "REFRESH MATERIALIZED VIEW public.counted;\nSELECT pg_catalog.lo_create('16385');\n");
    ASSERT_TRUE(r.bOk) << r.sError.toStdString();
-   EXPECT_EQ(import_test::entityNames(r.pProject), QStringList({ "A", "Measure" }));
+   EXPECT_EQ(import_test::entityNames(r.pProject), QStringList({ "A", "Counted", "Measure" }));
+}
+
+TEST_F(ImportDumpGuard, MariadbSequencesAndDatabaseSettingsAreSkipped)
+{
+   const import_test::import_run r = import_test::importDdlText(m_dir.path(), QString(k_sMariadbHead) +
+      "CREATE SEQUENCE `ticket` start with 1 minvalue 1 maxvalue 9999 increment by 1 cache 10 nocycle ENGINE=InnoDB;\n"
+      "SELECT SETVAL(`ticket`, 41, 0);\n/*!50003 ALTER DATABASE `lending` CHARACTER SET latin1 COLLATE latin1_swedish_ci */ ;\n"
+      "USE `lending`;\n");
+   ASSERT_TRUE(r.bOk) << r.sError.toStdString();
+   EXPECT_EQ(import_test::entityNames(r.pProject), QStringList({ "A" }));
 }
 
 // The same schema read from the test server and from its dump files gives the same model: the
