@@ -109,7 +109,7 @@ bool ddl_dump::readColumn(dump_cursor & c, table & t, QString & sError)
 {
    db_column column;
    column.sName = c.nameOf(c.next());
-   QString sWritten = c.textUntilStop(k_lstColumnStops);
+   QString sWritten = c.textUntilStop(k_lstColumnStops).simplified();
    // "varchar(40) CHARACTER SET utf8mb4": the character set is no part of the type.
    static const QRegularExpression reCharset("\\s+character\\s+set\\s+\\S+$", QRegularExpression::CaseInsensitiveOption);
    sWritten.remove(reCharset);
@@ -322,7 +322,7 @@ bool ddl_dump::readEnumOrDomain(dump_cursor & c, bool bDomain, QString & sError)
    }
    c.accept("AS");
    domain d;
-   d.sDeclared = postgresqlSpelling(c.textUntilStop(k_lstColumnStops));
+   d.sDeclared = postgresqlSpelling(c.textUntilStop(k_lstColumnStops).simplified());
    while (! c.atEnd())
    {
       if (c.acceptAll({ "NOT", "NULL" })) { d.bNotNull = true; }

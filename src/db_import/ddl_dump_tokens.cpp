@@ -155,7 +155,8 @@ QString dump_cursor::textBetween(qsizetype iFrom, qsizetype iTo) const
 {
    iTo = qMin(iTo, m_lst.size());
    if (iFrom >= iTo) { return QString(); }
-   return m_sText.mid(m_lst.at(iFrom).iPos, m_lst.at(iTo - 1).iEnd - m_lst.at(iFrom).iPos).simplified();
+   // As written: a literal keeps its blanks.
+   return m_sText.mid(m_lst.at(iFrom).iPos, m_lst.at(iTo - 1).iEnd - m_lst.at(iFrom).iPos);
 }
 
 } // namespace db_import

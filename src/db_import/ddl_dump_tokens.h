@@ -55,7 +55,7 @@ public:
    bool columnList(QStringList & lstNames, QList<int> * pLengths = nullptr);
    // Skips to the next "," or the end at this depth, or to a stop word; the text skipped.
    QString textUntilStop(std::initializer_list<const char *> lstStops);
-   // The statement text from token iFrom up to (not with) token iTo.
+   // The statement text from token iFrom up to (not with) token iTo, as written.
    QString textBetween(qsizetype iFrom, qsizetype iTo) const;
    QString rest() const { return textBetween(i, m_lst.size()); }
 };

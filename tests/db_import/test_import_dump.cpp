@@ -139,7 +139,7 @@ TEST(ImportDump, MariadbTypesDefaultsIndexesAndViewsAreRead)
    EXPECT_EQ(pMember->column("id")->sGenerator, "autoincrement");
    EXPECT_EQ(pMember->column("branch_id")->sDeclared, "int(10) unsigned");
    EXPECT_EQ(pMember->column("level")->lstValues, QStringList({ "basic", "plus" }));
-   EXPECT_EQ(pMember->column("nick")->sDefault, "'reader'");
+   EXPECT_EQ(pMember->column("nick")->sDefault, "'the  reader'");
    EXPECT_TRUE(pMember->column("email")->sDefault.isNull());
    // The index the server made for the foreign key is left out, the prefix index kept.
    ASSERT_EQ(pMember->lstIndexes.size(), 1);

@@ -196,7 +196,7 @@ CREATE TABLE public.member (
     joined timestamp without time zone DEFAULT now(),
     fee numeric(8,2) DEFAULT 0 NOT NULL,
     active boolean DEFAULT true NOT NULL,
-    nick character varying(20) DEFAULT 'reader'::character varying
+    nick character varying(20) DEFAULT 'the  reader'::character varying
 );
 
 

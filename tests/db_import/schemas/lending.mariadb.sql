@@ -14,7 +14,7 @@ CREATE TABLE member (
   joined timestamp NOT NULL DEFAULT current_timestamp(),
   fee decimal(8,2) NOT NULL DEFAULT 0.00,
   active tinyint(1) NOT NULL DEFAULT 1,
-  nick varchar(20) DEFAULT 'reader' COMMENT 'Shown at the desk; it''s short',
+  nick varchar(20) DEFAULT 'the  reader' COMMENT 'Shown at the desk; it''s short',
   level enum('basic','plus') NOT NULL DEFAULT 'basic',
   tags set('kids','adult','local') DEFAULT NULL,
   KEY member_name (full_name(190)),

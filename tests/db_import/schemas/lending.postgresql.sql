@@ -17,7 +17,7 @@ CREATE TABLE member (
   joined timestamp DEFAULT now(),
   fee numeric(8,2) NOT NULL DEFAULT 0,
   active boolean NOT NULL DEFAULT true,
-  nick varchar(20) DEFAULT 'reader'
+  nick varchar(20) DEFAULT 'the  reader'
 );
 CREATE INDEX member_full_name_idx ON member (full_name);
 CREATE TABLE title (
