@@ -106,7 +106,7 @@ ddl_dump::enum_verdict ddl_dump::classify(const dump_statement & s, QString & sK
    const enum_verdict e = classifyCommon(c, sKind);
    if ((e != refuse) || ! sKind.isEmpty()) { return e; }
    c.i = 0;
-   return ((m_eDialect == dialect_postgresql) ? classifyPostgresql(c, s, sKind) : classifyMariadb(c, s, sKind));
+   return ((m_eDialect == dialect_postgresql) ? classifyPostgresql(c, s, sKind) : classifyMariadb(c, sKind));
 }
 
 // What both dialects' dumps hold alike. An empty kind with refuse: not decided here.
@@ -213,9 +213,8 @@ ddl_dump::enum_verdict ddl_dump::classifyPostgresql(dump_cursor & c, const dump_
    return refuse;
 }
 
-ddl_dump::enum_verdict ddl_dump::classifyMariadb(dump_cursor & c, const dump_statement & s, QString & sKind)
+ddl_dump::enum_verdict ddl_dump::classifyMariadb(dump_cursor & c, QString & sKind)
 {
-   Q_UNUSED(s);
    if (c.accept("LOCK") || c.accept("UNLOCK")) { sKind = "data statements (COPY, INSERT, LOCK TABLES)"; return skip; }
    if (c.accept("USE"))
    {

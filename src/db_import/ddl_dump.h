@@ -59,7 +59,7 @@ private:
    enum enum_verdict { read, skip, refuse };
    enum_verdict classify(const dump_statement & s, QString & sKind);
    enum_verdict classifyPostgresql(dump_cursor & c, const dump_statement & s, QString & sKind);
-   enum_verdict classifyMariadb(dump_cursor & c, const dump_statement & s, QString & sKind);
+   enum_verdict classifyMariadb(dump_cursor & c, QString & sKind);
    enum_verdict classifyCommon(dump_cursor & c, QString & sKind);
    bool readStatement(const dump_statement & s, QString & sError);
 
