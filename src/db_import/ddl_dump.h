@@ -33,7 +33,7 @@ public:
 
    bool load(const QString & sScript, const import_options & options, db_catalog & catalog, QString & sError);
    QStringList getWarnings() const { return m_lstWarnings; }
-   // "schema.sql: 12 session settings skipped (SET, set_config)", one per kind.
+   // "schema.sql: skipped 12 session settings", one per kind, in the order first met.
    QStringList getNotes() const;
 
    struct table

@@ -292,7 +292,7 @@ bool ddl_dump::readCreateView(dump_cursor & c, const dump_statement & s, QString
    // Each name of the view's columns and of the tables it reads is looked at again in translate().
    t.sViewSql = c.textBetween(iColumns, c.i - 1) + " AS " + c.rest().remove(reNoData);
    if (t.sViewSql.startsWith(" AS ")) { t.sViewSql = t.sViewSql.mid(1); }
-   // mariadb-dump writes a stand-in view first and the real one later.
+   // MariaDB's dump tool writes a stand-in view first and the real one later.
    if (table * pOld = find(lstName)) { pOld->bDropped = true; }
    m_hashTables.insert(db_catalog::keyOf(t.t.sSchema, t.t.sName), m_lstTables.size());
    m_lstTables.append(t);

@@ -113,6 +113,11 @@ TEST_F(ImportDumpGuard, TheDialectOptionReadsAScriptWithoutMarksAsADump)
    EXPECT_EQ(r.code, 0) << r.err.toStdString();
    EXPECT_TRUE(r.err.contains("plain.sql: skipped 1 ownership changes")) << r.err.toStdString();
    EXPECT_FALSE(r.err.contains("warning")) << r.err.toStdString();
+   // Told to read a dump as SQLite, the loader refuses its first client command.
+   const QString sDump = test_support::sourceDir() + "/tests/db_import/dumps/lending.postgresql.schema.sql";
+   const cli_result rForced = runTavrel({ "import-db", "--ddl", sDump, "--dialect", "sqlite", m_dir.path() + "/forced.json" });
+   EXPECT_EQ(rForced.code, 1);
+   EXPECT_TRUE(rForced.err.contains("lending.postgresql.schema.sql:5:1: statement refused: \\restrict")) << rForced.err.toStdString();
    const cli_result rNoScript = runTavrel({ "import-db", "--dialect", "postgresql", "sqlite:" + sFile, m_dir.path() + "/out3.json" });
    EXPECT_EQ(rNoScript.code, 2);
    EXPECT_TRUE(rNoScript.err.contains("--dialect is for a DDL script")) << rNoScript.err.toStdString();
