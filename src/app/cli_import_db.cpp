@@ -36,6 +36,8 @@ bool readOptions(const QCommandLineParser & parser, db_import::import_options & 
    if (! readChoice(parser, "decimal-as", { "double", "QString" }, iDecimal, sError)) { return false; }
    if (! readChoice(parser, "nullable", { "allow_null", "optional" }, iNullable, sError)) { return false; }
    if (! readChoice(parser, "keyless", { "choose", "none" }, iKeyless, sError)) { return false; }
+   if (! readChoice(parser, "dialect", { "sqlite", "postgresql", "mariadb" }, options.iDdlDialect, sError)) { return false; }
+   if (parser.isSet("dialect") && ! parser.isSet("ddl")) { sError = "--dialect is for a DDL script (--ddl FILE)"; return false; }
    options.bChooseKeys = (iKeyless == 0);
    options.eClassNames = db_import::import_options::enum_class_names(iClass);
    options.ePropertyNames = db_import::import_options::enum_property_names(iProperty);
@@ -89,6 +91,8 @@ int cli_import_db::run(const QStringList & args)
    parser.addOptions({
       { QStringList { "h", "help" }, "Show this help." },
       { "ddl", "Read the schema from a SQL script (run in an in-memory SQLite database).", "FILE" },
+      { "dialect", "The DDL script's dialect: sqlite, postgresql (a plain dump) or mariadb (a dump); default: told by the "
+                   "script's own marks, else sqlite.", "DIALECT" },
       { "strict", "A DDL statement that fails, a view that cannot be read or a name the model cannot hold ends the import "
                   "(default: reported and left out)." },
       { "name", "The project's name (a C++ identifier; default: made from OUT's file name).", "NAME" },
@@ -129,6 +133,8 @@ int cli_import_db::run(const QStringList & args)
    db_import::db_catalog catalog;
    const bool bRead = importer.readSource(sSource, sDdl, catalog, sError);
    for (const QString & w : importer.getWarnings()) { warning(w); }
+   for (const QString & s : importer.getNotes()) { m_err << "tavrel: " << tools::terminal_text::escape(s, false) << "\n"; }
+   m_err.flush();
    if (! bRead) { return failure(sError); }
 
    model::project_ptr pProject;

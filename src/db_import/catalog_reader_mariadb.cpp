@@ -40,7 +40,7 @@ QStringList enumValues(const QString & sDeclared)
 }
 
 const char * const k_sColumns =
-   "SELECT c.TABLE_SCHEMA, c.TABLE_NAME, t.TABLE_TYPE, c.COLUMN_NAME, c.COLUMN_TYPE, c.IS_NULLABLE, c.COLUMN_DEFAULT, c.EXTRA "
+   "SELECT c.TABLE_SCHEMA, c.TABLE_NAME, t.TABLE_TYPE, c.COLUMN_NAME, c.COLUMN_TYPE, c.IS_NULLABLE, c.COLUMN_DEFAULT, c.EXTRA, c.COLUMN_COMMENT, t.TABLE_COMMENT "
    "FROM information_schema.COLUMNS c JOIN information_schema.TABLES t "
    "ON t.TABLE_SCHEMA = c.TABLE_SCHEMA AND t.TABLE_NAME = c.TABLE_NAME "
    "WHERE t.TABLE_TYPE IN ('BASE TABLE', 'VIEW') AND c.TABLE_SCHEMA IN (%1) "
@@ -93,6 +93,9 @@ bool catalog_reader::readMariadb(const QSqlDatabase & database, const QStringLis
       if (! q.value(6).isNull() && (q.value(6).toString() != "NULL")) { c.sDefault = standardLiteral(q.value(6).toString()); }
       c.lstValues = enumValues(c.sDeclared);
       if (q.value(7).toString().contains("auto_increment", Qt::CaseInsensitive)) { c.sGenerator = QStringLiteral("autoincrement"); }
+      c.sComment = q.value(8).toString();
+      // A view's comment is the word VIEW, or why it cannot be read.
+      if (! t.bView) { t.sComment = q.value(9).toString(); }
       t.lstColumns.append(c);
    }
    return (reportBrokenViews(q, sSchemas, options, catalog, sError) && readMariadbKeys(q, sSchemas, catalog, sError));

@@ -22,7 +22,8 @@ const char * const k_sColumns =
    "pg_catalog.format_type(CASE WHEN ty.typtype = 'd' THEN ty.typbasetype ELSE a.atttypid END, CASE WHEN ty.typtype = 'd' THEN ty.typtypmod ELSE a.atttypmod END), "
    "a.attnotnull OR (ty.typtype = 'd' AND ty.typnotnull), "
    "COALESCE(pg_catalog.pg_get_expr(d.adbin, d.adrelid), CASE WHEN ty.typtype = 'd' THEN ty.typdefault END), a.attidentity, "
-   "CASE WHEN ty.typtype = 'e' THEN (SELECT pg_catalog.string_agg(e.enumlabel, E'\\n' ORDER BY e.enumsortorder) FROM pg_catalog.pg_enum e WHERE e.enumtypid = ty.oid) END "
+   "CASE WHEN ty.typtype = 'e' THEN (SELECT pg_catalog.string_agg(e.enumlabel, E'\\n' ORDER BY e.enumsortorder) FROM pg_catalog.pg_enum e WHERE e.enumtypid = ty.oid) END, "
+   "pg_catalog.col_description(c.oid, a.attnum), pg_catalog.obj_description(c.oid, 'pg_class') "
    "FROM pg_catalog.pg_class c "
    "JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace "
    "JOIN pg_catalog.pg_attribute a ON a.attrelid = c.oid AND a.attnum > 0 AND NOT a.attisdropped "
@@ -95,6 +96,8 @@ bool catalog_reader::readPostgresql(const QSqlDatabase & database, const QString
       c.sGenerator = generatorOf(q.value(7).toString(), c.sDefault);
       // An enumeration type: its labels; text for the type mapping, the declared name kept.
       if (! q.value(8).isNull()) { c.lstValues = q.value(8).toString().split('\n'); c.sType = QStringLiteral("text"); c.iLength = -1; }
+      c.sComment = q.value(9).toString();
+      t.sComment = q.value(10).toString();
       t.lstColumns.append(c);
    }
    if (! readPostgresqlKeys(q, sSchemas, catalog, sError)) { return false; }

@@ -25,6 +25,8 @@ struct db_column
    QString sGenerator;
    // The values of an enumeration type (PostgreSQL's, MariaDB's ENUM), in their order.
    QStringList lstValues;
+   // The database's comment on the column; empty when none.
+   QString sComment;
 };
 
 struct db_index
@@ -57,6 +59,7 @@ struct db_table
    // Unique constraints and indexes alike (the primary key's own index left out).
    QList<db_index> lstIndexes;
    QList<db_foreign_key> lstForeignKeys;
+   QString sComment;
 
    // Catalog rows come one per index column, in index order.
    void addIndexColumn(const QString & sIndex, bool bUnique, const QString & sColumn, int iLength = 0)

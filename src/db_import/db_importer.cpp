@@ -1,6 +1,7 @@
 #include "db_import/db_importer.h"
 
 #include "db_import/catalog_reader.h"
+#include "db_import/ddl_dump.h"
 #include "db_import/ddl_loader.h"
 #include "db_import/db_source.h"
 #include "db_import/model_mapper.h"
@@ -9,6 +10,7 @@
 #include "model/project.h"
 #include "storage/project_storage.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
 
@@ -25,6 +27,18 @@ bool db_importer::readSource(const QString & sSource, const QString & sDdlFile, 
 {
    if (! sDdlFile.isEmpty())
    {
+      QFile f(sDdlFile);
+      if (! f.open(QIODevice::ReadOnly)) { sError = "cannot read DDL file '" + sDdlFile + "': " + f.errorString(); return false; }
+      const QString sScript = QString::fromUtf8(f.readAll());
+      const enum_dialect eDialect = ((m_options.iDdlDialect < 0) ? ddl_dump::detect(sScript) : enum_dialect(m_options.iDdlDialect));
+      if (eDialect != dialect_sqlite)
+      {
+         ddl_dump dump(eDialect, QFileInfo(sDdlFile).fileName());
+         const bool bOk = dump.load(sScript, m_options, catalog, sError);
+         m_lstNotes = dump.getNotes();
+         m_lstWarnings.append(dump.getWarnings());
+         return bOk;
+      }
       ddl_loader loader;
       loader.setProgress([this](qsizetype iDone, qsizetype iAll) { progress(QString("ran %1 of %2 statements").arg(iDone).arg(iAll)); });
       loader.setReadInPieces(true);
@@ -35,7 +49,7 @@ bool db_importer::readSource(const QString & sSource, const QString & sDdlFile, 
          iShown = iDone;
          progress(QString("read %1 of %2 tables and views").arg(iDone).arg(iAll));
       };
-      const bool bOk = (loader.load(sDdlFile, m_options.bStrict, sError) && loader.readCatalog(m_options, catalog, sError, fnPiece));
+      const bool bOk = (loader.loadText(sScript, QFileInfo(sDdlFile).fileName(), m_options.bStrict, sError) && loader.readCatalog(m_options, catalog, sError, fnPiece));
       m_lstWarnings.append(loader.getWarnings());
       m_lstWarnings.append(catalog.lstWarnings);
       return bOk;

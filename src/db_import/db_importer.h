@@ -19,6 +19,7 @@ class db_importer
    QString m_sPassword;
    QStringList m_lstWarnings;
    QStringList m_lstSummary;
+   QStringList m_lstNotes;
    std::function<void(const QString &)> m_fnProgress;
 
 public:
@@ -50,6 +51,8 @@ public:
 
    QStringList getWarnings() const { return m_lstWarnings; }
    QStringList getSummary() const { return m_lstSummary; }
+   // What a dump file held that was skipped on purpose, one line per kind with its count.
+   QStringList getNotes() const { return m_lstNotes; }
 
 private:
    void progress(const QString & s) const { if (m_fnProgress) { m_fnProgress(s); } }

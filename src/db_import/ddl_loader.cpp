@@ -484,6 +484,21 @@ bool ddl_loader::loadText(const QString & sScript, const QString & sName, bool b
    return run(lstStatements, sName, bStrict, false, sError);
 }
 
+bool ddl_loader::loadStatements(const QList<statement> & lstStatements, const QString & sName, bool bStrict, QString & sError)
+{
+   // As in loadText: a rollback or a read of the schema table rules out setting rows aside.
+   static const QRegularExpression reAside("rollback|sqlite_(temp_)?(master|schema)", QRegularExpression::CaseInsensitiveOption);
+   bool bSetAside = true;
+   for (const statement & s : lstStatements) { if (reAside.match(s.sText).hasMatch()) { bSetAside = false; break; } }
+   m_bRestart = false;
+   const bool bOk = run(lstStatements, sName, bStrict, bSetAside, sError);
+   if (! m_bRestart) { return bOk; }
+   m_lstWarnings.clear();
+   sError.clear();
+   m_bRestart = false;
+   return run(lstStatements, sName, bStrict, false, sError);
+}
+
 bool ddl_loader::run(const QList<statement> & lstStatements, const QString & sName, bool bStrict, bool bSetAside, QString & sError)
 {
    closeConnection();

@@ -59,6 +59,8 @@ public:
    bool load(const QString & sFile, bool bStrict, QString & sError);
    // The script itself; sName is the file name the messages give.
    bool loadText(const QString & sScript, const QString & sName, bool bStrict, QString & sError);
+   // Statements made elsewhere (a dump file's translation): the lines they give are the file's.
+   bool loadStatements(const QList<statement> & lstStatements, const QString & sName, bool bStrict, QString & sError);
    // Every object the script made, unless the rows are kept set aside (setReadInPieces).
    QSqlDatabase database() const;
 

@@ -28,6 +28,8 @@ struct import_options
    QStringList lstExclude;
    // Refresh: remove what disappeared from the database instead of marking it obsolete.
    bool bPrune = false;
+   // The dialect a DDL script is written in; -1: told by the script's own marks (ddl_dump::detect).
+   int iDdlDialect = -1;
    // A DDL statement that SQLite cannot run fails the import instead of being skipped.
    bool bStrict = false;
 

@@ -135,6 +135,9 @@ void model_mapper::addEntity(const db_table & table)
    pEntity->setName(sName);
    if (sName != sTable) { pEntity->setTableName(sTable); }
    pEntity->setReadOnly(table.bView);
+   const QString sCommentProblem = model::model_text_rules::blockCommentProblem(table.sComment);
+   if (sCommentProblem.isEmpty()) { pEntity->setDescription(table.sComment); }
+   else { warn(QString("table %1: comment not taken as the description: %2").arg(sTable, sCommentProblem)); }
    m_pProject->addEntity(pEntity);
    m_hashEntities.insert(db_catalog::keyOf(table.sSchema, table.sName), pEntity);
    // A view is never created by the SQL export, and its rows cannot be written.
@@ -246,7 +249,16 @@ model::property_ptr model_mapper::plainProperty(const db_table & table, const mo
    p->setIndex(singleColumnIndex(table, column.sName, false));
    p->setType(pType);
    type_mapping::keepColumnForm(m_catalog.eDialect, column, * p);
+   describe(* pEntity, column, * p);
    return p;
+}
+
+// The column's comment, unless the model's text rules refuse it (it ends up in a C++ comment).
+void model_mapper::describe(const model::entity & entity, const db_column & column, model::property & property)
+{
+   const QString sProblem = model::model_text_rules::lineCommentProblem(column.sComment);
+   if (sProblem.isEmpty()) { property.setDescription(column.sComment); return; }
+   warn(QString("%1.%2: comment not taken as the description: %3").arg(tableOf(entity), column.sName, sProblem));
 }
 
 model::property_ptr model_mapper::addRelation(const model::entity_ptr & pEntity, const QString & sName, int iKind,
@@ -273,6 +285,7 @@ void model_mapper::addManyToOne(const db_table & table, const model::entity_ptr 
    p->setUnique(singleColumnIndex(table, column.sName, true));
    p->setIndex(singleColumnIndex(table, column.sName, false));
    type_mapping::keepColumnForm(m_catalog.eDialect, column, * p);
+   describe(* pEntity, column, * p);
    if (m_options.bInverse) { m_lstInverses.append(pending_inverse { & table, pEntity, & key, p->getName() }); }
 }
 

@@ -77,6 +77,7 @@ private:
                                    const model::entity_ptr & pTarget, const QString & sForeignKey);
    QString styledPropertyName(const QString & s) const;
    void warn(const QString & s) { m_lstWarnings.append(s); }
+   void describe(const model::entity & entity, const db_column & column, model::property & property);
    // A table or column left out: a warning, an error when strict.
    void leaveOut(const QString & s) { (m_options.bStrict ? m_lstErrors : m_lstWarnings).append(s); }
    // Why the model cannot hold the table's (or the column's) name; empty when it can.
