@@ -24,14 +24,21 @@ namespace {
 
 namespace codes = json_model_codes;
 
-QByteArray quoted(const QString & s)
+// JSON string of UTF-8 bytes. Most texts need no escape: those are copied in one piece (the
+// dump and the export's fingerprint write every name and description of the model).
+QByteArray quotedUtf8(QByteArrayView utf8)
 {
    QByteArray out;
-   out.reserve(s.size() + 2);
+   const char * const pBegin = utf8.data();
+   const char * const pEnd = pBegin + utf8.size();
+   const char * pPlain = pBegin;
+   while ((pPlain != pEnd) && (static_cast<unsigned char>(* pPlain) >= 0x20) && (* pPlain != '"') && (* pPlain != '\\')) { ++pPlain; }
+   out.reserve(utf8.size() + 2 + ((pPlain == pEnd) ? 0 : 16));
    out.append('"');
-   const QByteArray utf8 = s.toUtf8();
-   for (char c : utf8)
+   out.append(pBegin, pPlain - pBegin);
+   for (const char * pAt = pPlain; pAt != pEnd; ++pAt)
    {
+      const char c = * pAt;
       switch (c)
       {
          case '"': out.append("\\\""); break;
@@ -50,6 +57,8 @@ QByteArray quoted(const QString & s)
    out.append('"');
    return out;
 }
+
+QByteArray quoted(const QString & s) { return quotedUtf8(s.toUtf8()); }
 
 QByteArray number(qint64 i) { return QByteArray::number(i); }
 
@@ -97,15 +106,19 @@ public:
 
    QByteArray inlineText(bool bKeysQuoted = false) const
    {
-      QByteArray out("{");
+      qsizetype iSize = 2;
+      for (const auto & field : m_lstFields) { iSize += field.first.size() + field.second.size() + 6; }
+      QByteArray out;
+      out.reserve(iSize);
+      out.append('{');
       for (qsizetype i = 0; i < m_lstFields.size(); ++i)
       {
          if (i > 0) { out.append(", "); }
-         out.append(bKeysQuoted ? m_lstFields.at(i).first : quoted(QString::fromUtf8(m_lstFields.at(i).first)));
+         out.append(bKeysQuoted ? m_lstFields.at(i).first : quotedUtf8(m_lstFields.at(i).first));
          out.append(": ");
          out.append(m_lstFields.at(i).second);
       }
-      out.append("}");
+      out.append('}');
       return out;
    }
 
@@ -114,7 +127,7 @@ public:
       QByteArray out("{\n");
       for (qsizetype i = 0; i < m_lstFields.size(); ++i)
       {
-         out.append(indent + "  " + quoted(QString::fromUtf8(m_lstFields.at(i).first)) + ": " + m_lstFields.at(i).second);
+         out.append(indent + "  " + quotedUtf8(m_lstFields.at(i).first) + ": " + m_lstFields.at(i).second);
          out.append((i + 1 < m_lstFields.size()) ? ",\n" : "\n");
       }
       out.append(indent + "}");

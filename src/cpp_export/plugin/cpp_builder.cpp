@@ -48,11 +48,12 @@ bool cpp_builder::isSame(const QString & oldText, const QString & newText) const
    if (oldText == newText) { return true; }
    // A missing file against a generated text (cold export): the markers cannot make them equal.
    if (oldText.isEmpty() != newText.isEmpty()) { return false; }
-   const QLatin1String sCppMarker("****/\n\n");
-   const QLatin1String sProMarker("#####\n\n");
-   const QStringView a = removeUpTo(removeUpTo(oldText, sCppMarker), sProMarker);
-   const QStringView b = removeUpTo(removeUpTo(newText, sCppMarker), sProMarker);
-   return (a == b);
+   return (comparedPart(oldText) == comparedPart(newText));
+}
+
+QStringView cpp_builder::comparedPart(QStringView text)
+{
+   return removeUpTo(removeUpTo(text, QLatin1String("****/\n\n")), QLatin1String("#####\n\n"));
 }
 
 QString cpp_builder::getLumorPath(bool bForceCheck, bool bWithPwdPrefix) const

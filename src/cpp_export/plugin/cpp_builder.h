@@ -75,6 +75,11 @@ public:
    QString getFileText(const QString & path) const;
    QString getFileText(const QString & path, bool & bExists) const;
    bool isSame(const QString & oldText, const QString & newText) const;
+   // The part of a generated text that isSame compares: what follows the banner.
+   static QStringView comparedPart(QStringView text);
+   // What the entity and enumeration files of an export are made from: the model, the plug-in's
+   // settings and build, the Lumor path and the given templates.
+   QByteArray itemFingerprint(const model::project & project, const std::vector<parser_ptr> & lstParsers) const;
    QString getLumorPath(bool bForceCheck, bool bWithPwdPrefix) const;
 
    cpp_export * getPlugin() const { return m_pCppExport; }
@@ -180,6 +185,9 @@ private:
    template <typename Item>
    void workItem(model::project & project, Item & item, const QString & sKind, const item_context & ctx, item_outcome & res);
    template <typename Item>
+   bool workItemFiles(model::project & project, Item & item, const item_context & ctx, const QString & sHeaderName,
+                      const QString & sSourceName, file_report & header, file_report & source, item_outcome & res);
+   template <typename Item>
    bool workCustomFile(model::project & project, Item & item, const parser_ptr & parser, int iFolder, const QString & sFolder,
                        const QString & sName, const item_context & ctx, item_outcome & res);
    // An item's text from a template, without a script (so it cannot fail).
@@ -188,6 +196,9 @@ private:
    // The former text of a generated file through its folder's handle when it can; the refusal
    // (a link, outside the folder) instead when the file may not be written.
    QString readOld(int iFolder, const QString & sName, const QString & sPath, QString & sOld, bool & bExists) const;
+   // Whether a file still holds what the record of the last export says it holds, when that
+   // record's fingerprint is this export's (ctx.pTrusted): then it needs no generating.
+   bool stillRecorded(int iFolder, const QString & sName, const QString & sPath, const item_context & ctx) const;
    // Adds the file's report and writes it when it changed (and the run is not dry).
    bool putNew(int iFolder, const QString & sName, file_report && r, const item_context & ctx, item_outcome & res) const;
    zy::ZyBool replayItem(item_outcome & res, const item_context & ctx);

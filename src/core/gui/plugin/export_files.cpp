@@ -28,6 +28,8 @@ void export_files::begin(const QString & root, const QString & ignoredLine, cons
    m_sRecordKey = (recordKey.isEmpty() ? QString() : QDir::cleanPath(QDir(root).absoluteFilePath(recordKey)));
    m_lstFiles.clear();
    m_hashPrevious.clear();
+   m_fingerprint.clear();
+   m_previousFingerprint.clear();
    m_previousRead = (m_fnReadRecord ? m_fnReadRecord(this->recordKey(), m_hashPrevious) : zy::ZyBool(false, "no record was read"));
 }
 
@@ -95,6 +97,8 @@ void export_files::clear()
    m_sRecordKey.clear();
    m_lstFiles.clear();
    m_hashPrevious.clear();
+   m_fingerprint.clear();
+   m_previousFingerprint.clear();
    m_previousRead = zy::ZyBool(false, "no record was read");
 }
 

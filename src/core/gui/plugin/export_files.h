@@ -50,6 +50,8 @@ private:
    QStringList m_lstInputs;
    record_reader m_fnReadRecord;
    recorded_files m_hashPrevious;
+   QByteArray m_fingerprint;
+   QByteArray m_previousFingerprint;
    zy::ZyBool m_previousRead = zy::ZyBool(false, "no record was read");
 
    bool append(const QString & path, bool bExists, const QString & oldText, const QString & newText, bool bSame);
@@ -94,6 +96,16 @@ public:
    // The record begin() read, and whether it could read it.
    const recorded_files & previousRecord() const { return m_hashPrevious; }
    const zy::ZyBool & previousRecordRead() const { return m_previousRead; }
+
+   // What the plug-in made this export's files from (model, settings, templates, its own
+   // build), recorded with them; empty when it vouches for nothing (a user script ran). A
+   // plug-in that finds the same one in the record may trust every recorded file that still
+   // has its recorded hash instead of generating it again.
+   void setFingerprint(const QByteArray & fingerprint) { m_fingerprint = fingerprint; }
+   const QByteArray & fingerprint() const { return m_fingerprint; }
+   // The fingerprint of the record begin() read (set by the record reader); empty when none.
+   void setPreviousFingerprint(const QByteArray & fingerprint) { m_previousFingerprint = fingerprint; }
+   const QByteArray & previousFingerprint() const { return m_previousFingerprint; }
 
    // A file the export read besides the model (a user script named in the stored settings): a
    // watch follows it too.
