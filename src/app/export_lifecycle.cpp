@@ -78,6 +78,14 @@ void export_lifecycle::attachRecord(const QString & plugin, plugin::export_files
       pFiles->setPreviousFingerprint(fingerprint);
       return ok;
    });
+   files.setFingerprintReader([plugin](const QString & recordKey)
+   {
+      QSqlDatabase db = context::ctx_project::getDatabase();
+      storage::export_record::files record;
+      QByteArray fingerprint;
+      if (recordKey.isEmpty() || ! db.isValid() || ! storage::export_record::read(db, plugin, recordKey, record, & fingerprint)) { return QByteArray(); }
+      return fingerprint;
+   });
 }
 
 zy::ZyBool export_lifecycle::finish(const QString & plugin, const plugin::export_files & files, bool bDryRun, bool bKeepStale,

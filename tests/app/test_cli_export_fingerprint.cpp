@@ -247,9 +247,42 @@ TEST_F(CliExportFingerprint, DateWhereFilesAreComparedRecordsNoFingerprint)
    // The banner runs into the code: its dated line is part of what is compared.
    const QStringList lstCustom = customTemplates();
    QByteArray header = test_support::readAll(path("t.h"));
-   ASSERT_TRUE(header.startsWith("@@COMMENT_FILE_CREATED_BY@@\n\n"));
-   header.replace(0, 29, "@@COMMENT_FILE_CREATED_BY@@// no blank line\n");
+   const QByteArray banner("@@COMMENT_FILE_CREATED_BY@@\r\n\r\n");
+   ASSERT_TRUE(header.startsWith(banner));
+   header.replace(0, banner.size(), "@@COMMENT_FILE_CREATED_BY@@// no blank line\r\n");
    ASSERT_TRUE(test_support::writeAll(path("t.h"), header));
    EXPECT_TRUE(regeneratedAfter(lstCustom, lstCustom));
    EXPECT_TRUE(recordedFingerprint().isEmpty());
+}
+
+TEST_F(CliExportFingerprint, ModelWithProblemsIsCheckedEveryTime)
+{
+   ASSERT_TRUE(test_support::writeAll(path("odd.json"),
+      R"({"name": "odd", "entities": [{"name": "A", "namespace": "a::::b", "properties": [{"name": "id", "type": "long", "primary_key": true}]}]})"));
+   const QStringList lstExport({ "export", path("odd.json"), "--lumor-path", path("lumor"), "--TavrelCppExport_path=out" });
+   cli_result r = test_support::runTavrel(lstExport + QStringList({ "--yes" }));
+   ASSERT_EQ(r.code, 0) << text(r);
+   ASSERT_TRUE(r.err.contains("Some errors have been detected in current project")) << text(r);
+   // The same model again: the question comes again, and declining it still cancels.
+   r = test_support::runTavrel(lstExport + QStringList({ "--no" }));
+   EXPECT_EQ(r.code, 1) << text(r);
+   EXPECT_TRUE(r.err.contains("the question 'Some errors have been detected in current project :' was answered No")) << text(r);
+}
+
+TEST_F(CliExportFingerprint, ModelCheckedByTheRecordedExportIsNotCheckedAgain)
+{
+   // A fingerprint is recorded only after a model without problems: the same one is trusted, an
+   // edited one is checked (here it has a problem now, and declining it cancels).
+   ASSERT_EQ(run({}).code, 0);
+   ASSERT_FALSE(recordedFingerprint().isEmpty());
+   cli_result r = run({ "--no" });
+   EXPECT_EQ(r.code, 0) << text(r);
+   QByteArray model = test_support::readAll(m_sModel);
+   const QByteArray invoice("\"name\": \"Invoice\", \"namespace\": \"shop::sales\"");
+   ASSERT_TRUE(model.contains(invoice));
+   model.replace(invoice, "\"name\": \"Invoice\", \"namespace\": \"shop::::sales\"");
+   ASSERT_TRUE(test_support::writeAll(m_sModel, model));
+   r = run({ "--no" });
+   EXPECT_EQ(r.code, 1) << text(r);
+   EXPECT_TRUE(r.err.contains("Some errors have been detected in current project")) << text(r);
 }

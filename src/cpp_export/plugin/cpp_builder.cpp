@@ -104,9 +104,10 @@ zy::ZyBool cpp_builder::checkExportPaths(const QString & sExportDir)
    return zy::ZyBool(true);
 }
 
-bool cpp_builder::confirmSchemaErrors(model::project & project) const
+bool cpp_builder::confirmSchemaErrors(model::project & project, bool & bClean) const
 {
    const zy::ZyInvalidValueX lstInvalid = project.checkSchema();
+   bClean = lstInvalid.isEmpty();
    if (lstInvalid.isEmpty()) { return true; }
    QString sText = "Some errors have been detected in current project :";
    for (const auto & invalid : lstInvalid) { sText += "\n- " + invalid.getMessage(); }
@@ -114,6 +115,41 @@ bool cpp_builder::confirmSchemaErrors(model::project & project) const
    QMessageBox::StandardButton answer = tools::message_box::question(nullptr, "Tavrel - " + m_pCppExport->getName(), sText,
                                                                        QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes);
    return (answer == QMessageBox::Yes);
+}
+
+std::vector<cpp_builder::parser_ptr> cpp_builder::itemParsers()
+{
+   std::vector<parser_ptr> lst = { getParser(true), getParser(false), enumerationParser(true), enumerationParser(false) };
+   if (! m_pCppExport || m_pCppExport->getGenerateCustomFiles())
+   {
+      loadCustomParsers();
+      lst.push_back(m_pParserCustomHeader);
+      lst.push_back(m_pParserCustomSource);
+   }
+   return lst;
+}
+
+bool cpp_builder::checkModel(model::project & project, const QString & sExportDir, zy::ZyBool & ok)
+{
+   m_itemFingerprint.clear();
+   m_bModelClean = false;
+   // A user script may make each run different: no fingerprint stands for its output.
+   export_files * pFiles = m_pCppExport->getExportFiles();
+   if (pFiles && ! m_pCppExport->getCustomScript())
+   {
+      m_itemFingerprint = itemFingerprint(project, itemParsers());
+      const QByteArray recorded = pFiles->recordedFingerprint(sExportDir);
+      // Recorded only after a complete export of a model without problems: the same fingerprint
+      // is the same model, with none.
+      if (! recorded.isEmpty() && (recorded == m_itemFingerprint)) { m_bModelClean = true; return true; }
+   }
+   // Declining to go on with errors in the model is no failure of the export.
+   if (! confirmSchemaErrors(project, m_bModelClean)) { ok = zy::ZyBool(true, QString()); return false; }
+
+   // No answer makes two classes share a file: one would silently replace the other.
+   const QStringList lstCollisions = model::model_integrity::fileCollisions(project, true);
+   if (! lstCollisions.isEmpty()) { ok = zy::ZyBool(false, "Nothing was exported, generated files would overwrite each other :\n- " + lstCollisions.join("\n- ")); return false; }
+   return true;
 }
 
 zy::ZyBool cpp_builder::lockExportDirectory(QLockFile & lock, const QString & sExportDir)
@@ -261,12 +297,7 @@ zy::ZyBool cpp_builder::build(model::project & project)
    const QString D = m_pCppExport->getCppExportPath(true);
    zy::ZyBool ok = checkExportPaths(D);
    if (! ok) { return ok; }
-   // Declining to go on with errors in the model is no failure of the export.
-   if (! confirmSchemaErrors(project)) { return zy::ZyBool(true, QString()); }
-
-   // No answer makes two classes share a file: one would silently replace the other.
-   const QStringList lstCollisions = model::model_integrity::fileCollisions(project, true);
-   if (! lstCollisions.isEmpty()) { return zy::ZyBool(false, "Nothing was exported, generated files would overwrite each other :\n- " + lstCollisions.join("\n- ")); }
+   if (! checkModel(project, D, ok)) { return ok; }
 
    QDir dir(D);
    // The lock goes with this call however it ends. A dry run writes nothing, not even the lock.

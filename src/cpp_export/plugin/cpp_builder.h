@@ -56,6 +56,11 @@ private:
    // Project-level templates, by resource name.
    QHash<QString, parser_ptr> m_hashProjectParsers;
 
+   // The fingerprint of this build's inputs (empty without a host's record or with a script),
+   // recorded when the model had no problem: the next build with the same one skips the checks.
+   QByteArray m_itemFingerprint;
+   bool m_bModelClean = false;
+
    // The export directory while build() runs: nothing is written outside it. Empty otherwise.
    QString m_sWriteRoot;
    // The system's reason (with the path) for the last directory or file that could not be made.
@@ -165,8 +170,13 @@ private:
 
    // Steps of build(), in their order.
    zy::ZyBool checkExportPaths(const QString & sExportDir);
-   // True when the model has no errors or the user goes on despite them.
-   bool confirmSchemaErrors(model::project & project) const;
+   // True when the model has no errors or the user goes on despite them; bClean tells which.
+   bool confirmSchemaErrors(model::project & project, bool & bClean) const;
+   // The model's checks, or none when the record's fingerprint is this build's (that export
+   // passed them with the same model): false when the export stops (declined, or an error in ok).
+   bool checkModel(model::project & project, const QString & sExportDir, zy::ZyBool & ok);
+   // The templates of the entity and enumeration files, as the items use them.
+   std::vector<parser_ptr> itemParsers();
    zy::ZyBool lockExportDirectory(QLockFile & lock, const QString & sExportDir);
    zy::ZyBool makeExportDirectories(const QDir & dir);
    // Each entity, then each enumeration: its two files, the script's notice, its custom files.

@@ -362,15 +362,12 @@ zy::ZyBool cpp_builder::exportItemsAtOnce(model::project & project, const model:
    // The fingerprint is recorded only when the host keeps a record, and trusted only when the
    // record it read carries the same one.
    export_files * pFiles = (m_pCppExport ? m_pCppExport->getExportFiles() : nullptr);
-   QByteArray fingerprint;
-   if (pFiles)
-   {
-      fingerprint = itemFingerprint(project, { ctx.entityHeader, ctx.entitySource, ctx.enumHeader, ctx.enumSource, ctx.customHeader, ctx.customSource });
-      if (pFiles->previousRecordRead().getValue() && ! pFiles->previousFingerprint().isEmpty() && (pFiles->previousFingerprint() == fingerprint))
-      { ctx.pTrusted = & pFiles->previousRecord(); }
-   }
+   const QByteArray & fingerprint = m_itemFingerprint;
+   if (pFiles && ! fingerprint.isEmpty() && pFiles->previousRecordRead().getValue() && (pFiles->previousFingerprint() == fingerprint))
+   { ctx.pTrusted = & pFiles->previousRecord(); }
    const zy::ZyBool ok = runItems(project, lstItems, ctx, exportThreads());
-   if (ok && pFiles && ! ctx.bDatedText) { pFiles->setFingerprint(fingerprint); }
+   // A model with problems asks again next time: no fingerprint lets that export skip the check.
+   if (ok && pFiles && m_bModelClean && ! ctx.bDatedText) { pFiles->setFingerprint(fingerprint); }
    return ok;
 }
 

@@ -33,6 +33,14 @@ void export_files::begin(const QString & root, const QString & ignoredLine, cons
    m_previousRead = (m_fnReadRecord ? m_fnReadRecord(this->recordKey(), m_hashPrevious) : zy::ZyBool(false, "no record was read"));
 }
 
+QByteArray export_files::recordedFingerprint(const QString & root, const QString & recordKey) const
+{
+   if (! m_fnReadFingerprint) { return QByteArray(); }
+   // The key begin() would use for the same arguments.
+   const QString sKey = (recordKey.isEmpty() ? QDir(root).absolutePath() : QDir::cleanPath(QDir(root).absoluteFilePath(recordKey)));
+   return m_fnReadFingerprint(sKey);
+}
+
 QString export_files::relativePath(const QString & path) const
 {
    // Reported paths are clean and absolute, below the root but for a plug-in's odd one out.

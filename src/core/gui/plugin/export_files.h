@@ -27,6 +27,8 @@ public:
    typedef QHash<QString, QByteArray> recorded_files;
    // Reads the record of the last export under a record key; set by the host.
    typedef std::function<zy::ZyBool(const QString & recordKey, recorded_files & result)> record_reader;
+   // Reads only the fingerprint of that record; set by the host.
+   typedef std::function<QByteArray(const QString & recordKey)> fingerprint_reader;
 
    struct file
    {
@@ -49,6 +51,7 @@ private:
    QList<file> m_lstFiles;
    QStringList m_lstInputs;
    record_reader m_fnReadRecord;
+   fingerprint_reader m_fnReadFingerprint;
    recorded_files m_hashPrevious;
    QByteArray m_fingerprint;
    QByteArray m_previousFingerprint;
@@ -106,6 +109,11 @@ public:
    // The fingerprint of the record begin() read (set by the record reader); empty when none.
    void setPreviousFingerprint(const QByteArray & fingerprint) { m_previousFingerprint = fingerprint; }
    const QByteArray & previousFingerprint() const { return m_previousFingerprint; }
+   // The fingerprint recorded by the last export into root, read before begin() (no side effect):
+   // a plug-in whose inputs give the same one may skip the checks that export passed. Empty
+   // when there is none or no reader.
+   void setFingerprintReader(const fingerprint_reader & fn) { m_fnReadFingerprint = fn; }
+   QByteArray recordedFingerprint(const QString & root, const QString & recordKey = QString()) const;
 
    // A file the export read besides the model (a user script named in the stored settings): a
    // watch follows it too.
