@@ -26,14 +26,12 @@ namespace codes = json_model_codes;
 
 // JSON string of UTF-8 bytes. Most texts need no escape: those are copied in one piece (the
 // dump and the export's fingerprint write every name and description of the model).
-QByteArray quotedUtf8(QByteArrayView utf8)
+void appendQuotedUtf8(QByteArray & out, QByteArrayView utf8)
 {
-   QByteArray out;
    const char * const pBegin = utf8.data();
    const char * const pEnd = pBegin + utf8.size();
    const char * pPlain = pBegin;
    while ((pPlain != pEnd) && (static_cast<unsigned char>(* pPlain) >= 0x20) && (* pPlain != '"') && (* pPlain != '\\')) { ++pPlain; }
-   out.reserve(utf8.size() + 2 + ((pPlain == pEnd) ? 0 : 16));
    out.append('"');
    out.append(pBegin, pPlain - pBegin);
    for (const char * pAt = pPlain; pAt != pEnd; ++pAt)
@@ -55,6 +53,13 @@ QByteArray quotedUtf8(QByteArrayView utf8)
       }
    }
    out.append('"');
+}
+
+QByteArray quotedUtf8(QByteArrayView utf8)
+{
+   QByteArray out;
+   out.reserve(utf8.size() + 2);
+   appendQuotedUtf8(out, utf8);
    return out;
 }
 
@@ -76,14 +81,42 @@ QByteArray scalar(const QVariant & v)
    }
 }
 
-// Fields of one JSON object, written in the order they are added.
+// Fields of one JSON object, written in the order they are added, straight into its text: on one
+// line ("{a, b}") or, given an indent, one field per line.
 class object_writer
 {
-   QList<QPair<QByteArray, QByteArray> > m_lstFields;
+   QByteArray m_out;
+   const QByteArray * m_pIndent = nullptr;
+   bool m_bEmpty = true;
+
+   // The separator before a field, and its indent.
+   void next()
+   {
+      if (m_pIndent)
+      {
+         if (! m_bEmpty) { m_out.append(",\n"); }
+         m_out.append(* m_pIndent).append("  ");
+      }
+      else if (! m_bEmpty) { m_out.append(", "); }
+      m_bEmpty = false;
+   }
 
 public:
+   explicit object_writer(const QByteArray * pIndent = nullptr) : m_pIndent(pIndent)
+   {
+      m_out.reserve(256);
+      m_out.append(pIndent ? "{\n" : "{");
+   }
+
    // Each returns the writer, so that a run of fields reads as one statement.
-   object_writer & add(const char * szKey, const QByteArray & value) { m_lstFields.append(qMakePair(QByteArray(szKey), value)); return (* this); }
+   object_writer & add(const char * szKey, QByteArrayView value)
+   {
+      next();
+      appendQuotedUtf8(m_out, szKey);
+      m_out.append(": ").append(value);
+      return (* this);
+   }
+   object_writer & addQuotedKey(QByteArrayView quotedKey, QByteArrayView value) { next(); m_out.append(quotedKey).append(": ").append(value); return (* this); }
    object_writer & addString(const char * szKey, const QString & s) { return add(szKey, quoted(s)); }
    object_writer & addStringIf(const char * szKey, const QString & s) { return (s.isEmpty() ? (* this) : addString(szKey, s)); }
    object_writer & addBoolIf(const char * szKey, bool b, bool bDefault) { return ((b == bDefault) ? (* this) : add(szKey, b ? "true" : "false")); }
@@ -100,38 +133,20 @@ public:
       const QMap<QString, QString> & map = item.getAllMetaData();
       if (map.isEmpty()) { return; }
       object_writer meta;
-      for (auto itr = map.constBegin(); itr != map.constEnd(); ++itr) { meta.m_lstFields.append(qMakePair(quoted(itr.key()), quoted(itr.value()))); }
-      add("meta", meta.inlineText(true));
+      for (auto itr = map.constBegin(); itr != map.constEnd(); ++itr) { meta.addQuotedKey(quoted(itr.key()), quoted(itr.value())); }
+      add("meta", meta.text());
    }
 
-   QByteArray inlineText(bool bKeysQuoted = false) const
+   // The finished text; the writer is then done.
+   QByteArray text()
    {
-      qsizetype iSize = 2;
-      for (const auto & field : m_lstFields) { iSize += field.first.size() + field.second.size() + 6; }
-      QByteArray out;
-      out.reserve(iSize);
-      out.append('{');
-      for (qsizetype i = 0; i < m_lstFields.size(); ++i)
+      if (m_pIndent)
       {
-         if (i > 0) { out.append(", "); }
-         out.append(bKeysQuoted ? m_lstFields.at(i).first : quotedUtf8(m_lstFields.at(i).first));
-         out.append(": ");
-         out.append(m_lstFields.at(i).second);
+         if (! m_bEmpty) { m_out.append('\n'); }
+         m_out.append(* m_pIndent);
       }
-      out.append('}');
-      return out;
-   }
-
-   QByteArray blockText(const QByteArray & indent) const
-   {
-      QByteArray out("{\n");
-      for (qsizetype i = 0; i < m_lstFields.size(); ++i)
-      {
-         out.append(indent + "  " + quotedUtf8(m_lstFields.at(i).first) + ": " + m_lstFields.at(i).second);
-         out.append((i + 1 < m_lstFields.size()) ? ",\n" : "\n");
-      }
-      out.append(indent + "}");
-      return out;
+      m_out.append('}');
+      return std::move(m_out);
    }
 };
 
@@ -173,7 +188,7 @@ QByteArray propertyText(const model::property & p)
       r.addStringIf("foreign_key", pRelation->getForeignKey());
       r.addStringIf("foreign_key_owner", pRelation->getForeignKeyOwner());
       r.addStringIf("extra_table", pRelation->getExtraTable());
-      w.add("relation", r.inlineText());
+      w.add("relation", r.text());
    }
    w.addStringIf("column", p.getColumnName()).addStringIf("description", p.getDescription()).addNumberIf("version", p.getVersion())
       .addCodeIf("accessibility", p.getAccessibility(), model::property::access_protected, & codes::accessibilityName)
@@ -186,12 +201,12 @@ QByteArray propertyText(const model::property & p)
       .addStringIf("reg_exp", p.getRegExp()).addStringIf("force_sql_type", p.getForceSqlType())
       .addStringIf("force_sql_alias", p.getForceSqlAlias()).addStringIf("format", p.getFormat());
    w.addMetaIf(p);
-   return w.inlineText();
+   return w.text();
 }
 
 QByteArray entityText(const model::entity & e, const QByteArray & indent)
 {
-   object_writer w;
+   object_writer w(& indent);
    w.add("id", number(e.getId())).addString("name", e.getName()).addStringIf("namespace", e.getNamespace())
       .addNumberIf("version", e.getVersion()).addStringIf("description", e.getDescription()).addStringIf("table", e.getTableName())
       .addStringIf("parent", e.getParentKey()).addBoolIf("abstract", e.isAbstract(), false).addBoolIf("read_only", e.isReadOnly(), false)
@@ -205,12 +220,12 @@ QByteArray entityText(const model::entity & e, const QByteArray & indent)
    QList<QByteArray> lstProperties;
    for (const model::property_ptr & p : e.getOwnProperties()) { if (p) { lstProperties.append(propertyText(* p)); } }
    w.add("properties", arrayBlock(lstProperties, indent + "  "));
-   return w.blockText(indent);
+   return w.text();
 }
 
 QByteArray enumerationText(const model::enumeration & e, const QByteArray & indent)
 {
-   object_writer w;
+   object_writer w(& indent);
    w.add("id", number(e.getId()));
    w.addString("name", e.getName());
    w.addStringIf("namespace", e.getNamespace());
@@ -226,10 +241,10 @@ QByteArray enumerationText(const model::enumeration & e, const QByteArray & inde
       object_writer v;
       v.addString("key", keyValue.first);
       v.addString("value", keyValue.second);
-      lstValues.append(v.inlineText());
+      lstValues.append(v.text());
    }
    w.add("values", arrayBlock(lstValues, indent + "  "));
-   return w.blockText(indent);
+   return w.text();
 }
 
 } // namespace
