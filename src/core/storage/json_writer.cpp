@@ -2,6 +2,8 @@
 
 #include <QBuffer>
 
+#include <cstring>
+
 #include <QList>
 #include <QLocale>
 #include <QMap>
@@ -32,8 +34,11 @@ void appendQuotedUtf8(QByteArray & out, QByteArrayView utf8)
    const char * const pEnd = pBegin + utf8.size();
    const char * pPlain = pBegin;
    while ((pPlain != pEnd) && (static_cast<unsigned char>(* pPlain) >= 0x20) && (* pPlain != '"') && (* pPlain != '\\')) { ++pPlain; }
-   out.append('"');
-   out.append(pBegin, pPlain - pBegin);
+   const qsizetype iAt = out.size();
+   out.resize(iAt + (pPlain - pBegin) + 1);
+   char * pOut = out.data() + iAt;
+   * pOut = '"';
+   if (pPlain != pBegin) { ::memcpy(pOut + 1, pBegin, static_cast<size_t>(pPlain - pBegin)); }
    for (const char * pAt = pPlain; pAt != pEnd; ++pAt)
    {
       const char c = * pAt;
@@ -63,7 +68,31 @@ QByteArray quotedUtf8(QByteArrayView utf8)
    return out;
 }
 
-QByteArray quoted(const QString & s) { return quotedUtf8(s.toUtf8()); }
+// A text of plain ASCII without escapes (most names and types) goes without its UTF-8 copy.
+void appendQuoted(QByteArray & out, const QString & s)
+{
+   const QChar * pBegin = s.constData();
+   const QChar * const pEnd = pBegin + s.size();
+   for (const QChar * p = pBegin; p != pEnd; ++p)
+   {
+      const char16_t c = p->unicode();
+      if ((c < 0x20) || (c >= 0x80) || (c == u'"') || (c == u'\\')) { appendQuotedUtf8(out, s.toUtf8()); return; }
+   }
+   const qsizetype iAt = out.size();
+   out.resize(iAt + s.size() + 2);
+   char * pOut = out.data() + iAt;
+   * pOut++ = '"';
+   for (const QChar * p = pBegin; p != pEnd; ++p) { * pOut++ = static_cast<char>(p->unicode()); }
+   * pOut = '"';
+}
+
+QByteArray quoted(const QString & s)
+{
+   QByteArray out;
+   out.reserve(s.size() + 2);
+   appendQuoted(out, s);
+   return out;
+}
 
 QByteArray number(qint64 i) { return QByteArray::number(i); }
 
@@ -117,7 +146,14 @@ public:
       return (* this);
    }
    object_writer & addQuotedKey(QByteArrayView quotedKey, QByteArrayView value) { next(); m_out.append(quotedKey).append(": ").append(value); return (* this); }
-   object_writer & addString(const char * szKey, const QString & s) { return add(szKey, quoted(s)); }
+   object_writer & addString(const char * szKey, const QString & s)
+   {
+      next();
+      appendQuotedUtf8(m_out, szKey);
+      m_out.append(": ");
+      appendQuoted(m_out, s);
+      return (* this);
+   }
    object_writer & addStringIf(const char * szKey, const QString & s) { return (s.isEmpty() ? (* this) : addString(szKey, s)); }
    object_writer & addBoolIf(const char * szKey, bool b, bool bDefault) { return ((b == bDefault) ? (* this) : add(szKey, b ? "true" : "false")); }
    object_writer & addNumberIf(const char * szKey, qint64 i) { return ((i == 0) ? (* this) : add(szKey, number(i))); }
