@@ -285,6 +285,9 @@ QByteArray enumerationText(const model::enumeration & e, const QByteArray & inde
 
 } // namespace
 
+QByteArray itemText(const model::entity & entity) { return entityText(entity, QByteArray()); }
+QByteArray itemText(const model::enumeration & enumeration) { return enumerationText(enumeration, QByteArray()); }
+
 // Items are written one at a time: the text of a large model is never held twice.
 template <class T, class F>
 bool writeArray(QIODevice & out, const QList<std::shared_ptr<T> > & lst, const QByteArray & indent, F itemText)

@@ -9,10 +9,16 @@
 #include <dlfcn.h>
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <thread>
+#include <vector>
+
 #define XXH_INLINE_ALL
 #include <xxhash.h>
 
 #include "context/ctx_global.h"
+#include "model/entity.h"
+#include "model/enumeration.h"
 #include "model/project.h"
 #include "storage/json_writer.h"
 #include "cpp_export/plugin/cpp_export.h"
@@ -64,6 +70,38 @@ void addOwnBuild(fingerprint_hash & h)
    h.add(static_cast<qint64>(st.st_ino));
 }
 
+// The model item by item, each item's text hashed on one of the export's threads (the text of
+// a large model costs more than reading its files), then the hashes in model order.
+void addModel(fingerprint_hash & h, const model::project & project, int iThreads)
+{
+   std::vector<const model::entity *> lstEntities;
+   std::vector<const model::enumeration *> lstEnums;
+   if (project.getListOfAllEntities()) { for (const model::entity_ptr & p : * project.getListOfAllEntities()) { if (p) { lstEntities.push_back(p.get()); } } }
+   if (project.getListOfAllEnums()) { for (const model::enumeration_ptr & p : * project.getListOfAllEnums()) { if (p) { lstEnums.push_back(p.get()); } } }
+   const std::size_t n = lstEntities.size() + lstEnums.size();
+   std::vector<XXH128_hash_t> lstHashes(n);
+   auto hashRange = [&](std::size_t iFrom, std::size_t iTo)
+   {
+      for (std::size_t i = iFrom; i < iTo; ++i)
+      {
+         const QByteArray text = ((i < lstEntities.size()) ? storage::json_write::itemText(* lstEntities[i])
+                                                            : storage::json_write::itemText(* lstEnums[i - lstEntities.size()]));
+         lstHashes[i] = XXH3_128bits(text.constData(), static_cast<std::size_t>(text.size()));
+      }
+   };
+   // Small models are not worth a thread.
+   const std::size_t iWorkers = ((n < 256) ? 1 : std::min<std::size_t>(static_cast<std::size_t>(std::max(1, iThreads)), 16));
+   std::vector<std::thread> lstThreads;
+   const std::size_t iChunk = (n + iWorkers - 1) / std::max<std::size_t>(iWorkers, 1);
+   for (std::size_t t = 1; t < iWorkers; ++t) { lstThreads.emplace_back(hashRange, std::min(n, t * iChunk), std::min(n, (t + 1) * iChunk)); }
+   hashRange(0, std::min(n, iChunk));
+   for (std::thread & t : lstThreads) { t.join(); }
+   h.add(project.getName());
+   h.add(static_cast<qint64>(lstEntities.size()));
+   h.add(static_cast<qint64>(lstEnums.size()));
+   for (const XXH128_hash_t & x : lstHashes) { h.add(& x, sizeof(x)); }
+}
+
 void addParser(fingerprint_hash & h, const cpp_builder::parser_ptr & parser)
 {
    if (! parser) { h.add(QByteArray("no template")); return; }
@@ -95,7 +133,7 @@ QByteArray cpp_builder::itemFingerprint(const model::project & project, const st
    h.add(getLumorPath(true, false));
    // The templates' texts themselves: a custom template edited on disk changes them.
    for (const parser_ptr & parser : lstParsers) { addParser(h, parser); }
-   h.add(storage::json_write::projectText(project));
+   addModel(h, project, exportThreads());
    return h.result();
 }
 
