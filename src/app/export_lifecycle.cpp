@@ -81,9 +81,8 @@ void export_lifecycle::attachRecord(const QString & plugin, plugin::export_files
    files.setFingerprintReader([plugin](const QString & recordKey)
    {
       QSqlDatabase db = context::ctx_project::getDatabase();
-      storage::export_record::files record;
       QByteArray fingerprint;
-      if (recordKey.isEmpty() || ! db.isValid() || ! storage::export_record::read(db, plugin, recordKey, record, & fingerprint)) { return QByteArray(); }
+      if (recordKey.isEmpty() || ! db.isValid() || ! storage::export_record::readFingerprint(db, plugin, recordKey, fingerprint)) { return QByteArray(); }
       return fingerprint;
    });
 }

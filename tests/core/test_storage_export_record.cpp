@@ -131,3 +131,18 @@ TEST_F(StorageExportRecord, FingerprintReadsBackWithItsRecord)
    EXPECT_TRUE(read.isEmpty());
    EXPECT_EQ(fingerprint, QByteArray("ff"));
 }
+
+TEST_F(StorageExportRecord, FingerprintAloneReadsWhatTheWholeRecordHolds)
+{
+   QByteArray fingerprint("stale");
+   ASSERT_TRUE(export_record::readFingerprint(m_db, "TavrelCppExport", "/tmp/out", fingerprint).getValue());
+   EXPECT_TRUE(fingerprint.isEmpty());
+   ASSERT_TRUE(export_record::write(m_db, "TavrelCppExport", "/tmp/out", recordOf(40, "a"), "00ff").getValue());
+   ASSERT_TRUE(export_record::readFingerprint(m_db, "TavrelCppExport", "/tmp/out", fingerprint).getValue());
+   EXPECT_EQ(fingerprint, QByteArray("00ff"));
+   ASSERT_TRUE(export_record::readFingerprint(m_db, "TavrelCppExport", "/tmp/other", fingerprint).getValue());
+   EXPECT_TRUE(fingerprint.isEmpty());
+   ASSERT_TRUE(export_record::write(m_db, "TavrelCppExport", "/tmp/out", recordOf(40, "a")).getValue());
+   ASSERT_TRUE(export_record::readFingerprint(m_db, "TavrelCppExport", "/tmp/out", fingerprint).getValue());
+   EXPECT_TRUE(fingerprint.isEmpty());
+}

@@ -73,6 +73,29 @@ export_record::files decode(const QByteArray & value, QByteArray & fingerprint)
 
 } // namespace
 
+zy::ZyBool export_record::readFingerprint(QSqlDatabase & db, const QString & plugin, const QString & exportDir, QByteArray & fingerprint)
+{
+   fingerprint.clear();
+   QStringList lstTables;
+   QString sError;
+   if (! project_file::listTables(db, lstTables, sError)) { return zy::ZyBool(false, "cannot read the project file: " + sError); }
+   if (! lstTables.contains("t_export_record")) { return zy::ZyBool(true); }
+   QSqlQuery query(db);
+   query.setForwardOnly(true);
+   if (! query.prepare("SELECT files FROM t_export_record WHERE plugin_name = ? AND export_dir = ?")) { return failed("read", query); }
+   query.addBindValue(plugin);
+   query.addBindValue(exportDir);
+   if (! query.exec()) { return failed("read", query); }
+   if (! query.next()) { return zy::ZyBool(true); }
+   // A record that does not read back whole has no fingerprint either.
+   const QByteArray bytes = qUncompress(query.value(0).toByteArray());
+   const qsizetype iHead = qsizetype(sizeof(k_szFormatWithFingerprint));
+   if (! bytes.startsWith(QByteArrayView(k_szFormatWithFingerprint, iHead)) || ! bytes.endsWith('\0')) { return zy::ZyBool(true); }
+   const qsizetype iEnd = bytes.indexOf('\0', iHead);
+   if (iEnd > iHead) { fingerprint = bytes.mid(iHead, iEnd - iHead); }
+   return zy::ZyBool(true);
+}
+
 zy::ZyBool export_record::read(QSqlDatabase & db, const QString & plugin, const QString & exportDir, files & result,
                               QByteArray * pFingerprint)
 {
