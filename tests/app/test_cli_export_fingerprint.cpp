@@ -286,3 +286,18 @@ TEST_F(CliExportFingerprint, ModelCheckedByTheRecordedExportIsNotCheckedAgain)
    EXPECT_EQ(r.code, 1) << text(r);
    EXPECT_TRUE(r.err.contains("Some errors have been detected in current project")) << text(r);
 }
+
+TEST_F(CliExportFingerprint, ProjectFilesFollowTheSameFingerprint)
+{
+   ASSERT_EQ(run({}).code, 0);
+   editBehindTheRecord("CMakeLists.txt");
+   cli_result r = run({ "--verbose" });
+   EXPECT_EQ(r.code, 0) << text(r);
+   EXPECT_TRUE(stillEdited("CMakeLists.txt"));
+   EXPECT_TRUE(r.out.contains("  CMakeLists.txt")) << text(r);
+   // Another input: the project file is generated again.
+   ASSERT_TRUE(QDir().mkpath(path("lumor2")));
+   r = test_support::runTavrel({ "export", m_sModel, "--lumor-path", path("lumor2"), "--TavrelCppExport_path=out" });
+   EXPECT_EQ(r.code, 0) << text(r);
+   EXPECT_FALSE(stillEdited("CMakeLists.txt"));
+}

@@ -56,6 +56,11 @@ QStringView cpp_builder::comparedPart(QStringView text)
    return removeUpTo(removeUpTo(text, QLatin1String("****/\n\n")), QLatin1String("#####\n\n"));
 }
 
+bool cpp_builder::datedWhereCompared(QStringView text)
+{
+   return comparedPart(text).contains(QLatin1String("File created by "));
+}
+
 QString cpp_builder::getLumorPath(bool bForceCheck, bool bWithPwdPrefix) const
 {
    model::global_params_ptr pParams = context::ctx_global::getGlobalParams();
@@ -309,7 +314,14 @@ zy::ZyBool cpp_builder::build(model::project & project)
    }
 
    m_sWriteRoot = D;
-   struct write_root_reset { QString & root; ~write_root_reset() { root.clear(); } } resetRoot{ m_sWriteRoot };
+   m_pTrusted = nullptr;
+   m_bVouched = false;
+   m_bDatedText = false;
+   struct write_root_reset
+   {
+      cpp_builder & b;
+      ~write_root_reset() { b.m_sWriteRoot.clear(); b.m_pTrusted = nullptr; }
+   } resetRoot{ * this };
    // The dated line of the banner is no change for the rewrite rule, nor for a diff.
    if (m_pCppExport->getExportFiles()) { m_pCppExport->getExportFiles()->begin(D, QStringLiteral("File created by Tavrel .* : please, do NOT modify this file")); }
 
@@ -320,6 +332,9 @@ zy::ZyBool cpp_builder::build(model::project & project)
    if (! ok) { return ok; }
    ok = buildProjectFiles(project);
    if (! ok) { return ok; }
+   // A model with problems asks again next time: no fingerprint lets that export skip the check.
+   export_files * pFiles = m_pCppExport->getExportFiles();
+   if (pFiles && m_bVouched && ! m_bDatedText) { pFiles->setFingerprint(m_itemFingerprint); }
 
    executeScript(& project, nullptr, nullptr, nullptr, "PLUGIN_EXPORT_END", QString(), QString());
    Q_EMIT onMessage("All entities have been exported to a C++ project : '" + D + "'", 1, k_iDuration);

@@ -60,6 +60,12 @@ private:
    // recorded when the model had no problem: the next build with the same one skips the checks.
    QByteArray m_itemFingerprint;
    bool m_bModelClean = false;
+   // While build() runs: the record trusted by the items (also for the project files), whether
+   // the items' files may be vouched for, and whether a generated text showed its date where
+   // texts are compared.
+   const QHash<QString, QByteArray> * m_pTrusted = nullptr;
+   bool m_bVouched = false;
+   bool m_bDatedText = false;
 
    // The export directory while build() runs: nothing is written outside it. Empty otherwise.
    QString m_sWriteRoot;
@@ -82,6 +88,8 @@ public:
    bool isSame(const QString & oldText, const QString & newText) const;
    // The part of a generated text that isSame compares: what follows the banner.
    static QStringView comparedPart(QStringView text);
+   // Whether a generated text shows its dated banner line where isSame compares.
+   static bool datedWhereCompared(QStringView text);
    // What the entity and enumeration files of an export are made from: the model, the plug-in's
    // settings and build, the Lumor path and the given templates.
    QByteArray itemFingerprint(const model::project & project, const std::vector<parser_ptr> & lstParsers) const;
@@ -209,6 +217,8 @@ private:
    // Whether a file still holds what the record of the last export says it holds, when that
    // record's fingerprint is this export's (ctx.pTrusted): then it needs no generating.
    bool stillRecorded(int iFolder, const QString & sName, const QString & sPath, const item_context & ctx) const;
+   // The same for a project file, by its path.
+   bool stillRecorded(const QString & sPath) const;
    // Adds the file's report and writes it when it changed (and the run is not dry).
    bool putNew(int iFolder, const QString & sName, file_report && r, const item_context & ctx, item_outcome & res) const;
    zy::ZyBool replayItem(item_outcome & res, const item_context & ctx);

@@ -66,10 +66,6 @@ bool userFileThere(int iFolder, const QString & sName, const QString & sPath)
    return (::fstatat(iFolder, QFile::encodeName(sName).constData(), & st, 0) == 0);
 }
 
-bool datedWhereCompared(const QString & text)
-{
-   return cpp_builder::comparedPart(text).contains(QLatin1String("File created by "));
-}
 
 } // namespace
 
@@ -103,6 +99,17 @@ bool cpp_builder::stillRecorded(int iFolder, const QString & sName, const QStrin
    if (tools::export_folders::read(iFolder, sName, bytes) != tools::export_folders::outcome::done) { return false; }
    // The hash the record keeps is of the text as the export reads it back.
    return (export_files::hashOf(tools::decodeText(std::move(bytes))) == * it);
+}
+
+bool cpp_builder::stillRecorded(const QString & sPath) const
+{
+   const export_files * pFiles = (m_pCppExport ? m_pCppExport->getExportFiles() : nullptr);
+   if (! m_pTrusted || ! pFiles) { return false; }
+   const auto it = m_pTrusted->constFind(pFiles->relativePath(sPath));
+   if ((it == m_pTrusted->constEnd()) || it->isEmpty()) { return false; }
+   bool bExists = false;
+   const QString sText = getFileText(sPath, bExists);
+   return (bExists && (export_files::hashOf(sText) == * it));
 }
 
 bool cpp_builder::putNew(int iFolder, const QString & sName, file_report && r, const item_context & ctx, item_outcome & res) const
@@ -366,8 +373,10 @@ zy::ZyBool cpp_builder::exportItemsAtOnce(model::project & project, const model:
    if (pFiles && ! fingerprint.isEmpty() && pFiles->previousRecordRead().getValue() && (pFiles->previousFingerprint() == fingerprint))
    { ctx.pTrusted = & pFiles->previousRecord(); }
    const zy::ZyBool ok = runItems(project, lstItems, ctx, exportThreads());
-   // A model with problems asks again next time: no fingerprint lets that export skip the check.
-   if (ok && pFiles && m_bModelClean && ! ctx.bDatedText) { pFiles->setFingerprint(fingerprint); }
+   // The project files follow: they trust the same record, and build() records the fingerprint.
+   m_pTrusted = ctx.pTrusted;
+   m_bVouched = (ok && pFiles && ! fingerprint.isEmpty() && m_bModelClean);
+   if (ctx.bDatedText) { m_bDatedText = true; }
    return ok;
 }
 
