@@ -159,6 +159,9 @@ struct figures
    // The same cold export on one thread (TAVREL_EXPORT_THREADS=1), and reading every file of
    // the tree: the floor of an unchanged re-export.
    double coldOneThreadMs = 0, readMs = 0;
+   // The unchanged re-export generating every file again (the plug-in without a record), and the
+   // user processor time of both kinds of unchanged re-export.
+   double unchangedFullMs = 0, unchangedUserMs = 0, unchangedFullUserMs = 0;
 };
 
 // Runs f with TAVREL_EXPORT_THREADS set to value, then puts the variable back as it was.
@@ -367,14 +370,16 @@ public:
       QDir(base + "/copy").removeRecursively();
       QDir(base + "/one").removeRecursively();
 
-      // The rest reuse one builder, as the host does between exports.
+      // The rest reuse one builder, as the host does between exports. The first export records
+      // the files and their fingerprint, as a user's first export does.
       m_plugin.setCppExportPath(out);
       plugin::cpp_builder builder(& m_plugin);
-      timedBuild(builder, * pProject, false);
+      QSqlQuery(context::ctx_project::getDatabase()).exec("DELETE FROM t_export_record");
+      timedHostExport(builder, * pProject, false);
 
-      if (! bProfileOnly || (m_settings.profile == "unchanged"))
+      if (! bProfileOnly || (m_settings.profile == "unchanged") || (m_settings.profile == "unchanged-full"))
       {
-         std::vector<double> v, vRead;
+         std::vector<double> v, vFull, vRead, vUser, vFullUser;
          f.unchangedWritten = 0;
          for (int r = 0; r < repeat; ++r)
          {
@@ -382,13 +387,30 @@ public:
             settleDisk();
             vRead.push_back(bench::readTreeMs(out, iRead));
             const tree_state before = snapshot(out);
-            settleDisk();
-            v.push_back(timedBuild(builder, * pProject, m_settings.profile == "unchanged"));
+            double user = 0;
+            // As the hosts run it: the record's fingerprint matches, no file is generated.
+            if (! bProfileOnly || (m_settings.profile == "unchanged"))
+            {
+               settleDisk();
+               v.push_back(timedHostExport(builder, * pProject, false, m_settings.profile == "unchanged", & user));
+               vUser.push_back(user);
+            }
+            // The plug-in alone, without a record: every file generated and compared.
+            if (! bProfileOnly || (m_settings.profile == "unchanged-full"))
+            {
+               settleDisk();
+               double sys = 0;
+               vFull.push_back(timedBuild(builder, * pProject, m_settings.profile == "unchanged-full", & user, & sys));
+               vFullUser.push_back(user);
+            }
             int files = 0; qint64 bytes = 0;
             diffTrees(before, snapshot(out), files, bytes);
             f.unchangedWritten = std::max(f.unchangedWritten, files);
          }
          f.unchangedMs = median(v);
+         f.unchangedUserMs = median(vUser);
+         f.unchangedFullMs = median(vFull);
+         f.unchangedFullUserMs = median(vFullUser);
          f.readMs = median(vRead);
       }
 
@@ -459,12 +481,14 @@ void printFloors(const QList<figures> & all, double startMs)
 {
    std::printf("\nThreads and floors: the cold export on every core and on one, cp -r of its tree, the unchanged re-export and "
                "reading every file once\n\n");
-   std::printf("| N | files | MB | cold ms | cold, one thread ms | cp -r ms | cold / cp -r | unchanged ms | read every file ms | unchanged / read |\n");
-   std::printf("|---:|---:|---:|---:|---:|---:|---:|---:|---:|---:|\n");
+   std::printf("| N | files | MB | cold ms (user) | cold, one thread ms | cp -r ms | cold / cp -r | unchanged ms (user) "
+               "| unchanged, every file generated ms (user) | read every file ms | unchanged / read |\n");
+   std::printf("|---:|---:|---:|---:|---:|---:|---:|---:|---:|---:|---:|\n");
    for (const figures & f : all)
    {
-      std::printf("| %d | %d | %.1f | %.1f | %.1f | %.1f | %.2f | %.1f | %.1f | %.2f |\n", f.n, f.files, f.bytes / 1e6, f.coldMs, f.coldOneThreadMs,
-                  f.copyMs, (f.copyMs > 0 ? f.coldMs / f.copyMs : 0.0), f.unchangedMs, f.readMs, (f.readMs > 0 ? f.unchangedMs / f.readMs : 0.0));
+      std::printf("| %d | %d | %.1f | %.1f (%.0f) | %.1f | %.1f | %.2f | %.1f (%.0f) | %.1f (%.0f) | %.1f | %.2f |\n", f.n, f.files, f.bytes / 1e6,
+                  f.coldMs, f.coldUserMs, f.coldOneThreadMs, f.copyMs, (f.copyMs > 0 ? f.coldMs / f.copyMs : 0.0), f.unchangedMs,
+                  f.unchangedUserMs, f.unchangedFullMs, f.unchangedFullUserMs, f.readMs, (f.readMs > 0 ? f.unchangedMs / f.readMs : 0.0));
    }
    std::printf("\nOne-entity export, whole process (tavrel export, median): %.1f ms\n", startMs);
 }
@@ -519,7 +543,7 @@ int main(int argc, char ** argv)
    QCommandLineOption optCustom("no-custom-files", "Do not generate the custom companion files (on by default, as in the plug-in).");
    QCommandLineOption optPImpl("pimpl", "Use the PIMPL templates.");
    QCommandLineOption optStyle("style", "Class style 0 to 3 (default 0, the plug-in's default).", "n");
-   QCommandLineOption optProfile("profile", "Run one export of this kind only, for callgrind: cold, unchanged, changed, preview or dry (a dry run of the unchanged tree, host included).", "kind");
+   QCommandLineOption optProfile("profile", "Run one export of this kind only, for callgrind: cold, unchanged (as the hosts run it, record included), unchanged-full (the plug-in alone, every file generated), changed, preview or dry (a dry run of the unchanged tree, host included).", "kind");
    QCommandLineOption optKeep("keep", "Keep the exported trees.");
    QCommandLineOption optNoHost("no-host-side", "Leave out the host's side (record, dry run): the second table.");
    parser.addOptions({ optSizes, optRepeat, optPreview, optWork, optCustom, optPImpl, optStyle, optProfile, optKeep, optNoHost });

@@ -66,12 +66,24 @@ stale_kind judge(const QString & root, const QString & relPath, const QByteArray
 
 void export_lifecycle::attachRecord(const QString & plugin, plugin::export_files & files, const std::function<void()> & fnOnBegin)
 {
-   files.setRecordReader([plugin, fnOnBegin](const QString & recordKey, plugin::export_files::recorded_files & result)
+   // The reader belongs to files: the pointer lives as long as it.
+   plugin::export_files * pFiles = & files;
+   files.setRecordReader([plugin, fnOnBegin, pFiles](const QString & recordKey, plugin::export_files::recorded_files & result)
    {
       if (fnOnBegin) { fnOnBegin(); }
       QSqlDatabase db = context::ctx_project::getDatabase();
       if (recordKey.isEmpty() || ! db.isValid()) { return zy::ZyBool(false, "no project file"); }
-      return storage::export_record::read(db, plugin, recordKey, result);
+      QByteArray fingerprint;
+      const zy::ZyBool ok = storage::export_record::read(db, plugin, recordKey, result, & fingerprint);
+      pFiles->setPreviousFingerprint(fingerprint);
+      return ok;
+   });
+   files.setFingerprintReader([plugin](const QString & recordKey)
+   {
+      QSqlDatabase db = context::ctx_project::getDatabase();
+      QByteArray fingerprint;
+      if (recordKey.isEmpty() || ! db.isValid() || ! storage::export_record::readFingerprint(db, plugin, recordKey, fingerprint)) { return QByteArray(); }
+      return fingerprint;
    });
 }
 
@@ -95,9 +107,10 @@ zy::ZyBool export_lifecycle::finish(const QString & plugin, const plugin::export
    if (sRoot.isEmpty() || ! db.isValid()) { return zy::ZyBool(true); }
 
    storage::export_record::files oldRecord = files.previousRecord();
+   QByteArray oldFingerprint = files.previousFingerprint();
    if (! files.previousRecordRead())
    {
-      zy::ZyBool ok = storage::export_record::read(db, plugin, files.recordKey(), oldRecord);
+      zy::ZyBool ok = storage::export_record::read(db, plugin, files.recordKey(), oldRecord, & oldFingerprint);
       if (! ok) { return ok; }
    }
    QStringList lstStale;
@@ -125,8 +138,9 @@ zy::ZyBool export_lifecycle::finish(const QString & plugin, const plugin::export
       }
    }
    // An export that changed nothing leaves the project file alone (no write, no sync to disk).
-   if (bDryRun || (newRecord == oldRecord)) { return zy::ZyBool(true); }
-   return storage::export_record::write(db, plugin, files.recordKey(), newRecord);
+   const QByteArray fingerprint = (files.isStopped() ? QByteArray() : files.fingerprint());
+   if (bDryRun || ((newRecord == oldRecord) && (fingerprint == oldFingerprint))) { return zy::ZyBool(true); }
+   return storage::export_record::write(db, plugin, files.recordKey(), newRecord, fingerprint);
 }
 
 zy::ZyBool export_lifecycle::finishStopped(const QString & plugin, const plugin::export_files & files, export_outcome & outcome)
@@ -148,8 +162,10 @@ zy::ZyBool export_lifecycle::finishStopped(const QString & plugin, const plugin:
       ++outcome.written;
       outcome.lines.append(((f.status == plugin::export_files::status_created) ? "A " : "M ") + sRel);
    }
+   // Nothing written: the record, fingerprint included, still says what is on disk. Otherwise
+   // the files not reached were made from other inputs than those written: no fingerprint.
    if (sRoot.isEmpty() || ! db.isValid() || files.isDryRun() || (record == oldRecord)) { return zy::ZyBool(true); }
-   return storage::export_record::write(db, plugin, files.recordKey(), record);
+   return storage::export_record::write(db, plugin, files.recordKey(), record, QByteArray());
 }
 
 QString export_lifecycle::summary(const export_outcome & outcome, double dSeconds, bool bDryRun)

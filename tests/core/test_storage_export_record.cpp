@@ -106,3 +106,43 @@ TEST_F(StorageExportRecord, DamagedRecordReadsAsNoneAndIsReplaced)
    ASSERT_TRUE(query.next());
    EXPECT_EQ(query.value(0).toInt(), 1);
 }
+
+// The fingerprint goes with its record, and a record written without one reads back without one.
+TEST_F(StorageExportRecord, FingerprintReadsBackWithItsRecord)
+{
+   ASSERT_TRUE(export_record::write(m_db, "TavrelCppExport", "/tmp/out", recordOf(120, "a"), "0123456789abcdef0123456789abcdef").getValue());
+   export_record::files read;
+   QByteArray fingerprint;
+   ASSERT_TRUE(export_record::read(m_db, "TavrelCppExport", "/tmp/out", read, & fingerprint).getValue());
+   EXPECT_EQ(read, recordOf(120, "a"));
+   EXPECT_EQ(fingerprint, QByteArray("0123456789abcdef0123456789abcdef"));
+   // Read as before, the files alone.
+   ASSERT_TRUE(export_record::read(m_db, "TavrelCppExport", "/tmp/out", read).getValue());
+   EXPECT_EQ(read, recordOf(120, "a"));
+
+   ASSERT_TRUE(export_record::write(m_db, "TavrelCppExport", "/tmp/out", recordOf(3, "b")).getValue());
+   ASSERT_TRUE(export_record::read(m_db, "TavrelCppExport", "/tmp/out", read, & fingerprint).getValue());
+   EXPECT_EQ(read, recordOf(3, "b"));
+   EXPECT_TRUE(fingerprint.isEmpty());
+
+   // No files but a fingerprint.
+   ASSERT_TRUE(export_record::write(m_db, "TavrelCppExport", "/tmp/out", export_record::files(), "ff").getValue());
+   ASSERT_TRUE(export_record::read(m_db, "TavrelCppExport", "/tmp/out", read, & fingerprint).getValue());
+   EXPECT_TRUE(read.isEmpty());
+   EXPECT_EQ(fingerprint, QByteArray("ff"));
+}
+
+TEST_F(StorageExportRecord, FingerprintAloneReadsWhatTheWholeRecordHolds)
+{
+   QByteArray fingerprint("stale");
+   ASSERT_TRUE(export_record::readFingerprint(m_db, "TavrelCppExport", "/tmp/out", fingerprint).getValue());
+   EXPECT_TRUE(fingerprint.isEmpty());
+   ASSERT_TRUE(export_record::write(m_db, "TavrelCppExport", "/tmp/out", recordOf(40, "a"), "00ff").getValue());
+   ASSERT_TRUE(export_record::readFingerprint(m_db, "TavrelCppExport", "/tmp/out", fingerprint).getValue());
+   EXPECT_EQ(fingerprint, QByteArray("00ff"));
+   ASSERT_TRUE(export_record::readFingerprint(m_db, "TavrelCppExport", "/tmp/other", fingerprint).getValue());
+   EXPECT_TRUE(fingerprint.isEmpty());
+   ASSERT_TRUE(export_record::write(m_db, "TavrelCppExport", "/tmp/out", recordOf(40, "a")).getValue());
+   ASSERT_TRUE(export_record::readFingerprint(m_db, "TavrelCppExport", "/tmp/out", fingerprint).getValue());
+   EXPECT_TRUE(fingerprint.isEmpty());
+}

@@ -11,17 +11,25 @@ namespace storage {
 namespace {
 
 // The row's value: "1", then hash and path (UTF-8) of each file, all ended by NUL, which no
-// path holds; compressed, as the paths repeat their folders.
+// path holds; compressed, as the paths repeat their folders. With a fingerprint: "2", the
+// fingerprint, then the same pairs (a program that only knows "1" reads no record).
 const char k_szFormat[] = "1";
+const char k_szFormatWithFingerprint[] = "2";
 
 zy::ZyBool failed(const QString & sWhat, const QSqlQuery & query)
 {
    return zy::ZyBool(false, "cannot " + sWhat + " the record of generated files: " + project_file::dbErrorText(query.lastError()));
 }
 
-QByteArray encode(const export_record::files & record)
+QByteArray encode(const export_record::files & record, const QByteArray & fingerprint)
 {
    QByteArray bytes(k_szFormat, sizeof(k_szFormat));
+   if (! fingerprint.isEmpty() && ! fingerprint.contains('\0'))
+   {
+      bytes = QByteArray(k_szFormatWithFingerprint, sizeof(k_szFormatWithFingerprint));
+      bytes += fingerprint;
+      bytes += '\0';
+   }
    for (auto it = record.constBegin(); it != record.constEnd(); ++it)
    {
       bytes += it.value();
@@ -35,20 +43,28 @@ QByteArray encode(const export_record::files & record)
 
 // A value that does not read back whole counts as no record: the next export then removes
 // nothing and records anew.
-export_record::files decode(const QByteArray & value)
+export_record::files decode(const QByteArray & value, QByteArray & fingerprint)
 {
    export_record::files record;
+   fingerprint.clear();
    const QByteArray bytes = qUncompress(value);
-   const qsizetype iHead = qsizetype(sizeof(k_szFormat));
-   if (! bytes.startsWith(QByteArrayView(k_szFormat, iHead))) { return record; }
+   qsizetype iHead = qsizetype(sizeof(k_szFormat));
+   if (bytes.startsWith(QByteArrayView(k_szFormatWithFingerprint, iHead)))
+   {
+      const qsizetype iEnd = bytes.indexOf('\0', iHead);
+      if (iEnd < 0) { return record; }
+      fingerprint = bytes.mid(iHead, iEnd - iHead);
+      iHead = iEnd + 1;
+   }
+   else if (! bytes.startsWith(QByteArrayView(k_szFormat, iHead))) { return record; }
    if (bytes.size() == iHead) { return record; }
-   if (! bytes.endsWith('\0')) { return record; }
+   if (! bytes.endsWith('\0')) { fingerprint.clear(); return record; }
    // Read in place: pairs of NUL-ended hash and path.
    for (qsizetype iAt = iHead; iAt < bytes.size();)
    {
       const qsizetype iHashEnd = bytes.indexOf('\0', iAt);
       const qsizetype iPathEnd = ((iHashEnd < 0) ? -1 : bytes.indexOf('\0', iHashEnd + 1));
-      if (iPathEnd < 0) { return export_record::files(); }
+      if (iPathEnd < 0) { fingerprint.clear(); return export_record::files(); }
       record.insert(QString::fromUtf8(bytes.constData() + iHashEnd + 1, iPathEnd - iHashEnd - 1), bytes.mid(iAt, iHashEnd - iAt));
       iAt = iPathEnd + 1;
    }
@@ -57,9 +73,34 @@ export_record::files decode(const QByteArray & value)
 
 } // namespace
 
-zy::ZyBool export_record::read(QSqlDatabase & db, const QString & plugin, const QString & exportDir, files & result)
+zy::ZyBool export_record::readFingerprint(QSqlDatabase & db, const QString & plugin, const QString & exportDir, QByteArray & fingerprint)
+{
+   fingerprint.clear();
+   QStringList lstTables;
+   QString sError;
+   if (! project_file::listTables(db, lstTables, sError)) { return zy::ZyBool(false, "cannot read the project file: " + sError); }
+   if (! lstTables.contains("t_export_record")) { return zy::ZyBool(true); }
+   QSqlQuery query(db);
+   query.setForwardOnly(true);
+   if (! query.prepare("SELECT files FROM t_export_record WHERE plugin_name = ? AND export_dir = ?")) { return failed("read", query); }
+   query.addBindValue(plugin);
+   query.addBindValue(exportDir);
+   if (! query.exec()) { return failed("read", query); }
+   if (! query.next()) { return zy::ZyBool(true); }
+   // A record that does not read back whole has no fingerprint either.
+   const QByteArray bytes = qUncompress(query.value(0).toByteArray());
+   const qsizetype iHead = qsizetype(sizeof(k_szFormatWithFingerprint));
+   if (! bytes.startsWith(QByteArrayView(k_szFormatWithFingerprint, iHead)) || ! bytes.endsWith('\0')) { return zy::ZyBool(true); }
+   const qsizetype iEnd = bytes.indexOf('\0', iHead);
+   if (iEnd > iHead) { fingerprint = bytes.mid(iHead, iEnd - iHead); }
+   return zy::ZyBool(true);
+}
+
+zy::ZyBool export_record::read(QSqlDatabase & db, const QString & plugin, const QString & exportDir, files & result,
+                              QByteArray * pFingerprint)
 {
    result.clear();
+   if (pFingerprint) { pFingerprint->clear(); }
    QStringList lstTables;
    QString sError;
    if (! project_file::listTables(db, lstTables, sError)) { return zy::ZyBool(false, "cannot read the project file: " + sError); }
@@ -71,11 +112,17 @@ zy::ZyBool export_record::read(QSqlDatabase & db, const QString & plugin, const 
    query.addBindValue(plugin);
    query.addBindValue(exportDir);
    if (! query.exec()) { return failed("read", query); }
-   if (query.next()) { result = decode(query.value(0).toByteArray()); }
+   if (query.next())
+   {
+      QByteArray fingerprint;
+      result = decode(query.value(0).toByteArray(), fingerprint);
+      if (pFingerprint) { * pFingerprint = fingerprint; }
+   }
    return zy::ZyBool(true);
 }
 
-zy::ZyBool export_record::write(QSqlDatabase & db, const QString & plugin, const QString & exportDir, const files & record)
+zy::ZyBool export_record::write(QSqlDatabase & db, const QString & plugin, const QString & exportDir, const files & record,
+                               const QByteArray & fingerprint)
 {
    QString sError;
    // Older project files get the table the first time they record an export.
@@ -88,7 +135,7 @@ zy::ZyBool export_record::write(QSqlDatabase & db, const QString & plugin, const
    if (! query.prepare("INSERT OR REPLACE INTO t_export_record (plugin_name, export_dir, files) VALUES (?, ?, ?)")) { return failed("write", query); }
    query.addBindValue(plugin);
    query.addBindValue(exportDir);
-   query.addBindValue(encode(record));
+   query.addBindValue(encode(record, fingerprint));
    if (! query.exec()) { return failed("write", query); }
    return zy::ZyBool(true);
 }

@@ -19,10 +19,16 @@ public:
    // Relative path (with '/') to the hash of its text.
    typedef QHash<QString, QByteArray> files;
 
-   // The record of plug-in into exportDir (absolute); empty when there is none.
-   static zy::ZyBool read(QSqlDatabase & db, const QString & plugin, const QString & exportDir, files & result);
-   // Replaces the record of plug-in into exportDir in one transaction.
-   static zy::ZyBool write(QSqlDatabase & db, const QString & plugin, const QString & exportDir, const files & record);
+   // The record of plug-in into exportDir (absolute); empty when there is none. pFingerprint,
+   // when given, gets the fingerprint stored with it (empty when none was).
+   static zy::ZyBool read(QSqlDatabase & db, const QString & plugin, const QString & exportDir, files & result,
+                          QByteArray * pFingerprint = nullptr);
+   // Only the fingerprint of that record (empty when none): the files are not decoded.
+   static zy::ZyBool readFingerprint(QSqlDatabase & db, const QString & plugin, const QString & exportDir, QByteArray & fingerprint);
+   // Replaces the record of plug-in into exportDir in one transaction. fingerprint names what
+   // the plug-in made the files from (empty: it vouches for nothing).
+   static zy::ZyBool write(QSqlDatabase & db, const QString & plugin, const QString & exportDir, const files & record,
+                           const QByteArray & fingerprint = QByteArray());
 };
 
 } // namespace storage

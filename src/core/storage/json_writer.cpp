@@ -2,6 +2,8 @@
 
 #include <QBuffer>
 
+#include <cstring>
+
 #include <QList>
 #include <QLocale>
 #include <QMap>
@@ -24,14 +26,22 @@ namespace {
 
 namespace codes = json_model_codes;
 
-QByteArray quoted(const QString & s)
+// JSON string of UTF-8 bytes. Most texts need no escape: those are copied in one piece (the
+// dump and the export's fingerprint write every name and description of the model).
+void appendQuotedUtf8(QByteArray & out, QByteArrayView utf8)
 {
-   QByteArray out;
-   out.reserve(s.size() + 2);
-   out.append('"');
-   const QByteArray utf8 = s.toUtf8();
-   for (char c : utf8)
+   const char * const pBegin = utf8.data();
+   const char * const pEnd = pBegin + utf8.size();
+   const char * pPlain = pBegin;
+   while ((pPlain != pEnd) && (static_cast<unsigned char>(* pPlain) >= 0x20) && (* pPlain != '"') && (* pPlain != '\\')) { ++pPlain; }
+   const qsizetype iAt = out.size();
+   out.resize(iAt + (pPlain - pBegin) + 1);
+   char * pOut = out.data() + iAt;
+   * pOut = '"';
+   if (pPlain != pBegin) { ::memcpy(pOut + 1, pBegin, static_cast<size_t>(pPlain - pBegin)); }
+   for (const char * pAt = pPlain; pAt != pEnd; ++pAt)
    {
+      const char c = * pAt;
       switch (c)
       {
          case '"': out.append("\\\""); break;
@@ -48,6 +58,39 @@ QByteArray quoted(const QString & s)
       }
    }
    out.append('"');
+}
+
+QByteArray quotedUtf8(QByteArrayView utf8)
+{
+   QByteArray out;
+   out.reserve(utf8.size() + 2);
+   appendQuotedUtf8(out, utf8);
+   return out;
+}
+
+// A text of plain ASCII without escapes (most names and types) goes without its UTF-8 copy.
+void appendQuoted(QByteArray & out, const QString & s)
+{
+   const QChar * pBegin = s.constData();
+   const QChar * const pEnd = pBegin + s.size();
+   for (const QChar * p = pBegin; p != pEnd; ++p)
+   {
+      const char16_t c = p->unicode();
+      if ((c < 0x20) || (c >= 0x80) || (c == u'"') || (c == u'\\')) { appendQuotedUtf8(out, s.toUtf8()); return; }
+   }
+   const qsizetype iAt = out.size();
+   out.resize(iAt + s.size() + 2);
+   char * pOut = out.data() + iAt;
+   * pOut++ = '"';
+   for (const QChar * p = pBegin; p != pEnd; ++p) { * pOut++ = static_cast<char>(p->unicode()); }
+   * pOut = '"';
+}
+
+QByteArray quoted(const QString & s)
+{
+   QByteArray out;
+   out.reserve(s.size() + 2);
+   appendQuoted(out, s);
    return out;
 }
 
@@ -67,15 +110,50 @@ QByteArray scalar(const QVariant & v)
    }
 }
 
-// Fields of one JSON object, written in the order they are added.
+// Fields of one JSON object, written in the order they are added, straight into its text: on one
+// line ("{a, b}") or, given an indent, one field per line.
 class object_writer
 {
-   QList<QPair<QByteArray, QByteArray> > m_lstFields;
+   QByteArray m_out;
+   const QByteArray * m_pIndent = nullptr;
+   bool m_bEmpty = true;
+
+   // The separator before a field, and its indent.
+   void next()
+   {
+      if (m_pIndent)
+      {
+         if (! m_bEmpty) { m_out.append(",\n"); }
+         m_out.append(* m_pIndent).append("  ");
+      }
+      else if (! m_bEmpty) { m_out.append(", "); }
+      m_bEmpty = false;
+   }
 
 public:
+   explicit object_writer(const QByteArray * pIndent = nullptr) : m_pIndent(pIndent)
+   {
+      m_out.reserve(256);
+      m_out.append(pIndent ? "{\n" : "{");
+   }
+
    // Each returns the writer, so that a run of fields reads as one statement.
-   object_writer & add(const char * szKey, const QByteArray & value) { m_lstFields.append(qMakePair(QByteArray(szKey), value)); return (* this); }
-   object_writer & addString(const char * szKey, const QString & s) { return add(szKey, quoted(s)); }
+   object_writer & add(const char * szKey, QByteArrayView value)
+   {
+      next();
+      appendQuotedUtf8(m_out, szKey);
+      m_out.append(": ").append(value);
+      return (* this);
+   }
+   object_writer & addQuotedKey(QByteArrayView quotedKey, QByteArrayView value) { next(); m_out.append(quotedKey).append(": ").append(value); return (* this); }
+   object_writer & addString(const char * szKey, const QString & s)
+   {
+      next();
+      appendQuotedUtf8(m_out, szKey);
+      m_out.append(": ");
+      appendQuoted(m_out, s);
+      return (* this);
+   }
    object_writer & addStringIf(const char * szKey, const QString & s) { return (s.isEmpty() ? (* this) : addString(szKey, s)); }
    object_writer & addBoolIf(const char * szKey, bool b, bool bDefault) { return ((b == bDefault) ? (* this) : add(szKey, b ? "true" : "false")); }
    object_writer & addNumberIf(const char * szKey, qint64 i) { return ((i == 0) ? (* this) : add(szKey, number(i))); }
@@ -91,34 +169,20 @@ public:
       const QMap<QString, QString> & map = item.getAllMetaData();
       if (map.isEmpty()) { return; }
       object_writer meta;
-      for (auto itr = map.constBegin(); itr != map.constEnd(); ++itr) { meta.m_lstFields.append(qMakePair(quoted(itr.key()), quoted(itr.value()))); }
-      add("meta", meta.inlineText(true));
+      for (auto itr = map.constBegin(); itr != map.constEnd(); ++itr) { meta.addQuotedKey(quoted(itr.key()), quoted(itr.value())); }
+      add("meta", meta.text());
    }
 
-   QByteArray inlineText(bool bKeysQuoted = false) const
+   // The finished text; the writer is then done.
+   QByteArray text()
    {
-      QByteArray out("{");
-      for (qsizetype i = 0; i < m_lstFields.size(); ++i)
+      if (m_pIndent)
       {
-         if (i > 0) { out.append(", "); }
-         out.append(bKeysQuoted ? m_lstFields.at(i).first : quoted(QString::fromUtf8(m_lstFields.at(i).first)));
-         out.append(": ");
-         out.append(m_lstFields.at(i).second);
+         if (! m_bEmpty) { m_out.append('\n'); }
+         m_out.append(* m_pIndent);
       }
-      out.append("}");
-      return out;
-   }
-
-   QByteArray blockText(const QByteArray & indent) const
-   {
-      QByteArray out("{\n");
-      for (qsizetype i = 0; i < m_lstFields.size(); ++i)
-      {
-         out.append(indent + "  " + quoted(QString::fromUtf8(m_lstFields.at(i).first)) + ": " + m_lstFields.at(i).second);
-         out.append((i + 1 < m_lstFields.size()) ? ",\n" : "\n");
-      }
-      out.append(indent + "}");
-      return out;
+      m_out.append('}');
+      return std::move(m_out);
    }
 };
 
@@ -160,7 +224,7 @@ QByteArray propertyText(const model::property & p)
       r.addStringIf("foreign_key", pRelation->getForeignKey());
       r.addStringIf("foreign_key_owner", pRelation->getForeignKeyOwner());
       r.addStringIf("extra_table", pRelation->getExtraTable());
-      w.add("relation", r.inlineText());
+      w.add("relation", r.text());
    }
    w.addStringIf("column", p.getColumnName()).addStringIf("description", p.getDescription()).addNumberIf("version", p.getVersion())
       .addCodeIf("accessibility", p.getAccessibility(), model::property::access_protected, & codes::accessibilityName)
@@ -173,12 +237,12 @@ QByteArray propertyText(const model::property & p)
       .addStringIf("reg_exp", p.getRegExp()).addStringIf("force_sql_type", p.getForceSqlType())
       .addStringIf("force_sql_alias", p.getForceSqlAlias()).addStringIf("format", p.getFormat());
    w.addMetaIf(p);
-   return w.inlineText();
+   return w.text();
 }
 
 QByteArray entityText(const model::entity & e, const QByteArray & indent)
 {
-   object_writer w;
+   object_writer w(& indent);
    w.add("id", number(e.getId())).addString("name", e.getName()).addStringIf("namespace", e.getNamespace())
       .addNumberIf("version", e.getVersion()).addStringIf("description", e.getDescription()).addStringIf("table", e.getTableName())
       .addStringIf("parent", e.getParentKey()).addBoolIf("abstract", e.isAbstract(), false).addBoolIf("read_only", e.isReadOnly(), false)
@@ -192,12 +256,12 @@ QByteArray entityText(const model::entity & e, const QByteArray & indent)
    QList<QByteArray> lstProperties;
    for (const model::property_ptr & p : e.getOwnProperties()) { if (p) { lstProperties.append(propertyText(* p)); } }
    w.add("properties", arrayBlock(lstProperties, indent + "  "));
-   return w.blockText(indent);
+   return w.text();
 }
 
 QByteArray enumerationText(const model::enumeration & e, const QByteArray & indent)
 {
-   object_writer w;
+   object_writer w(& indent);
    w.add("id", number(e.getId()));
    w.addString("name", e.getName());
    w.addStringIf("namespace", e.getNamespace());
@@ -213,13 +277,16 @@ QByteArray enumerationText(const model::enumeration & e, const QByteArray & inde
       object_writer v;
       v.addString("key", keyValue.first);
       v.addString("value", keyValue.second);
-      lstValues.append(v.inlineText());
+      lstValues.append(v.text());
    }
    w.add("values", arrayBlock(lstValues, indent + "  "));
-   return w.blockText(indent);
+   return w.text();
 }
 
 } // namespace
+
+QByteArray itemText(const model::entity & entity) { return entityText(entity, QByteArray()); }
+QByteArray itemText(const model::enumeration & enumeration) { return enumerationText(enumeration, QByteArray()); }
 
 // Items are written one at a time: the text of a large model is never held twice.
 template <class T, class F>

@@ -48,11 +48,17 @@ bool cpp_builder::isSame(const QString & oldText, const QString & newText) const
    if (oldText == newText) { return true; }
    // A missing file against a generated text (cold export): the markers cannot make them equal.
    if (oldText.isEmpty() != newText.isEmpty()) { return false; }
-   const QLatin1String sCppMarker("****/\n\n");
-   const QLatin1String sProMarker("#####\n\n");
-   const QStringView a = removeUpTo(removeUpTo(oldText, sCppMarker), sProMarker);
-   const QStringView b = removeUpTo(removeUpTo(newText, sCppMarker), sProMarker);
-   return (a == b);
+   return (comparedPart(oldText) == comparedPart(newText));
+}
+
+QStringView cpp_builder::comparedPart(QStringView text)
+{
+   return removeUpTo(removeUpTo(text, QLatin1String("****/\n\n")), QLatin1String("#####\n\n"));
+}
+
+bool cpp_builder::datedWhereCompared(QStringView text)
+{
+   return comparedPart(text).contains(QLatin1String("File created by "));
 }
 
 QString cpp_builder::getLumorPath(bool bForceCheck, bool bWithPwdPrefix) const
@@ -103,9 +109,10 @@ zy::ZyBool cpp_builder::checkExportPaths(const QString & sExportDir)
    return zy::ZyBool(true);
 }
 
-bool cpp_builder::confirmSchemaErrors(model::project & project) const
+bool cpp_builder::confirmSchemaErrors(model::project & project, bool & bClean) const
 {
    const zy::ZyInvalidValueX lstInvalid = project.checkSchema();
+   bClean = lstInvalid.isEmpty();
    if (lstInvalid.isEmpty()) { return true; }
    QString sText = "Some errors have been detected in current project :";
    for (const auto & invalid : lstInvalid) { sText += "\n- " + invalid.getMessage(); }
@@ -113,6 +120,41 @@ bool cpp_builder::confirmSchemaErrors(model::project & project) const
    QMessageBox::StandardButton answer = tools::message_box::question(nullptr, "Tavrel - " + m_pCppExport->getName(), sText,
                                                                        QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes);
    return (answer == QMessageBox::Yes);
+}
+
+std::vector<cpp_builder::parser_ptr> cpp_builder::itemParsers()
+{
+   std::vector<parser_ptr> lst = { getParser(true), getParser(false), enumerationParser(true), enumerationParser(false) };
+   if (! m_pCppExport || m_pCppExport->getGenerateCustomFiles())
+   {
+      loadCustomParsers();
+      lst.push_back(m_pParserCustomHeader);
+      lst.push_back(m_pParserCustomSource);
+   }
+   return lst;
+}
+
+bool cpp_builder::checkModel(model::project & project, const QString & sExportDir, zy::ZyBool & ok)
+{
+   m_itemFingerprint.clear();
+   m_bModelClean = false;
+   // A user script may make each run different: no fingerprint stands for its output.
+   export_files * pFiles = m_pCppExport->getExportFiles();
+   if (pFiles && ! m_pCppExport->getCustomScript())
+   {
+      m_itemFingerprint = itemFingerprint(project, itemParsers());
+      const QByteArray recorded = pFiles->recordedFingerprint(sExportDir);
+      // Recorded only after a complete export of a model without problems: the same fingerprint
+      // is the same model, with none.
+      if (! recorded.isEmpty() && (recorded == m_itemFingerprint)) { m_bModelClean = true; return true; }
+   }
+   // Declining to go on with errors in the model is no failure of the export.
+   if (! confirmSchemaErrors(project, m_bModelClean)) { ok = zy::ZyBool(true, QString()); return false; }
+
+   // No answer makes two classes share a file: one would silently replace the other.
+   const QStringList lstCollisions = model::model_integrity::fileCollisions(project, true);
+   if (! lstCollisions.isEmpty()) { ok = zy::ZyBool(false, "Nothing was exported, generated files would overwrite each other :\n- " + lstCollisions.join("\n- ")); return false; }
+   return true;
 }
 
 zy::ZyBool cpp_builder::lockExportDirectory(QLockFile & lock, const QString & sExportDir)
@@ -260,12 +302,7 @@ zy::ZyBool cpp_builder::build(model::project & project)
    const QString D = m_pCppExport->getCppExportPath(true);
    zy::ZyBool ok = checkExportPaths(D);
    if (! ok) { return ok; }
-   // Declining to go on with errors in the model is no failure of the export.
-   if (! confirmSchemaErrors(project)) { return zy::ZyBool(true, QString()); }
-
-   // No answer makes two classes share a file: one would silently replace the other.
-   const QStringList lstCollisions = model::model_integrity::fileCollisions(project, true);
-   if (! lstCollisions.isEmpty()) { return zy::ZyBool(false, "Nothing was exported, generated files would overwrite each other :\n- " + lstCollisions.join("\n- ")); }
+   if (! checkModel(project, D, ok)) { return ok; }
 
    QDir dir(D);
    // The lock goes with this call however it ends. A dry run writes nothing, not even the lock.
@@ -277,7 +314,14 @@ zy::ZyBool cpp_builder::build(model::project & project)
    }
 
    m_sWriteRoot = D;
-   struct write_root_reset { QString & root; ~write_root_reset() { root.clear(); } } resetRoot{ m_sWriteRoot };
+   m_pTrusted = nullptr;
+   m_bVouched = false;
+   m_bDatedText = false;
+   struct write_root_reset
+   {
+      cpp_builder & b;
+      ~write_root_reset() { b.m_sWriteRoot.clear(); b.m_pTrusted = nullptr; }
+   } resetRoot{ * this };
    // The dated line of the banner is no change for the rewrite rule, nor for a diff.
    if (m_pCppExport->getExportFiles()) { m_pCppExport->getExportFiles()->begin(D, QStringLiteral("File created by Tavrel .* : please, do NOT modify this file")); }
 
@@ -288,6 +332,9 @@ zy::ZyBool cpp_builder::build(model::project & project)
    if (! ok) { return ok; }
    ok = buildProjectFiles(project);
    if (! ok) { return ok; }
+   // A model with problems asks again next time: no fingerprint lets that export skip the check.
+   export_files * pFiles = m_pCppExport->getExportFiles();
+   if (pFiles && m_bVouched && ! m_bDatedText) { pFiles->setFingerprint(m_itemFingerprint); }
 
    executeScript(& project, nullptr, nullptr, nullptr, "PLUGIN_EXPORT_END", QString(), QString());
    Q_EMIT onMessage("All entities have been exported to a C++ project : '" + D + "'", 1, k_iDuration);

@@ -56,6 +56,17 @@ private:
    // Project-level templates, by resource name.
    QHash<QString, parser_ptr> m_hashProjectParsers;
 
+   // The fingerprint of this build's inputs (empty without a host's record or with a script),
+   // recorded when the model had no problem: the next build with the same one skips the checks.
+   QByteArray m_itemFingerprint;
+   bool m_bModelClean = false;
+   // While build() runs: the record trusted by the items (also for the project files), whether
+   // the items' files may be vouched for, and whether a generated text showed its date where
+   // texts are compared.
+   const QHash<QString, QByteArray> * m_pTrusted = nullptr;
+   bool m_bVouched = false;
+   bool m_bDatedText = false;
+
    // The export directory while build() runs: nothing is written outside it. Empty otherwise.
    QString m_sWriteRoot;
    // The system's reason (with the path) for the last directory or file that could not be made.
@@ -75,6 +86,13 @@ public:
    QString getFileText(const QString & path) const;
    QString getFileText(const QString & path, bool & bExists) const;
    bool isSame(const QString & oldText, const QString & newText) const;
+   // The part of a generated text that isSame compares: what follows the banner.
+   static QStringView comparedPart(QStringView text);
+   // Whether a generated text shows its dated banner line where isSame compares.
+   static bool datedWhereCompared(QStringView text);
+   // What the entity and enumeration files of an export are made from: the model, the plug-in's
+   // settings and build, the Lumor path and the given templates.
+   QByteArray itemFingerprint(const model::project & project, const std::vector<parser_ptr> & lstParsers) const;
    QString getLumorPath(bool bForceCheck, bool bWithPwdPrefix) const;
 
    cpp_export * getPlugin() const { return m_pCppExport; }
@@ -160,8 +178,13 @@ private:
 
    // Steps of build(), in their order.
    zy::ZyBool checkExportPaths(const QString & sExportDir);
-   // True when the model has no errors or the user goes on despite them.
-   bool confirmSchemaErrors(model::project & project) const;
+   // True when the model has no errors or the user goes on despite them; bClean tells which.
+   bool confirmSchemaErrors(model::project & project, bool & bClean) const;
+   // The model's checks, or none when the record's fingerprint is this build's (that export
+   // passed them with the same model): false when the export stops (declined, or an error in ok).
+   bool checkModel(model::project & project, const QString & sExportDir, zy::ZyBool & ok);
+   // The templates of the entity and enumeration files, as the items use them.
+   std::vector<parser_ptr> itemParsers();
    zy::ZyBool lockExportDirectory(QLockFile & lock, const QString & sExportDir);
    zy::ZyBool makeExportDirectories(const QDir & dir);
    // Each entity, then each enumeration: its two files, the script's notice, its custom files.
@@ -180,6 +203,9 @@ private:
    template <typename Item>
    void workItem(model::project & project, Item & item, const QString & sKind, const item_context & ctx, item_outcome & res);
    template <typename Item>
+   bool workItemFiles(model::project & project, Item & item, const item_context & ctx, const QString & sHeaderName,
+                      const QString & sSourceName, file_report & header, file_report & source, item_outcome & res);
+   template <typename Item>
    bool workCustomFile(model::project & project, Item & item, const parser_ptr & parser, int iFolder, const QString & sFolder,
                        const QString & sName, const item_context & ctx, item_outcome & res);
    // An item's text from a template, without a script (so it cannot fail).
@@ -188,6 +214,11 @@ private:
    // The former text of a generated file through its folder's handle when it can; the refusal
    // (a link, outside the folder) instead when the file may not be written.
    QString readOld(int iFolder, const QString & sName, const QString & sPath, QString & sOld, bool & bExists) const;
+   // Whether a file still holds what the record of the last export says it holds, when that
+   // record's fingerprint is this export's (ctx.pTrusted): then it needs no generating.
+   bool stillRecorded(int iFolder, const QString & sName, const QString & sPath, const item_context & ctx) const;
+   // The same for a project file, by its path.
+   bool stillRecorded(const QString & sPath) const;
    // Adds the file's report and writes it when it changed (and the run is not dry).
    bool putNew(int iFolder, const QString & sName, file_report && r, const item_context & ctx, item_outcome & res) const;
    zy::ZyBool replayItem(item_outcome & res, const item_context & ctx);

@@ -1,5 +1,7 @@
 #include "cpp_export/plugin/cpp_builder.h"
 
+#include "gui/plugin/export_files.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -306,6 +308,12 @@ zy::ZyBool cpp_builder::build_Generic(model::project & project, parser_ptr parse
    if (parser->textList().size() != parser->actionList().size()) { return zy::ZyBool(false, "Invalid template parser to create file : " + fileName); }
    const QString sRefused = refusedPath(fileName);
    if (! sRefused.isEmpty()) { return zy::ZyBool(false, sRefused); }
+   // A project file the record vouches for is reported as the comparison would report it.
+   if (! pEntity && ! pEnumeration && stillRecorded(fileName))
+   {
+      m_pCppExport->getExportFiles()->report(fileName, true, QString(), QString(), true);
+      return zy::ZyBool(true);
+   }
    bool bExists = false;
    QString sOld = getFileText(fileName, bExists);
    // The slow "\r\n" search only when there is a '\r' at all.
@@ -322,6 +330,7 @@ zy::ZyBool cpp_builder::build_Generic(model::project & project, parser_ptr parse
    if (! expand(parser, dispatchPiece, & project, pEntity, pEnumeration, fileName, out, sError))
    { return zy::ZyBool(false, "An error occurred with custom javascript for file '" + fileName + "' :\n" + sError); }
 
+   if (datedWhereCompared(out)) { m_bDatedText = true; }
    if (! putFile(fileName, sOld, out, bExists))
    { return zy::ZyBool(false, "An error occurred opening file : " + fileName); }
 

@@ -11,6 +11,7 @@
 
 #include <sys/stat.h>
 
+#include <atomic>
 #include <cerrno>
 #include <condition_variable>
 #include <cstring>
@@ -38,6 +39,12 @@ struct cpp_builder::item_context
    std::unique_ptr<tools::export_folders> pFolders;
    int iInclude = -1, iSrc = -1, iCustomInclude = -1, iCustomSrc = -1;
    const export_files * pFiles = nullptr;   // its stop is seen before each write
+   // The record of the last export when its fingerprint is this export's: a file that still has
+   // its recorded hash is what generating it would give.
+   const export_files::recorded_files * pTrusted = nullptr;
+   // A generated text shows its dated banner where isSame compares: generated a minute later it
+   // would differ, so no fingerprint may vouch for the files.
+   mutable std::atomic<bool> bDatedText { false };
 };
 
 namespace {
@@ -58,6 +65,7 @@ bool userFileThere(int iFolder, const QString & sName, const QString & sPath)
    struct stat st;
    return (::fstatat(iFolder, QFile::encodeName(sName).constData(), & st, 0) == 0);
 }
+
 
 } // namespace
 
@@ -80,6 +88,28 @@ QString cpp_builder::readOld(int iFolder, const QString & sName, const QString &
    if (! sRefused.isEmpty()) { return sRefused; }
    sOld = getFileText(sPath, bExists);
    return QString();
+}
+
+bool cpp_builder::stillRecorded(int iFolder, const QString & sName, const QString & sPath, const item_context & ctx) const
+{
+   if (! ctx.pTrusted || ! ctx.pFiles) { return false; }
+   const auto it = ctx.pTrusted->constFind(ctx.pFiles->relativePath(sPath));
+   if ((it == ctx.pTrusted->constEnd()) || it->isEmpty()) { return false; }
+   QByteArray bytes;
+   if (tools::export_folders::read(iFolder, sName, bytes) != tools::export_folders::outcome::done) { return false; }
+   // The hash the record keeps is of the text as the export reads it back.
+   return (export_files::hashOf(tools::decodeText(std::move(bytes))) == * it);
+}
+
+bool cpp_builder::stillRecorded(const QString & sPath) const
+{
+   const export_files * pFiles = (m_pCppExport ? m_pCppExport->getExportFiles() : nullptr);
+   if (! m_pTrusted || ! pFiles) { return false; }
+   const auto it = m_pTrusted->constFind(pFiles->relativePath(sPath));
+   if ((it == m_pTrusted->constEnd()) || it->isEmpty()) { return false; }
+   bool bExists = false;
+   const QString sText = getFileText(sPath, bExists);
+   return (bExists && (export_files::hashOf(sText) == * it));
 }
 
 bool cpp_builder::putNew(int iFolder, const QString & sName, file_report && r, const item_context & ctx, item_outcome & res) const
@@ -129,9 +159,28 @@ bool cpp_builder::workCustomFile(model::project & project, Item & item, const pa
 }
 
 template <typename Item>
-void cpp_builder::workItem(model::project & project, Item & item, const QString & sKind, const item_context & ctx, item_outcome & res)
+bool cpp_builder::workItemFiles(model::project & project, Item & item, const item_context & ctx, const QString & sHeaderName,
+                                const QString & sSourceName, file_report & header, file_report & source, item_outcome & res)
 {
    const bool bEntity = (entityOf(item) != nullptr);
+   QString sRefused = readOld(ctx.iInclude, sHeaderName, header.path, header.oldText, header.bExists);
+   if (sRefused.isEmpty()) { sRefused = readOld(ctx.iSrc, sSourceName, source.path, source.oldText, source.bExists); }
+   if (! sRefused.isEmpty()) { res.result = zy::ZyBool(false, sRefused); return false; }
+   header.newText = generateText(project, item, (bEntity ? ctx.entityHeader : ctx.enumHeader));
+   source.newText = generateText(project, item, (bEntity ? ctx.entitySource : ctx.enumSource));
+   if (! ctx.bDatedText.load(std::memory_order_relaxed) && (datedWhereCompared(header.newText) || datedWhereCompared(source.newText)))
+   { ctx.bDatedText = true; }
+   const QString sHeaderPath = header.path, sSourcePath = source.path;
+   if (! putNew(ctx.iInclude, sHeaderName, std::move(header), ctx, res))
+   { res.result = zy::ZyBool(false, "An error occurred opening header file : " + sHeaderPath); return false; }
+   if (! putNew(ctx.iSrc, sSourceName, std::move(source), ctx, res))
+   { res.result = zy::ZyBool(false, "An error occurred opening source file : " + sSourcePath); return false; }
+   return true;
+}
+
+template <typename Item>
+void cpp_builder::workItem(model::project & project, Item & item, const QString & sKind, const item_context & ctx, item_outcome & res)
+{
    res.pEntity = entityOf(item);
    const QString sKey = item.getKey();
    const QString sFlat = generators::flatKey(sKey);
@@ -142,16 +191,12 @@ void cpp_builder::workItem(model::project & project, Item & item, const QString 
    source.path = ctx.sAbsDir + QStringLiteral("src/") + sSourceName;
    res.sHeaderPath = header.path;
    res.sSourcePath = source.path;
-   QString sRefused = readOld(ctx.iInclude, sHeaderName, header.path, header.oldText, header.bExists);
-   if (sRefused.isEmpty()) { sRefused = readOld(ctx.iSrc, sSourceName, source.path, source.oldText, source.bExists); }
-   if (! sRefused.isEmpty()) { res.result = zy::ZyBool(false, sRefused); return; }
-   header.newText = generateText(project, item, (bEntity ? ctx.entityHeader : ctx.enumHeader));
-   source.newText = generateText(project, item, (bEntity ? ctx.entitySource : ctx.enumSource));
-   const QString sHeaderPath = header.path, sSourcePath = source.path;
-   if (! putNew(ctx.iInclude, sHeaderName, std::move(header), ctx, res))
-   { res.result = zy::ZyBool(false, "An error occurred opening header file : " + sHeaderPath); return; }
-   if (! putNew(ctx.iSrc, sSourceName, std::move(source), ctx, res))
-   { res.result = zy::ZyBool(false, "An error occurred opening source file : " + sSourcePath); return; }
+   if (stillRecorded(ctx.iInclude, sHeaderName, header.path, ctx) && stillRecorded(ctx.iSrc, sSourceName, source.path, ctx))
+   {
+      // Reported as the comparison with a generated text would: there, unchanged.
+      for (file_report * r : { & header, & source }) { r->bExists = true; r->bSame = true; res.reports.push_back(std::move(* r)); }
+   }
+   else if (! workItemFiles(project, item, ctx, sHeaderName, sSourceName, header, source, res)) { return; }
    if (ctx.bCustomFiles)
    {
       if (! workCustomFile(project, item, ctx.customHeader, ctx.iCustomInclude, QStringLiteral("custom/include/"), sFlat + QStringLiteral(".h"), ctx, res)) { return; }
@@ -321,7 +366,18 @@ zy::ZyBool cpp_builder::exportItemsAtOnce(model::project & project, const model:
          if (pEnum && (pEnum->getId() != 0)) { lstItems.push_back({ nullptr, pEnum.get() }); }
       }
    }
-   return runItems(project, lstItems, ctx, exportThreads());
+   // The fingerprint is recorded only when the host keeps a record, and trusted only when the
+   // record it read carries the same one.
+   export_files * pFiles = (m_pCppExport ? m_pCppExport->getExportFiles() : nullptr);
+   const QByteArray & fingerprint = m_itemFingerprint;
+   if (pFiles && ! fingerprint.isEmpty() && pFiles->previousRecordRead().getValue() && (pFiles->previousFingerprint() == fingerprint))
+   { ctx.pTrusted = & pFiles->previousRecord(); }
+   const zy::ZyBool ok = runItems(project, lstItems, ctx, exportThreads());
+   // The project files follow: they trust the same record, and build() records the fingerprint.
+   m_pTrusted = ctx.pTrusted;
+   m_bVouched = (ok && pFiles && ! fingerprint.isEmpty() && m_bModelClean);
+   if (ctx.bDatedText) { m_bDatedText = true; }
+   return ok;
 }
 
 } // namespace plugin

@@ -28,7 +28,17 @@ void export_files::begin(const QString & root, const QString & ignoredLine, cons
    m_sRecordKey = (recordKey.isEmpty() ? QString() : QDir::cleanPath(QDir(root).absoluteFilePath(recordKey)));
    m_lstFiles.clear();
    m_hashPrevious.clear();
+   m_fingerprint.clear();
+   m_previousFingerprint.clear();
    m_previousRead = (m_fnReadRecord ? m_fnReadRecord(this->recordKey(), m_hashPrevious) : zy::ZyBool(false, "no record was read"));
+}
+
+QByteArray export_files::recordedFingerprint(const QString & root, const QString & recordKey) const
+{
+   if (! m_fnReadFingerprint) { return QByteArray(); }
+   // The key begin() would use for the same arguments.
+   const QString sKey = (recordKey.isEmpty() ? QDir(root).absolutePath() : QDir::cleanPath(QDir(root).absoluteFilePath(recordKey)));
+   return m_fnReadFingerprint(sKey);
 }
 
 QString export_files::relativePath(const QString & path) const
@@ -95,6 +105,8 @@ void export_files::clear()
    m_sRecordKey.clear();
    m_lstFiles.clear();
    m_hashPrevious.clear();
+   m_fingerprint.clear();
+   m_previousFingerprint.clear();
    m_previousRead = zy::ZyBool(false, "no record was read");
 }
 

@@ -27,6 +27,8 @@ public:
    typedef QHash<QString, QByteArray> recorded_files;
    // Reads the record of the last export under a record key; set by the host.
    typedef std::function<zy::ZyBool(const QString & recordKey, recorded_files & result)> record_reader;
+   // Reads only the fingerprint of that record; set by the host.
+   typedef std::function<QByteArray(const QString & recordKey)> fingerprint_reader;
 
    struct file
    {
@@ -49,7 +51,10 @@ private:
    QList<file> m_lstFiles;
    QStringList m_lstInputs;
    record_reader m_fnReadRecord;
+   fingerprint_reader m_fnReadFingerprint;
    recorded_files m_hashPrevious;
+   QByteArray m_fingerprint;
+   QByteArray m_previousFingerprint;
    zy::ZyBool m_previousRead = zy::ZyBool(false, "no record was read");
 
    bool append(const QString & path, bool bExists, const QString & oldText, const QString & newText, bool bSame);
@@ -94,6 +99,21 @@ public:
    // The record begin() read, and whether it could read it.
    const recorded_files & previousRecord() const { return m_hashPrevious; }
    const zy::ZyBool & previousRecordRead() const { return m_previousRead; }
+
+   // What the plug-in made this export's files from (model, settings, templates, its own
+   // build), recorded with them; empty when it vouches for nothing (a user script ran). A
+   // plug-in that finds the same one in the record may trust every recorded file that still
+   // has its recorded hash instead of generating it again.
+   void setFingerprint(const QByteArray & fingerprint) { m_fingerprint = fingerprint; }
+   const QByteArray & fingerprint() const { return m_fingerprint; }
+   // The fingerprint of the record begin() read (set by the record reader); empty when none.
+   void setPreviousFingerprint(const QByteArray & fingerprint) { m_previousFingerprint = fingerprint; }
+   const QByteArray & previousFingerprint() const { return m_previousFingerprint; }
+   // The fingerprint recorded by the last export into root, read before begin() (no side effect):
+   // a plug-in whose inputs give the same one may skip the checks that export passed. Empty
+   // when there is none or no reader.
+   void setFingerprintReader(const fingerprint_reader & fn) { m_fnReadFingerprint = fn; }
+   QByteArray recordedFingerprint(const QString & root, const QString & recordKey = QString()) const;
 
    // A file the export read besides the model (a user script named in the stored settings): a
    // watch follows it too.
