@@ -2,8 +2,11 @@
 
 #include <QApplication>
 #include <QDesktopServices>
+#include <QScreen>
 #include <QTextBrowser>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace desktop {
 
@@ -23,9 +26,29 @@ help_window::help_window(QWidget * parent) : QWidget(parent, Qt::Window)
 void help_window::showUrl(const QUrl & url)
 {
    m_txtGuide->setSource(url);
+   const bool bFirst = ! isVisible();
+   if (bFirst) { placeOnScreen(); }
    show();
+   // The frame is known once shown.
+   if (bFirst) { placeOnScreen(); }
    raise();
    activateWindow();
+}
+
+void help_window::placeOnScreen()
+{
+   // The whole window on the screen of the window it helps with, over the middle of that window.
+   QWidget * pOver = parentWidget();
+   QScreen * pScreen = (pOver ? pOver->screen() : screen());
+   if (! pScreen) { return; }
+   const QRect avail = pScreen->availableGeometry();
+   const QSize frame = (frameGeometry().size() - geometry().size());
+   resize(QSize(900, 700).boundedTo(avail.size() - frame));
+   QRect rect(QPoint(0, 0), size() + frame);
+   rect.moveCenter(pOver ? pOver->frameGeometry().center() : avail.center());
+   rect.moveLeft(std::clamp(rect.left(), avail.left(), std::max(avail.left(), avail.right() + 1 - rect.width())));
+   rect.moveTop(std::clamp(rect.top(), avail.top(), std::max(avail.top(), avail.bottom() + 1 - rect.height())));
+   move(rect.topLeft());
 }
 
 help_opener::help_opener(QObject * parent) : QObject(parent)

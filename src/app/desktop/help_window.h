@@ -20,6 +20,9 @@ public:
 
    QTextBrowser * getBrowser() const { return m_txtGuide; }
    void showUrl(const QUrl & url);
+
+private:
+   void placeOnScreen();
 };
 
 // Receives every local file the program opens (Help, the plug-in's help buttons): the desktop's

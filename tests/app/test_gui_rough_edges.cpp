@@ -1,0 +1,196 @@
+// Rough edges of the desktop host a user met on a first walk through it: help from a modal
+// dialog, the messages of cancelled and dry-run exports, the tree after a delete, the preview's
+// colours on a dark palette.
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDialog>
+#include <QDockWidget>
+#include <QGroupBox>
+#include <QPalette>
+#include <QPushButton>
+#include <QScreen>
+#include <QScrollBar>
+#include <QTextBlock>
+#include <QTextBrowser>
+#include <QTextEdit>
+#include <QTextLayout>
+#include <QToolBar>
+
+#include <cmath>
+
+#include "desktop/help_window.h"
+#include "test_gui_editing.h"
+
+namespace {
+
+class GuiRoughEdges : public gui_test::GuiEditing
+{
+protected:
+   QStringList messages() const
+   {
+      QStringList lst;
+      for (int i = 0; i < m_pWnd->getMessageList()->count(); ++i) { lst << m_pWnd->getMessageList()->item(i)->text(); }
+      return lst;
+   }
+
+   // A modal dialog is active before keys go to it (the offscreen platform does not activate it).
+   static void activate(QWidget * pDialog)
+   {
+      pDialog->activateWindow();
+      QTest::qWaitFor([pDialog] { return pDialog->isActiveWindow(); }, 5000);
+      ASSERT_TRUE(pDialog->isActiveWindow());
+   }
+
+   QString writeModel(const QString & sText)
+   {
+      const QString dir = m_tmp.filePath("m");
+      QDir().mkpath(dir);
+      test_support::writeAll(dir + "/m.json", sText.toUtf8());
+      return dir + "/m.json";
+   }
+};
+
+QStringList childTexts(QTreeWidgetItem * pItem)
+{
+   QStringList lst;
+   for (int i = 0; pItem && (i < pItem->childCount()); ++i) { lst << pItem->child(i)->text(0); }
+   return lst;
+}
+
+TEST_F(GuiRoughEdges, F1InTheSettingsDialogOpensTheGuideInFrontOfItAndOnScreen)
+{
+   openShop("shop::Customer");
+   bool bChecked = false;
+   onNextDialog<QDialog>([&](QDialog * d) {
+      activate(d);
+      QWidget * pFocus = (d->focusWidget() ? d->focusWidget() : d);
+      QTest::keyClick(pFocus, Qt::Key_F1);
+      desktop::help_window * pHelp = m_pWnd->getHelpOpener()->getWindow();
+      bChecked = (pHelp != nullptr);
+      if (pHelp)
+      {
+         EXPECT_TRUE(pHelp->isVisible());
+         // A window of the dialog's own: above it and not blocked by it.
+         EXPECT_EQ(pHelp->parentWidget(), d);
+         EXPECT_EQ(pHelp->getBrowser()->source().fragment(), "cpp_export_settings");
+         const QRect avail = d->screen()->availableGeometry();
+         EXPECT_TRUE(avail.contains(pHelp->frameGeometry())) << pHelp->frameGeometry().width() << "x" << pHelp->frameGeometry().height();
+         EXPECT_GT(pHelp->getBrowser()->verticalScrollBar()->maximum(), 0);
+         pHelp->close();
+      }
+      QTest::mouseClick(d->findChild<QPushButton *>("m_btnCancel"), Qt::LeftButton);
+   });
+   QTest::mouseClick(m_pWnd->findChild<QToolBar *>("m_toolBar")->widgetForAction(m_pWnd->findChild<QAction *>("m_actPluginSettings")), Qt::LeftButton);
+   EXPECT_TRUE(bChecked);
+}
+
+TEST_F(GuiRoughEdges, CancellingTheSettingsAnExportAsksForLogsNoSummary)
+{
+   openShop("shop::Customer");
+   onNextDialog<QDialog>([&](QDialog * d) { QTest::mouseClick(d->findChild<QPushButton *>("m_btnCancel"), Qt::LeftButton); });
+   key(m_pWnd->getModelTree(), Qt::Key_E, Qt::ControlModifier);
+   const QString sLog = messages().join('\n');
+   EXPECT_TRUE(sLog.contains("Export cancelled : nothing was exported")) << sLog.toStdString();
+   EXPECT_FALSE(sLog.contains("Export ended")) << sLog.toStdString();
+   EXPECT_FALSE(sLog.contains("0 files")) << sLog.toStdString();
+}
+
+TEST_F(GuiRoughEdges, DryRunLogsWhatItDidNotWhatAnExportWrites)
+{
+   openShop("shop::Customer");
+   QDir().mkpath(m_tmp.filePath("lumor"));
+   context::ctx_global::initGlobalParams(m_tmp.filePath("lumor"));
+   ASSERT_TRUE(storeSettings(plugin()->getGuid(), { { "CPP_EXPORT_PATH", QString("out") } }));
+   m_pWnd->getExportPreviewAction()->trigger();
+   ASSERT_TRUE(m_pWnd->getExportPreview());
+   const QString sLog = messages().join('\n');
+   EXPECT_FALSE(sLog.contains("have been exported")) << sLog.toStdString();
+   EXPECT_FALSE(sLog.contains("file created")) << sLog.toStdString();
+   EXPECT_TRUE(sLog.contains("dry run, no file written")) << sLog.toStdString();
+   EXPECT_TRUE(sLog.contains("a dry run does not create it")) << sLog.toStdString();
+   EXPECT_FALSE(QFileInfo::exists(m_tmp.filePath("e/out")));
+}
+
+TEST_F(GuiRoughEdges, DeleteKeepsTheNamespacesInPlaceAndSelectsANeighbour)
+{
+   const QString sEntity = R"({"name":"%1","namespace":"%2","properties":[{"name":"id","type":"long","primary_key":true}]})";
+   const QString sModel = QString(R"({"name":"m","entities":[%1,%2,%3,%4]})")
+      .arg(sEntity.arg("A1", "a"), sEntity.arg("B1", "b"), sEntity.arg("A2", "a"), sEntity.arg("A3", "a"));
+   ASSERT_TRUE(m_pWnd->openProject(writeModel(sModel)).getValue());
+   QTreeWidgetItem * pEntities = m_pWnd->getModelTree()->topLevelItem(0);
+   ASSERT_EQ(childTexts(pEntities), QStringList({ "a", "b" }));
+   ASSERT_TRUE(m_pWnd->selectItem("a::A1"));
+   key(m_pWnd->getModelTree(), Qt::Key_Delete);
+   ASSERT_FALSE(m_pWnd->getProject()->getEntityByKey("a::A1"));
+   pEntities = m_pWnd->getModelTree()->topLevelItem(0);
+   EXPECT_EQ(childTexts(pEntities), QStringList({ "a", "b" }));
+   ASSERT_TRUE(m_pWnd->getModelTree()->currentItem());
+   EXPECT_EQ(m_pWnd->getModelTree()->currentItem()->data(0, desktop::main_window::k_roleKey).toString(), "a::A2");
+   // The only entity of a namespace goes and comes back with undo: the namespace too, in place.
+   ASSERT_TRUE(m_pWnd->selectItem("b::B1"));
+   key(m_pWnd->getModelTree(), Qt::Key_Delete);
+   EXPECT_EQ(childTexts(m_pWnd->getModelTree()->topLevelItem(0)), QStringList({ "a" }));
+   undo();
+   EXPECT_EQ(childTexts(m_pWnd->getModelTree()->topLevelItem(0)), QStringList({ "a", "b" }));
+}
+
+// Contrast ratio of two colours, from their relative luminance (text reads from 4.5).
+double contrast(const QColor & a, const QColor & b)
+{
+   auto luminance = [](const QColor & c) {
+      auto channel = [](double v) { return ((v <= 0.03928) ? (v / 12.92) : std::pow((v + 0.055) / 1.055, 2.4)); };
+      return ((0.2126 * channel(c.redF())) + (0.7152 * channel(c.greenF())) + (0.0722 * channel(c.blueF())));
+   };
+   const double la = luminance(a);
+   const double lb = luminance(b);
+   return ((std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05));
+}
+
+// The colour of the first "class" keyword of a highlighted editor.
+QColor keywordColour(QTextEdit * pEdit)
+{
+   for (QTextBlock block = pEdit->document()->begin(); block.isValid(); block = block.next())
+   {
+      const int iAt = static_cast<int>(block.text().indexOf(QRegularExpression("\\bclass\\b")));
+      if (iAt < 0) { continue; }
+      for (const QTextLayout::FormatRange & range : block.layout()->formats())
+      {
+         if ((range.start <= iAt) && (iAt < range.start + range.length)) { return range.format.foreground().color(); }
+      }
+   }
+   return QColor();
+}
+
+TEST_F(GuiRoughEdges, PreviewKeywordsReadOnADarkPalette)
+{
+   const QPalette before = QApplication::palette();
+   QPalette dark = before;
+   dark.setColor(QPalette::Base, QColor(0x1e, 0x1e, 0x1e));
+   dark.setColor(QPalette::Text, QColor(0xdd, 0xdd, 0xdd));
+   dark.setColor(QPalette::Window, QColor(0x2b, 0x2b, 0x2b));
+   dark.setColor(QPalette::WindowText, QColor(0xdd, 0xdd, 0xdd));
+   // The desktop's palette is there before the window.
+   m_pWnd.reset();
+   QApplication::setPalette(dark);
+   struct restore { QPalette p; ~restore() { QApplication::setPalette(p); } } restorePalette{ before };
+   m_pWnd = std::make_unique<desktop::main_window>();
+   m_pWnd->show();
+   openShop("shop::sales::Order");
+   m_pWnd->getPreviewDock()->raise();
+   QCoreApplication::processEvents();
+   QTextEdit * pHeader = m_pWnd->getPreviewDock()->findChild<QTextEdit *>("m_txtCppTemplateHeader");
+   ASSERT_TRUE(pHeader);
+   const QColor keyword = keywordColour(pHeader);
+   ASSERT_TRUE(keyword.isValid());
+   const QColor base = pHeader->palette().color(QPalette::Base);
+   ASSERT_EQ(base, dark.color(QPalette::Base));
+   EXPECT_GE(contrast(keyword, base), 4.5) << keyword.name().toStdString() << " on " << base.name().toStdString();
+   // The titles of the preview's boxes too.
+   QGroupBox * pBox = m_pWnd->getPreviewDock()->findChild<QGroupBox *>("m_grpCppTemplate");
+   ASSERT_TRUE(pBox);
+   EXPECT_GE(contrast(pBox->palette().color(QPalette::WindowText), pBox->palette().color(QPalette::Window)), 4.5);
+   EXPECT_TRUE(pBox->styleSheet().isEmpty()) << pBox->styleSheet().toStdString();
+}
+
+} // namespace
