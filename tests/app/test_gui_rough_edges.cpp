@@ -3,6 +3,9 @@
 // colours on a dark palette.
 
 #include <QAbstractButton>
+#include <QCheckBox>
+#include <QLabel>
+#include <QRadioButton>
 #include <QApplication>
 #include <QDialog>
 #include <QDockWidget>
@@ -191,6 +194,42 @@ TEST_F(GuiRoughEdges, PreviewKeywordsReadOnADarkPalette)
    ASSERT_TRUE(pBox);
    EXPECT_GE(contrast(pBox->palette().color(QPalette::WindowText), pBox->palette().color(QPalette::Window)), 4.5);
    EXPECT_TRUE(pBox->styleSheet().isEmpty()) << pBox->styleSheet().toStdString();
+}
+
+} // namespace
+
+namespace {
+
+// Custom class style with PIMPL and no custom template yet: the preview says why it shows no
+// code, in one message above the code, without a modal box per file.
+TEST_F(GuiRoughEdges, CustomStyleWithPimplExplainsTheEmptyPreviewInline)
+{
+   openShop("shop::sales::Order");
+   QDockWidget * pDock = m_pWnd->getPreviewDock();
+   pDock->raise();
+   QCoreApplication::processEvents();
+   QCheckBox * pPImpl = pDock->findChild<QCheckBox *>("m_chkPImpl");
+   QRadioButton * pCustom = pDock->findChild<QRadioButton *>("m_optCustomCppTemplate");
+   QLabel * pProblem = pDock->findChild<QLabel *>("m_lblPreviewProblem");
+   ASSERT_TRUE(pPImpl && pCustom && pProblem);
+   EXPECT_TRUE(pProblem->isHidden());
+   tools::message_box::clearHistory();
+   QTest::mouseClick(pPImpl, Qt::LeftButton, Qt::NoModifier, QPoint(5, pPImpl->height() / 2));
+   ASSERT_TRUE(pPImpl->isChecked());
+   QTest::mouseClick(pCustom, Qt::LeftButton, Qt::NoModifier, QPoint(5, pCustom->height() / 2));
+   ASSERT_TRUE(pCustom->isChecked());
+   EXPECT_TRUE(tools::message_box::history().isEmpty()) << tools::message_box::history().first().text.toStdString();
+   EXPECT_FALSE(pProblem->isHidden());
+   EXPECT_TRUE(pProblem->text().contains("@@PIMPL_DEFINITION@@")) << pProblem->text().toStdString();
+   EXPECT_TRUE(pProblem->text().contains("custom templates are empty")) << pProblem->text().toStdString();
+   // Shown again for another entity, still without a box.
+   ASSERT_TRUE(m_pWnd->selectItem("shop::Customer"));
+   EXPECT_TRUE(tools::message_box::history().isEmpty());
+   EXPECT_TRUE(pProblem->text().contains("@@PIMPL_DEFINITION@@")) << pProblem->text().toStdString();
+   // A built-in style has code again and nothing to say.
+   QRadioButton * pNoInheritance = pDock->findChild<QRadioButton *>("m_optNoInheritance");
+   QTest::mouseClick(pNoInheritance, Qt::LeftButton, Qt::NoModifier, QPoint(5, pNoInheritance->height() / 2));
+   EXPECT_TRUE(pProblem->isHidden()) << pProblem->text().toStdString();
 }
 
 } // namespace
