@@ -13,6 +13,7 @@
 #include <QPalette>
 #include <QPushButton>
 #include <QScreen>
+#include <QScrollArea>
 #include <QScrollBar>
 #include <QTextBlock>
 #include <QTextBrowser>
@@ -230,6 +231,30 @@ TEST_F(GuiRoughEdges, CustomStyleWithPimplExplainsTheEmptyPreviewInline)
    QRadioButton * pNoInheritance = pDock->findChild<QRadioButton *>("m_optNoInheritance");
    QTest::mouseClick(pNoInheritance, Qt::LeftButton, Qt::NoModifier, QPoint(5, pNoInheritance->height() / 2));
    EXPECT_TRUE(pProblem->isHidden()) << pProblem->text().toStdString();
+}
+
+} // namespace
+namespace {
+
+// A 1024 x 768 screen: the preview dock beside the tree shows the PIMPL box, no scrolling needed.
+TEST_F(GuiRoughEdges, PreviewShowsThePimplBoxAtTenTwentyFourBySevenSixtyEight)
+{
+   openShop("shop::sales::Order");
+   m_pWnd->resize(1024, 768);
+   m_pWnd->getPreviewDock()->raise();
+   QCoreApplication::processEvents();
+   QCheckBox * pPImpl = m_pWnd->getPreviewDock()->findChild<QCheckBox *>("m_chkPImpl");
+   ASSERT_TRUE(pPImpl);
+   // The box and its text lie inside the part of the dock's scroll area in view.
+   QScrollArea * pArea = m_pWnd->getPreviewDock()->findChild<QScrollArea *>();
+   ASSERT_TRUE(pArea);
+   const QRect box(pPImpl->mapTo(pArea->viewport(), QPoint(0, 0)), pPImpl->sizeHint());
+   EXPECT_TRUE(pArea->viewport()->rect().contains(box)) << box.x() << "," << box.y() << " " << box.width() << "x" << box.height()
+                                                        << " in " << pArea->viewport()->width() << "x" << pArea->viewport()->height();
+   // It answers a click where the user sees it.
+   const bool bBefore = pPImpl->isChecked();
+   QTest::mouseClick(pPImpl, Qt::LeftButton, Qt::NoModifier, QPoint(5, pPImpl->height() / 2));
+   EXPECT_NE(pPImpl->isChecked(), bBefore);
 }
 
 } // namespace
