@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QRadioButton>
 #include <QApplication>
+#include <QDesktopServices>
 #include <QDialog>
 #include <QDockWidget>
 #include <QGroupBox>
@@ -15,7 +16,10 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QAbstractTextDocumentLayout>
 #include <QTextBlock>
+#include <QTextDocument>
+#include <QTextImageFormat>
 #include <QTextBrowser>
 #include <QTextEdit>
 #include <QTextLayout>
@@ -255,6 +259,40 @@ TEST_F(GuiRoughEdges, PreviewShowsThePimplBoxAtTenTwentyFourBySevenSixtyEight)
    const bool bBefore = pPImpl->isChecked();
    QTest::mouseClick(pPImpl, Qt::LeftButton, Qt::NoModifier, QPoint(5, pPImpl->height() / 2));
    EXPECT_NE(pPImpl->isChecked(), bBefore);
+}
+
+} // namespace
+namespace {
+
+// The guide's pictures read without blank gaps: each as wide as the text at most, in a block of
+// its own no taller than the picture.
+TEST_F(GuiRoughEdges, GuidePicturesFitTheHelpWindowWithoutGaps)
+{
+   m_pWnd->activateWindow();
+   ASSERT_TRUE(QTest::qWaitForWindowActive(m_pWnd.get()));
+   QTest::keyClick(m_pWnd.get(), Qt::Key_F1);
+   desktop::help_window * pHelp = m_pWnd->getHelpOpener()->getWindow();
+   ASSERT_TRUE(pHelp);
+   pHelp->resize(700, 600);
+   QCoreApplication::processEvents();
+   QTextBrowser * pBrowser = pHelp->getBrowser();
+   QTextDocument * pDoc = pBrowser->document();
+   int iPictures = 0;
+   for (QTextBlock block = pDoc->begin(); block.isValid(); block = block.next())
+   {
+      for (QTextBlock::iterator itr = block.begin(); ! itr.atEnd(); ++itr)
+      {
+         if (! itr.fragment().charFormat().isImageFormat()) { continue; }
+         ++iPictures;
+         const QTextImageFormat fmt = itr.fragment().charFormat().toImageFormat();
+         const QRectF rect = pDoc->documentLayout()->blockBoundingRect(block);
+         EXPECT_LE(rect.left() + fmt.width(), pBrowser->viewport()->width()) << fmt.name().toStdString();
+         EXPECT_GT(fmt.width(), 200) << fmt.name().toStdString();
+         EXPECT_TRUE(block.text().trimmed() == QString(QChar::ObjectReplacementCharacter)) << block.text().toStdString();
+         EXPECT_LE(rect.height(), fmt.height() + 30) << fmt.name().toStdString();
+      }
+   }
+   EXPECT_GE(iPictures, 4);
 }
 
 } // namespace
