@@ -14,6 +14,9 @@
 #include <QPalette>
 #include <QPushButton>
 #include <QScreen>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QAbstractTextDocumentLayout>
@@ -293,6 +296,48 @@ TEST_F(GuiRoughEdges, GuidePicturesFitTheHelpWindowWithoutGaps)
       }
    }
    EXPECT_GE(iPictures, 4);
+}
+
+} // namespace
+
+namespace {
+
+// A project file that refuses writes: a class style or PIMPL click says so and the buttons go
+// back to the stored choice.
+TEST_F(GuiRoughEdges, StyleClickOnAProjectThatRefusesWritesIsToldAndUndone)
+{
+   openShop("shop::sales::Order");
+   QDockWidget * pDock = m_pWnd->getPreviewDock();
+   pDock->raise();
+   QCoreApplication::processEvents();
+   {
+      // The plug-in settings table refuses every change from now on.
+      QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "refusing_writes");
+      db.setDatabaseName(m_tmp.filePath("e/shop.tavrel"));
+      ASSERT_TRUE(db.open());
+      QSqlQuery query(db);
+      for (const char * sql : { "CREATE TRIGGER refuse_insert BEFORE INSERT ON t_plugin_params BEGIN SELECT RAISE(ABORT, 'the file is read-only'); END",
+                                "CREATE TRIGGER refuse_delete BEFORE DELETE ON t_plugin_params BEGIN SELECT RAISE(ABORT, 'the file is read-only'); END" })
+      { ASSERT_TRUE(query.exec(sql)) << query.lastError().text().toStdString(); }
+      query.clear();
+      db.close();
+   }
+   QSqlDatabase::removeDatabase("refusing_writes");
+   QRadioButton * pIx = pDock->findChild<QRadioButton *>("m_optIxPersistable");
+   QCheckBox * pPImpl = pDock->findChild<QCheckBox *>("m_chkPImpl");
+   ASSERT_TRUE(pIx && pPImpl);
+   ASSERT_FALSE(pIx->isChecked());
+   ASSERT_FALSE(pPImpl->isChecked());
+   tools::message_box::clearHistory();
+   QTest::mouseClick(pIx, Qt::LeftButton, Qt::NoModifier, QPoint(5, pIx->height() / 2));
+   ASSERT_EQ(tools::message_box::history().size(), 1);
+   EXPECT_EQ(tools::message_box::history().first().kind, tools::message_box::kind_warning);
+   EXPECT_TRUE(tools::message_box::history().first().text.contains("class style cannot be stored")) << tools::message_box::history().first().text.toStdString();
+   EXPECT_FALSE(pIx->isChecked());
+   QTest::mouseClick(pPImpl, Qt::LeftButton, Qt::NoModifier, QPoint(5, pPImpl->height() / 2));
+   ASSERT_EQ(tools::message_box::history().size(), 2);
+   EXPECT_TRUE(tools::message_box::history().last().text.contains("PIMPL choice cannot be stored")) << tools::message_box::history().last().text.toStdString();
+   EXPECT_FALSE(pPImpl->isChecked());
 }
 
 } // namespace

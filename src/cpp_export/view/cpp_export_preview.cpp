@@ -11,6 +11,8 @@
 #include <QScrollBar>
 #include <QTextEdit>
 #include <QShowEvent>
+#include <QSignalBlocker>
+#include <QSqlError>
 
 #include "context/ctx_global.h"
 #include "model/entity.h"
@@ -108,11 +110,32 @@ void cpp_export_preview::doOptCppTemplateChanged(bool bChecked)
 
    if (m_pPlugin && (eStyle != m_pPlugin->getCppTemplate()))
    {
+      const plugin::cpp_template::enum_template eBefore = m_pPlugin->getCppTemplate();
       m_pPlugin->setCppTemplate(eStyle);
-      m_pPlugin->saveSettings();
+      if (! storeOrUndo(tr("class style"))) { m_pPlugin->setCppTemplate(eBefore); showStoredSettings(); return; }
    }
 
    doSelectEntity(m_pEntity);
+}
+
+bool cpp_export_preview::storeOrUndo(const QString & sWhat)
+{
+   // A project file that refuses the write (read-only, locked) keeps the stored choice: the
+   // buttons go back to it and the user is told, rather than a choice that is lost on reopening.
+   const QSqlError err = m_pPlugin->saveSettings();
+   if (! err.isValid()) { return true; }
+   tools::message_box::warning(this, m_pPlugin->getName(),
+      tr("The %1 cannot be stored in the project file, it stays as it was : %2").arg(sWhat, err.text()));
+   return false;
+}
+
+void cpp_export_preview::showStoredSettings()
+{
+   const QSignalBlocker blockPImpl(m_chkPImpl);
+   m_chkPImpl->setChecked(m_pPlugin->getPImpl());
+   for (QRadioButton * pOpt : styleButtons().all()) { pOpt->blockSignals(true); }
+   styleButtons().check(static_cast<int>(m_pPlugin->getCppTemplate()));
+   for (QRadioButton * pOpt : styleButtons().all()) { pOpt->blockSignals(false); }
 }
 
 void cpp_export_preview::doChkPImplChanged(int iState)
@@ -122,7 +145,7 @@ void cpp_export_preview::doChkPImplChanged(int iState)
    bool bPImpl = m_chkPImpl->isChecked();
    if (m_pPlugin->getPImpl() == bPImpl) { return; }
    m_pPlugin->setPImpl(bPImpl);
-   m_pPlugin->saveSettings();
+   if (! storeOrUndo(tr("PIMPL choice"))) { m_pPlugin->setPImpl(! bPImpl); showStoredSettings(); return; }
    doSelectEntity(m_pEntity);
 }
 

@@ -71,6 +71,10 @@ private:
    // Shows generated code, at the same scroll position when bKeepPlace.
    static void setCode(QTextEdit * pEdit, const QString & sCode, bool bKeepPlace);
    void showProblems(const QStringList & lstProblems, bool bEmpty);
+   // Saves the plug-in's settings; false, after telling the user, when the project file refuses.
+   bool storeOrUndo(const QString & sWhat);
+   // The buttons as the plug-in's settings are, without reacting to it.
+   void showStoredSettings();
 };
 
 } // namespace view
