@@ -12,6 +12,7 @@
 #include <QDockWidget>
 #include <QGroupBox>
 #include <QPalette>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScreen>
 #include <QSqlDatabase>
@@ -31,6 +32,7 @@
 #include <cmath>
 
 #include "desktop/help_window.h"
+#include "desktop/import_db_dialog.h"
 #include "test_gui_editing.h"
 
 namespace {
@@ -338,6 +340,53 @@ TEST_F(GuiRoughEdges, StyleClickOnAProjectThatRefusesWritesIsToldAndUndone)
    ASSERT_EQ(tools::message_box::history().size(), 2);
    EXPECT_TRUE(tools::message_box::history().last().text.contains("PIMPL choice cannot be stored")) << tools::message_box::history().last().text.toStdString();
    EXPECT_FALSE(pPImpl->isChecked());
+}
+
+} // namespace
+
+namespace {
+
+// A new import clears the last one's error at once, and Cancel import stops it before the
+// project file is written.
+TEST_F(GuiRoughEdges, ImportDialogClearsTheLastErrorAndCancelLeavesTheProjectAsItWas)
+{
+   openShop("shop::Customer");
+   const QString sProject = m_tmp.filePath("e/shop.tavrel");
+   const QByteArray before = test_support::readAll(sProject);
+   const QString sDdl = m_tmp.filePath("schema.sql");
+   test_support::writeAll(sDdl, "CREATE TABLE parcel (id BIGINT PRIMARY KEY, weight INTEGER);\n");
+   desktop::import_db_dialog dlg(sProject, m_pWnd.get());
+   dlg.show();
+   dlg.getSourceBox()->setCurrentIndex(desktop::import_db_dialog::source_ddl);
+   dlg.getFileEdit()->setText(m_tmp.filePath("missing.sql"));
+   QPushButton * pCancel = dlg.getCancelImportButton();
+   ASSERT_TRUE(pCancel);
+   EXPECT_FALSE(pCancel->isEnabled());
+   QTest::mouseClick(dlg.getPreviewButton(), Qt::LeftButton);
+   ASSERT_TRUE(dlg.getPreview()->toPlainText().contains("error:")) << dlg.getPreview()->toPlainText().toStdString();
+
+   dlg.getFileEdit()->setText(sDdl);
+   bool bSeen = false;
+   // The user's click once the import runs.
+   QTimer::singleShot(0, &dlg, [&]() {
+      bSeen = true;
+      EXPECT_TRUE(dlg.getPreview()->toPlainText().isEmpty()) << dlg.getPreview()->toPlainText().toStdString();
+      EXPECT_TRUE(pCancel->isEnabled());
+      EXPECT_FALSE(dlg.getImportButton()->isEnabled());
+      QTest::mouseClick(pCancel, Qt::LeftButton);
+   });
+   QTest::mouseClick(dlg.getImportButton(), Qt::LeftButton);
+   EXPECT_TRUE(bSeen);
+   EXPECT_TRUE(dlg.isVisible());
+   EXPECT_EQ(dlg.result(), int(QDialog::Rejected));
+   EXPECT_TRUE(dlg.getPreview()->toPlainText().contains("Import cancelled")) << dlg.getPreview()->toPlainText().toStdString();
+   EXPECT_FALSE(dlg.getPreview()->toPlainText().contains("missing.sql"));
+   EXPECT_TRUE(dlg.getSummary().isEmpty());
+   EXPECT_FALSE(pCancel->isEnabled());
+   EXPECT_EQ(test_support::readAll(sProject), before);
+   // Not cancelled, the same import goes through.
+   QTest::mouseClick(dlg.getImportButton(), Qt::LeftButton);
+   EXPECT_NE(test_support::readAll(sProject), before);
 }
 
 } // namespace
