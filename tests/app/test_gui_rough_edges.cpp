@@ -22,6 +22,7 @@
 #include <QScrollBar>
 #include <QAbstractTextDocumentLayout>
 #include <QTextBlock>
+#include <QTextCursor>
 #include <QTextDocument>
 #include <QTextImageFormat>
 #include <QTextBrowser>
@@ -387,6 +388,46 @@ TEST_F(GuiRoughEdges, ImportDialogClearsTheLastErrorAndCancelLeavesTheProjectAsI
    // Not cancelled, the same import goes through.
    QTest::mouseClick(dlg.getImportButton(), Qt::LeftButton);
    EXPECT_NE(test_support::readAll(sProject), before);
+}
+
+} // namespace
+
+namespace {
+
+// The settings dialog says under the custom templates what PIMPL needs of them, as they are typed.
+TEST_F(GuiRoughEdges, SettingsDialogSaysWhatCustomTemplatesLackForPimpl)
+{
+   openShop("shop::Customer");
+   bool bChecked = false;
+   tools::message_box::clearHistory();
+   onNextDialog<QDialog>([&](QDialog * d) {
+      activate(d);
+      QCheckBox * pPImpl = d->findChild<QCheckBox *>("m_chkPImpl");
+      QRadioButton * pCustom = d->findChild<QRadioButton *>("m_optCustomCppTemplate");
+      QLabel * pProblem = d->findChild<QLabel *>("m_lblTemplateProblem");
+      QTextEdit * pHeader = d->findChild<QTextEdit *>("m_txtCppTemplateHeader");
+      QTextEdit * pSource = d->findChild<QTextEdit *>("m_txtCppTemplateSource");
+      bChecked = (pPImpl && pCustom && pProblem && pHeader && pSource);
+      if (! bChecked) { d->reject(); return; }
+      EXPECT_TRUE(pProblem->isHidden());
+      QTest::mouseClick(pPImpl, Qt::LeftButton, Qt::NoModifier, QPoint(5, pPImpl->height() / 2));
+      QTest::mouseClick(pCustom, Qt::LeftButton, Qt::NoModifier, QPoint(5, pCustom->height() / 2));
+      EXPECT_FALSE(pProblem->isHidden());
+      EXPECT_TRUE(pProblem->text().contains("@@PIMPL_DEFINITION@@")) << pProblem->text().toStdString();
+      EXPECT_TRUE(pProblem->text().contains("@@PIMPL_IMPLEMENTATION@@")) << pProblem->text().toStdString();
+      pHeader->setFocus();
+      pHeader->moveCursor(QTextCursor::End);
+      QTest::keyClicks(pHeader, "@@PIMPL_DEFINITION@@");
+      EXPECT_FALSE(pProblem->text().contains("@@PIMPL_DEFINITION@@")) << pProblem->text().toStdString();
+      pSource->setFocus();
+      pSource->moveCursor(QTextCursor::End);
+      QTest::keyClicks(pSource, "@@PIMPL_IMPLEMENTATION@@");
+      EXPECT_TRUE(pProblem->isHidden()) << pProblem->text().toStdString();
+      QTest::mouseClick(d->findChild<QPushButton *>("m_btnCancel"), Qt::LeftButton);
+   });
+   m_pWnd->doActPluginSettings();
+   EXPECT_TRUE(bChecked);
+   EXPECT_TRUE(tools::message_box::history().isEmpty());
 }
 
 } // namespace
