@@ -110,6 +110,17 @@ TEST_F(GuiRoughEdges, CancellingTheSettingsAnExportAsksForLogsNoSummary)
    EXPECT_FALSE(sLog.contains("0 files")) << sLog.toStdString();
 }
 
+TEST_F(GuiRoughEdges, CancellingTheSettingsADryRunAsksForShowsNoPreview)
+{
+   openShop("shop::Customer");
+   onNextDialog<QDialog>([&](QDialog * d) { QTest::mouseClick(d->findChild<QPushButton *>("m_btnCancel"), Qt::LeftButton); });
+   m_pWnd->getExportPreviewAction()->trigger();
+   EXPECT_FALSE(m_pWnd->getExportPreview());
+   const QString sLog = messages().join('\n');
+   EXPECT_TRUE(sLog.contains("Export preview cancelled")) << sLog.toStdString();
+   EXPECT_FALSE(sLog.contains("0 files")) << sLog.toStdString();
+}
+
 TEST_F(GuiRoughEdges, DryRunLogsWhatItDidNotWhatAnExportWrites)
 {
    openShop("shop::Customer");

@@ -152,7 +152,8 @@ bool main_window::doActExportPreview()
    m_bDryRunning = true;
    zy::ZyBool result = runPlugin(files);
    m_bDryRunning = false;
-   if (result && files.isStopped())
+   // Stopped, or nothing begun (the plug-in's settings dialog cancelled): no preview to show.
+   if (result && (files.isStopped() || (files.root().isEmpty() && files.files().isEmpty())))
    {
       addMessage(tr("Export preview cancelled"), 2);
       statusBar()->showMessage(tr("Export preview cancelled"), 10000);
