@@ -183,7 +183,8 @@ TEST_F(ViewPreview, FormHasTheDesignedLayout)
    EXPECT_EQ(pShadow->offset(), QPointF(5.0, 5.0));
 
    QGroupBox * pGroup = child<QGroupBox>("m_grpCppTemplate");
-   EXPECT_EQ(pGroup->styleSheet(), QString("QGroupBox::title{color:rgb(0, 0, 255)}"));
+   // The title takes the palette's colours (a fixed blue was unreadable on a dark palette).
+   EXPECT_TRUE(pGroup->styleSheet().isEmpty());
    EXPECT_EQ(pGroup->layout()->objectName(), QString("gridLayout_3"));
    QWidget * pOptions = child<QWidget>("m_widgetOptCppTemplate");
    QGridLayout * pRow = qobject_cast<QGridLayout *>(pOptions->layout());
@@ -191,27 +192,26 @@ TEST_F(ViewPreview, FormHasTheDesignedLayout)
    EXPECT_EQ(pRow->objectName(), QString("m_grdOptCppTemplate"));
    EXPECT_EQ(pRow->contentsMargins(), QMargins(0, 0, 0, 0));
    const char * texts[] = { "No inheritance", "zy::IxPersistable", "zy::IxPersistable + QObject", "zy::ZyPersistable", "Custom" };
+   // Two styles a row and the PIMPL box below them: all of it in view in a narrow dock.
+   const int places[5][2] = { { 0, 0 }, { 0, 1 }, { 1, 0 }, { 2, 0 }, { 1, 1 } };
    int row = -1, col = -1, rs = 0, cs = 0;
    for (int i = 0; i < 5; ++i)
    {
       QRadioButton * pOpt = child<QRadioButton>(k_opts[i]);
       EXPECT_EQ(pOpt->text(), QString(texts[i]));
       pRow->getItemPosition(pRow->indexOf(pOpt), & row, & col, & rs, & cs);
-      EXPECT_EQ(row, 0) << k_opts[i];
-      EXPECT_EQ(col, i) << k_opts[i];
+      EXPECT_EQ(row, places[i][0]) << k_opts[i];
+      EXPECT_EQ(col, places[i][1]) << k_opts[i];
    }
    EXPECT_TRUE(child<QRadioButton>("m_optZyPersistable")->isHidden());
    EXPECT_EQ(child<QRadioButton>("m_optNoInheritance")->toolTip(), QString("<html><head/><body><p>C++ class generated without any base class.</p></body></html>"));
    EXPECT_EQ(child<QRadioButton>("m_optCustomCppTemplate")->toolTip(), QString("<html><head/><body><p>Define your own C++ template to generate all C++ classes.</p></body></html>"));
    EXPECT_TRUE(child<QRadioButton>("m_optIxPersistable")->toolTip().contains("implements"));
-   QFrame * pLine = child<QFrame>("line");
-   pRow->getItemPosition(pRow->indexOf(pLine), & row, & col, & rs, & cs);
-   EXPECT_EQ(col, 5);
-   EXPECT_EQ(pLine->frameShape(), QFrame::VLine);
-   EXPECT_EQ(pLine->frameShadow(), QFrame::Sunken);
    QCheckBox * pPImpl = child<QCheckBox>("m_chkPImpl");
    pRow->getItemPosition(pRow->indexOf(pPImpl), & row, & col, & rs, & cs);
-   EXPECT_EQ(col, 6);
+   EXPECT_EQ(row, 3);
+   EXPECT_EQ(col, 0);
+   EXPECT_EQ(cs, 2);
    EXPECT_EQ(pPImpl->text(), QString("PIMPL idiom"));
    EXPECT_TRUE(pPImpl->toolTip().contains("The PIMPL idiom moves the private implementation details of a class into a separate structure."));
 

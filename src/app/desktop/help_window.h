@@ -20,6 +20,13 @@ public:
 
    QTextBrowser * getBrowser() const { return m_txtGuide; }
    void showUrl(const QUrl & url);
+
+protected:
+   void resizeEvent(QResizeEvent * event) override;
+
+private:
+   void placeOnScreen();
+   void fitImages();
 };
 
 // Receives every local file the program opens (Help, the plug-in's help buttons): the desktop's

@@ -65,9 +65,14 @@ import_db_dialog::import_db_dialog(const QString & sProjectFile, QWidget * paren
    m_lblStatus = new QLabel();
    m_btnPreview = new QPushButton(tr("&Preview"));
    m_btnImport = new QPushButton(tr("&Import"));
+   m_btnCancelImport = new QPushButton(tr("&Cancel import"));
+   m_btnCancelImport->setObjectName("m_btnCancelImport");
+   m_btnCancelImport->setToolTip(tr("Stop the preview or the import: nothing is written"));
+   m_btnCancelImport->setEnabled(false);
    auto * pButtons = new QDialogButtonBox(QDialogButtonBox::Close);
    pButtons->addButton(m_btnPreview, QDialogButtonBox::ActionRole);
    pButtons->addButton(m_btnImport, QDialogButtonBox::AcceptRole);
+   pButtons->addButton(m_btnCancelImport, QDialogButtonBox::ActionRole);
 
    auto * pTarget = new QFormLayout();
    pTarget->addRow(tr("Project file (.tavrel or .json)"), withButton(m_txtProject, m_btnProject));
@@ -85,6 +90,7 @@ import_db_dialog::import_db_dialog(const QString & sProjectFile, QWidget * paren
    connect(m_btnProject, & QPushButton::clicked, this, & import_db_dialog::doBtnProject);
    connect(m_btnPreview, & QPushButton::clicked, this, & import_db_dialog::doBtnPreview);
    connect(m_btnImport, & QPushButton::clicked, this, & import_db_dialog::doBtnImport);
+   connect(m_btnCancelImport, & QPushButton::clicked, this, & import_db_dialog::doBtnCancelImport);
    connect(pButtons, & QDialogButtonBox::rejected, this, & QDialog::reject);
    doSourceChanged(m_cboSource->currentIndex());
    resize(640, 720);
@@ -218,31 +224,57 @@ bool import_db_dialog::runImport(bool bWrite)
    const QString sProject = getProjectFile();
    const QString sSuffix = QFileInfo(sProject).suffix().toLower();
    if ((sSuffix != "tavrel") && (sSuffix != "json")) { showResult(tr("The project file must be a .tavrel or a .json file.")); return false; }
+   // The last run's result (an error, say) does not stay beside the new run.
+   m_txtPreview->clear();
+   m_lblStatus->setText(tr("Reading the source..."));
    // A busy bar while the catalog is read; the steps of a large schema show below it.
    m_barProgress->setRange(0, 0);
    m_btnPreview->setEnabled(false);
    m_btnImport->setEnabled(false);
+   m_btnCancelImport->setEnabled(true);
+   m_bRunning = true;
+   m_bCancelled = false;
    QApplication::setOverrideCursor(Qt::WaitCursor);
    db_import::db_importer importer(options());
    importer.setPassword(m_txtPassword->text());
-   importer.setProgress([this](const QString & s) { m_lblStatus->setText(s); QApplication::processEvents(); });
+   // Each step lets the window answer, Stop included; a stop is taken between two steps, always
+   // before the project file is written, so a stopped import leaves it as it was.
+   importer.setProgress([this](const QString & s) { if (! m_bCancelled) { m_lblStatus->setText(s); } QApplication::processEvents(); });
    QApplication::processEvents();
    const bool bDdl = (m_cboSource->currentIndex() == source_ddl);
    db_import::db_catalog catalog;
    model::project_ptr pProject;
    QString sError;
-   const bool bOk = (importer.readSource(bDdl ? QString() : sourceUrl(), bDdl ? m_txtFile->text().trimmed() : QString(), catalog, sError) &&
-                     db_import::db_importer::loadProject(sProject, pProject, sError) && importer.importInto(catalog, pProject, sError) &&
-                     (! bWrite || db_import::db_importer::writeProject(* pProject, sProject, sError)));
+   auto go = [this, &sError]() { if (m_bCancelled) { sError = tr("Import cancelled : nothing was written."); } return ! m_bCancelled; };
+   const bool bOk = (go() && importer.readSource(bDdl ? QString() : sourceUrl(), bDdl ? m_txtFile->text().trimmed() : QString(), catalog, sError) &&
+                     go() && db_import::db_importer::loadProject(sProject, pProject, sError) && go() && importer.importInto(catalog, pProject, sError) &&
+                     (! bWrite || (go() && db_import::db_importer::writeProject(* pProject, sProject, sError))));
    QApplication::restoreOverrideCursor();
+   m_bRunning = false;
    m_barProgress->setRange(0, 1);
    m_barProgress->setValue(bOk ? 1 : 0);
    m_btnPreview->setEnabled(true);
    m_btnImport->setEnabled(true);
-   m_lstSummary = importer.getSummary();
-   m_lstWarnings = importer.getWarnings();
+   m_btnCancelImport->setEnabled(false);
+   m_lstSummary = (m_bCancelled ? QStringList() : importer.getSummary());
+   m_lstWarnings = (m_bCancelled ? QStringList() : importer.getWarnings());
    showResult(sError);
    return bOk;
+}
+
+void import_db_dialog::doBtnCancelImport()
+{
+   if (! m_bRunning) { return; }
+   m_bCancelled = true;
+   m_btnCancelImport->setEnabled(false);
+   m_lblStatus->setText(tr("Stopping..."));
+}
+
+void import_db_dialog::reject()
+{
+   // Closing the window while a run goes on stops it first; the dialog goes once it has stopped.
+   if (m_bRunning) { doBtnCancelImport(); return; }
+   QDialog::reject();
 }
 
 void import_db_dialog::showResult(const QString & sError)

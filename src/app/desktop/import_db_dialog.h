@@ -57,6 +57,9 @@ private:
    QLabel * m_lblStatus = nullptr;
    QPushButton * m_btnPreview = nullptr;
    QPushButton * m_btnImport = nullptr;
+   QPushButton * m_btnCancelImport = nullptr;   // enabled while a preview or import runs
+   bool m_bRunning = false;
+   bool m_bCancelled = false;
    QStringList m_lstSummary;
    QStringList m_lstWarnings;
 
@@ -74,6 +77,7 @@ public:
    QPlainTextEdit * getPreview() const { return m_txtPreview; }
    QPushButton * getPreviewButton() const { return m_btnPreview; }
    QPushButton * getImportButton() const { return m_btnImport; }
+   QPushButton * getCancelImportButton() const { return m_btnCancelImport; }
 
    // Adds File > Import from database... to the window: the dialog on the open project, then the
    // project opened again and the changes listed in the messages.
@@ -85,6 +89,7 @@ public Q_SLOTS:
    void doBtnProject();
    void doBtnPreview();
    void doBtnImport();
+   void doBtnCancelImport();
 
 private:
    QWidget * createSourceGroup();
@@ -94,6 +99,9 @@ private:
    QString sourceUrl() const;
    db_import::import_options options() const;
    void showResult(const QString & sError);
+   // True once the user cancelled the run: the next step is not started.
+   bool cancelled() const { return m_bCancelled; }
+   void reject() override;
 };
 
 } // namespace desktop

@@ -94,6 +94,8 @@ private:
    // Message lines ("hh:mm:ss  text", kind) not listed yet: an export lists them in batches.
    QList<QPair<QString, int>> m_lstPendingMessages;
    export_progress * m_pExportProgress = nullptr;   // while an export runs
+   bool m_bDryRunning = false;   // a dry run's plug-in messages about written files are not logged
+   QStringList m_lstNamespaceOrder;   // places of the tree's namespaces ('E' or 'N' + label) while a project is open
    bool m_bScrollPending = false;   // the message area scrolls to its end once per turn
    // Dialogs shown during an export, each with an arrow cursor pushed over the busy one.
    QList<QObject *> m_lstExportDialogs;

@@ -117,6 +117,13 @@ zy::ZyBool main_window::doActExport()
    const qint64 iStartMs = QDateTime::currentMSecsSinceEpoch();
    const zy::ZyBool result = runPlugin(files);
    if (result && files.isStopped()) { return reportStoppedExport(files, iStartMs); }
+   // The plug-in began no export (its settings dialog cancelled, its question declined).
+   if (result && files.root().isEmpty() && files.files().isEmpty())
+   {
+      addMessage(tr("Export cancelled : nothing was exported"), 2);
+      statusBar()->showMessage(tr("Export cancelled"), 10000);
+      return zy::ZyBool(false, tr("Export cancelled : nothing was exported"));
+   }
    if (! result) { reportFailedExport(result); }
    else
    {
@@ -142,8 +149,11 @@ bool main_window::doActExportPreview()
    files.setDryRun(true);
    files.setKeepTexts(true);
    const qint64 iStartMs = QDateTime::currentMSecsSinceEpoch();
+   m_bDryRunning = true;
    zy::ZyBool result = runPlugin(files);
-   if (result && files.isStopped())
+   m_bDryRunning = false;
+   // Stopped, or nothing begun (the plug-in's settings dialog cancelled): no preview to show.
+   if (result && (files.isStopped() || (files.root().isEmpty() && files.files().isEmpty())))
    {
       addMessage(tr("Export preview cancelled"), 2);
       statusBar()->showMessage(tr("Export preview cancelled"), 10000);
@@ -157,7 +167,7 @@ bool main_window::doActExportPreview()
       return false;
    }
    const QString sSummary = app::export_lifecycle::summary(outcome, (QDateTime::currentMSecsSinceEpoch() - iStartMs) / 1000.0, true);
-   addMessage(tr("Export preview : %1").arg(sSummary), 1);
+   addMessage(tr("Export preview (dry run, no file written) : %1").arg(sSummary), 1);
    statusBar()->showMessage(sSummary, 10000);
    if (! m_pExportPreview)
    {

@@ -48,8 +48,14 @@ void main_window::createMessagesDock()
 
 void main_window::doPluginMessage(const QString & text, int kind, int duration)
 {
-   addMessage(text, kind);
-   statusBar()->showMessage(text, std::max(duration, 0));
+   // The plug-in reports a dry run's files as created and exported: the host's summary says
+   // what the dry run did instead. Its notes about the dry run itself are kept.
+   const bool bWrittenClaim = (m_bDryRunning && (kind <= 1) && ! text.contains(QLatin1String("dry run"), Qt::CaseInsensitive));
+   if (! bWrittenClaim)
+   {
+      addMessage(text, kind);
+      statusBar()->showMessage(text, std::max(duration, 0));
+   }
    if (! isExecutingPlugin()) { return; }
    attachRunningDebugger();
    const std::shared_ptr<tools::custom_javascript> pScript = (m_pPlugin ? m_pPlugin->getCustomScript() : nullptr);

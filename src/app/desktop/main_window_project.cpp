@@ -57,6 +57,7 @@ zy::ZyBool main_window::openProject(const QString & path)
       info.exportPlugin->loadSettings();
    }
 
+   m_lstNamespaceOrder.clear();
    fillModelTree();
    showItemDetails();
    if (m_viewDiagram) { m_viewDiagram->setProject(m_pProject); }

@@ -27,11 +27,14 @@ QString namespaceLabel(const QString & ns) { return (ns.isEmpty() ? QObject::tr(
 QTreeWidgetItem * namespaceItem(QTreeWidgetItem * pParent, const QString & ns)
 {
    const QString label = namespaceLabel(ns);
-   for (int i = 0; i < pParent->childCount(); ++i)
+   QTreeWidgetItem * pItem = nullptr;
+   for (int i = 0; (i < pParent->childCount()) && ! pItem; ++i)
    {
-      if (pParent->child(i)->text(0) == label) { return pParent->child(i); }
+      if (pParent->child(i)->text(0) == label) { pItem = pParent->child(i); }
    }
-   QTreeWidgetItem * pItem = new QTreeWidgetItem(pParent, QStringList(label));
+   // A place kept from the tree before it was filled again is made a group on first use.
+   if (pItem && (pItem->childCount() > 0)) { return pItem; }
+   if (! pItem) { pItem = new QTreeWidgetItem(pParent, QStringList(label)); }
    pItem->setData(0, main_window::k_roleKind, main_window::item_group);
    pItem->setIcon(0, QApplication::style()->standardIcon(QStyle::SP_DirIcon));
    return pItem;
@@ -87,8 +90,21 @@ void main_window::fillModelTree()
    m_lstTreeKeys = treeKeys();
    if (! m_pProject) { return; }
    QStyle * pStyle = style();
-   addItems(groupItem(m_treeModel, pStyle, tr("Entities")), m_pProject->getListOfAllEntities(), item_entity, pStyle->standardIcon(QStyle::SP_FileIcon));
-   addItems(groupItem(m_treeModel, pStyle, tr("Enumerations")), m_pProject->getListOfAllEnums(), item_enumeration, pStyle->standardIcon(QStyle::SP_FileDialogListView));
+   QTreeWidgetItem * pEntities = groupItem(m_treeModel, pStyle, tr("Entities"));
+   QTreeWidgetItem * pEnums = groupItem(m_treeModel, pStyle, tr("Enumerations"));
+   // The namespaces keep the places they were first shown at: an edit, a delete or its undo
+   // that changes which item of the project's list comes first in a namespace moves nothing.
+   for (const QString & sPlace : std::as_const(m_lstNamespaceOrder))
+   { new QTreeWidgetItem(sPlace.startsWith('E') ? pEntities : pEnums, QStringList(sPlace.mid(1))); }
+   addItems(pEntities, m_pProject->getListOfAllEntities(), item_entity, pStyle->standardIcon(QStyle::SP_FileIcon));
+   addItems(pEnums, m_pProject->getListOfAllEnums(), item_enumeration, pStyle->standardIcon(QStyle::SP_FileDialogListView));
+   m_lstNamespaceOrder.clear();
+   for (QTreeWidgetItem * pGroup : { pEntities, pEnums })
+   {
+      for (int j = 0; j < pGroup->childCount(); ++j) { m_lstNamespaceOrder.append(QString((pGroup == pEntities) ? "E" : "N") + pGroup->child(j)->text(0)); }
+      // Namespaces without items are not shown, but keep their places.
+      for (int j = pGroup->childCount() - 1; j >= 0; --j) { if (pGroup->child(j)->childCount() == 0) { delete pGroup->takeChild(j); } }
+   }
    m_treeModel->expandAll();
    if (m_txtFilter && ! m_txtFilter->text().isEmpty()) { doFilterChanged(m_txtFilter->text()); }
 }

@@ -2,13 +2,17 @@
 
 #include <QColor>
 #include <QGraphicsDropShadowEffect>
+#include <QGridLayout>
 #include <QHideEvent>
+#include <QLabel>
 #include <QLayout>
 #include <QMetaType>
 #include <QRadioButton>
 #include <QScrollBar>
 #include <QTextEdit>
 #include <QShowEvent>
+#include <QSignalBlocker>
+#include <QSqlError>
 
 #include "context/ctx_global.h"
 #include "model/entity.h"
@@ -17,6 +21,7 @@
 #include "cpp_export/plugin/cpp_builder.h"
 #include "cpp_export/plugin/cpp_export.h"
 #include "cpp_export/plugin/cpp_template.h"
+#include "gui/tools/message_box.h"
 #include "gui/tools/syntax_highlighter.h"
 #include "gui/tools/wait_cursor.h"
 #include "gui/view/main_wnd.h"
@@ -41,6 +46,19 @@ void cpp_export_preview::init()
 
    // Style 2 is reached only through stored settings or the command line (see setPlugin).
    m_optZyPersistable->setVisible(false);
+
+   // Above the code: why it is empty or incomplete, instead of a message box per file.
+   m_lblProblem = new QLabel(m_grpCppTemplate);
+   m_lblProblem->setObjectName("m_lblPreviewProblem");
+   m_lblProblem->setWordWrap(true);
+   m_lblProblem->setTextInteractionFlags(Qt::TextSelectableByMouse);
+   m_lblProblem->hide();
+   if (QGridLayout * pGrid = qobject_cast<QGridLayout *>(m_grpCppTemplate->layout()))
+   {
+      pGrid->removeWidget(m_tabCppTemplate);
+      pGrid->addWidget(m_lblProblem, 1, 0);
+      pGrid->addWidget(m_tabCppTemplate, 2, 0);
+   }
 
    m_txtCppTemplateHeader->setReadOnly(true);
    m_txtCppTemplateSource->setReadOnly(true);
@@ -92,11 +110,32 @@ void cpp_export_preview::doOptCppTemplateChanged(bool bChecked)
 
    if (m_pPlugin && (eStyle != m_pPlugin->getCppTemplate()))
    {
+      const plugin::cpp_template::enum_template eBefore = m_pPlugin->getCppTemplate();
       m_pPlugin->setCppTemplate(eStyle);
-      m_pPlugin->saveSettings();
+      if (! storeOrUndo(tr("class style"))) { m_pPlugin->setCppTemplate(eBefore); showStoredSettings(); return; }
    }
 
    doSelectEntity(m_pEntity);
+}
+
+bool cpp_export_preview::storeOrUndo(const QString & sWhat)
+{
+   // A project file that refuses the write (read-only, locked) keeps the stored choice: the
+   // buttons go back to it and the user is told, rather than a choice that is lost on reopening.
+   const QSqlError err = m_pPlugin->saveSettings();
+   if (! err.isValid()) { return true; }
+   tools::message_box::warning(this, m_pPlugin->getName(),
+      tr("The %1 cannot be stored in the project file, it stays as it was : %2").arg(sWhat, err.text()));
+   return false;
+}
+
+void cpp_export_preview::showStoredSettings()
+{
+   const QSignalBlocker blockPImpl(m_chkPImpl);
+   m_chkPImpl->setChecked(m_pPlugin->getPImpl());
+   for (QRadioButton * pOpt : styleButtons().all()) { pOpt->blockSignals(true); }
+   styleButtons().check(static_cast<int>(m_pPlugin->getCppTemplate()));
+   for (QRadioButton * pOpt : styleButtons().all()) { pOpt->blockSignals(false); }
 }
 
 void cpp_export_preview::doChkPImplChanged(int iState)
@@ -106,7 +145,7 @@ void cpp_export_preview::doChkPImplChanged(int iState)
    bool bPImpl = m_chkPImpl->isChecked();
    if (m_pPlugin->getPImpl() == bPImpl) { return; }
    m_pPlugin->setPImpl(bPImpl);
-   m_pPlugin->saveSettings();
+   if (! storeOrUndo(tr("PIMPL choice"))) { m_pPlugin->setPImpl(! bPImpl); showStoredSettings(); return; }
    doSelectEntity(m_pEntity);
 }
 
@@ -146,9 +185,33 @@ void cpp_export_preview::selectItem(const std::shared_ptr<Item> & item, std::sha
 
    if (! m_bVisible || ! m_pProject || ! pSelected || ! m_pPlugin) { return; }
    plugin::cpp_builder * pBuilder = getOrCreateBuilder();
-   setCode(m_txtCppTemplateHeader, pBuilder->buildHeader(* m_pProject, * pSelected), bSameItem);
-   setCode(m_txtCppTemplateSource, pBuilder->buildSource(* m_pProject, * pSelected), bSameItem);
+   QString sHeader, sSource;
+   QStringList lstProblems;
+   {
+      // The builder's complaints about the templates are said here, once, not in a box per file.
+      tools::message_box::collector problems;
+      sHeader = pBuilder->buildHeader(* m_pProject, * pSelected);
+      sSource = pBuilder->buildSource(* m_pProject, * pSelected);
+      lstProblems = problems.texts();
+   }
+   // The builder complains once per template: a new one says it again at the next preview.
+   if (! lstProblems.isEmpty()) { m_pCppBuilder.reset(); }
+   setCode(m_txtCppTemplateHeader, sHeader, bSameItem);
+   setCode(m_txtCppTemplateSource, sSource, bSameItem);
+   showProblems(lstProblems, sHeader.trimmed().isEmpty() && sSource.trimmed().isEmpty());
 }
+
+void cpp_export_preview::showProblems(const QStringList & lstProblems, bool bEmpty)
+{
+   QStringList lst = lstProblems;
+   if (bEmpty && m_pPlugin && (m_pPlugin->getCppTemplate() == plugin::cpp_template::custom))
+   { lst.append(tr("No code: the custom templates are empty. Write them in the plug-in's settings (Plug-in > Settings).")); }
+   else if (bEmpty) { lst.append(tr("No code: the template gives nothing for this item.")); }
+   m_lblProblem->setText(lst.join("\n"));
+   m_lblProblem->setVisible(! lst.isEmpty());
+}
+
+QString cpp_export_preview::getProblemText() const { return (m_lblProblem->isHidden() ? QString() : m_lblProblem->text()); }
 
 void cpp_export_preview::setCode(QTextEdit * pEdit, const QString & sCode, bool bKeepPlace)
 {

@@ -9,6 +9,7 @@
 #include "cpp_export/view/style_buttons.h"
 
 class QHideEvent;
+class QLabel;
 class QShowEvent;
 class QTextEdit;
 
@@ -32,6 +33,7 @@ class cpp_export_preview : public QWidget, private Ui::wnd_cpp_export_preview
    model::entity_ptr m_pEntity;
    model::enumeration_ptr m_pEnumeration;
    bool m_bVisible = false;
+   QLabel * m_lblProblem = nullptr;   // why the code shown is empty or incomplete
 
 public:
    explicit cpp_export_preview(QWidget * parent = nullptr, Qt::WindowFlags f = {});
@@ -46,6 +48,7 @@ public:
    model::enumeration_ptr getEnumeration() const { return m_pEnumeration; }
 
    void updateShowHidePreview();
+   QString getProblemText() const;
 
 public Q_SLOTS:
    void doLoadProject(model::project_ptr project);
@@ -67,6 +70,11 @@ private:
    void selectItem(const std::shared_ptr<Item> & item, std::shared_ptr<Item> & pSelected, std::shared_ptr<Other> & pOther);
    // Shows generated code, at the same scroll position when bKeepPlace.
    static void setCode(QTextEdit * pEdit, const QString & sCode, bool bKeepPlace);
+   void showProblems(const QStringList & lstProblems, bool bEmpty);
+   // Saves the plug-in's settings; false, after telling the user, when the project file refuses.
+   bool storeOrUndo(const QString & sWhat);
+   // The buttons as the plug-in's settings are, without reacting to it.
+   void showStoredSettings();
 };
 
 } // namespace view

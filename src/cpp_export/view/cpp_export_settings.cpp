@@ -4,6 +4,8 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QGridLayout>
+#include <QLabel>
 #include <QKeySequence>
 #include <QRadioButton>
 #include <QShortcut>
@@ -67,6 +69,29 @@ cpp_export_settings::cpp_export_settings(QWidget * parent, Qt::WindowFlags f) : 
 
    m_pHighlighterHeader = new tools::syntax_highlighter(m_txtCppTemplateHeader->document());
    m_pHighlighterSource = new tools::syntax_highlighter(m_txtCppTemplateSource->document());
+
+   m_lblTemplateProblem = new QLabel(m_grpCppTemplate);
+   m_lblTemplateProblem->setObjectName("m_lblTemplateProblem");
+   m_lblTemplateProblem->setWordWrap(true);
+   m_lblTemplateProblem->hide();
+   if (QGridLayout * pGrid = qobject_cast<QGridLayout *>(m_grpCppTemplate->layout())) { pGrid->addWidget(m_lblTemplateProblem, 2, 0); }
+}
+
+void cpp_export_settings::updateTemplateProblem()
+{
+   if (! m_lblTemplateProblem) { return; }
+   QStringList lst;
+   if (m_optCustomCppTemplate->isChecked() && m_chkPImpl->isChecked())
+   {
+      const QString sHeader = m_txtCppTemplateHeader->toPlainText();
+      const QString sSource = m_txtCppTemplateSource->toPlainText();
+      if (! sHeader.contains("@@PIMPL_DEFINITION@@") && ! sHeader.contains("@@CUSTOM_PIMPL_DEFINITION"))
+      { lst.append(tr("the header template needs @@PIMPL_DEFINITION@@ (or a @@CUSTOM_PIMPL_DEFINITION...@@ placeholder)")); }
+      if (! sSource.contains("@@PIMPL_IMPLEMENTATION@@") && ! sSource.contains("@@CUSTOM_PIMPL_IMPLEMENTATION"))
+      { lst.append(tr("the source template needs @@PIMPL_IMPLEMENTATION@@ (or a @@CUSTOM_PIMPL_IMPLEMENTATION...@@ placeholder)")); }
+   }
+   m_lblTemplateProblem->setText(lst.isEmpty() ? QString() : tr("With the PIMPL idiom, %1.").arg(lst.join(tr(" and "))));
+   m_lblTemplateProblem->setVisible(! lst.isEmpty());
 }
 
 cpp_export_settings::~cpp_export_settings() { ; }
@@ -142,6 +167,7 @@ void cpp_export_settings::doOptCppTemplateChanged(bool bChecked)
       m_txtCppTemplateHeader->setReadOnly(false);
       m_txtCppTemplateSource->setReadOnly(false);
    }
+   updateTemplateProblem();
 }
 
 void cpp_export_settings::doChkPImplChanged(int iState)
@@ -153,11 +179,13 @@ void cpp_export_settings::doChkPImplChanged(int iState)
 void cpp_export_settings::doHppTemplateTextChanged()
 {
    if (m_optCustomCppTemplate->isChecked()) { m_sCustomTemplateHeader = m_txtCppTemplateHeader->toPlainText(); }
+   updateTemplateProblem();
 }
 
 void cpp_export_settings::doCppTemplateTextChanged()
 {
    if (m_optCustomCppTemplate->isChecked()) { m_sCustomTemplateSource = m_txtCppTemplateSource->toPlainText(); }
+   updateTemplateProblem();
 }
 
 void cpp_export_settings::doBtnFileLocation()

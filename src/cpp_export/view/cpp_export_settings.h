@@ -9,6 +9,8 @@
 #include "ui_wnd_cpp_export_settings.h"
 #include "cpp_export/view/style_buttons.h"
 
+class QLabel;
+
 namespace plugin { class cpp_export; }
 namespace tools { class syntax_highlighter; }
 
@@ -32,6 +34,7 @@ private:
    QString m_sCustomTemplateSource;
    tools::syntax_highlighter * m_pHighlighterHeader = nullptr;   // owned by the editor's document
    tools::syntax_highlighter * m_pHighlighterSource = nullptr;
+   QLabel * m_lblTemplateProblem = nullptr;   // what the custom templates lack, under them
 
 public:
    explicit cpp_export_settings(QWidget * parent = nullptr, Qt::WindowFlags f = {});
@@ -60,6 +63,8 @@ private:
    QString getMessageTitle() const;
    static QString readResourceText(const QString & path);
    style_buttons styleButtons() const;
+   // Says under the editors what custom templates need for PIMPL, instead of a box per file later.
+   void updateTemplateProblem();
 };
 
 } // namespace view

@@ -94,9 +94,16 @@ QMessageBox::Icon iconOf(message_box::enum_kind kind)
    return QMessageBox::NoIcon;
 }
 
+thread_local message_box::collector * t_pCollector = nullptr;
+
 QMessageBox::StandardButton show(message_box::enum_kind kind, QWidget * parent, const QString & title, const QString & text,
                                  QMessageBox::StandardButtons buttons, QMessageBox::StandardButton defaultButton)
 {
+   if (t_pCollector && (kind != message_box::kind_question))
+   {
+      t_pCollector->add(text);
+      return defaultAnswer(buttons, defaultButton);
+   }
    message_box_state & s = state();
    QMessageBox::StandardButton answer = QMessageBox::NoButton;
    bool unattended = false;
@@ -163,6 +170,9 @@ QMessageBox::StandardButton message_box::critical(QWidget * parent, const QStrin
 {
    return show(kind_critical, parent, title, text, buttons, QMessageBox::NoButton);
 }
+
+message_box::collector::collector() : m_pOuter(t_pCollector) { t_pCollector = this; }
+message_box::collector::~collector() { t_pCollector = m_pOuter; }
 
 void message_box::setUnattended(bool b) { QMutexLocker lock(& state().mutex); state().unattended = b; }
 bool message_box::isUnattended() { QMutexLocker lock(& state().mutex); return state().unattended; }

@@ -35,6 +35,23 @@ public:
    static QMessageBox::StandardButton critical(QWidget * parent, const QString & title, const QString & text,
                                                QMessageBox::StandardButtons buttons = QMessageBox::Ok);
 
+   // While one lives, the information, warning and critical boxes of its thread are not shown
+   // but kept for the caller to show in its own window (a preview that says why it is empty).
+   // Questions are still asked.
+   class TAVRELGUI_EXPORT collector
+   {
+      QStringList m_lstTexts;
+      collector * m_pOuter = nullptr;
+
+   public:
+      collector();
+      ~collector();
+      collector(const collector &) = delete;
+      collector & operator=(const collector &) = delete;
+      const QStringList & texts() const { return m_lstTexts; }
+      void add(const QString & text) { if (! m_lstTexts.contains(text)) { m_lstTexts.append(text); } }
+   };
+
    static void setUnattended(bool b);
    static bool isUnattended();
    // Answer for every later question (NoButton: the default button).
