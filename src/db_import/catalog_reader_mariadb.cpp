@@ -29,13 +29,14 @@ QString standardLiteral(const QString & s)
    return '\'' + r + '\'';
 }
 
-// "enum('a','b')": the quoted values, quotes undoubled (the catalog doubles them).
-QStringList enumValues(const QString & sDeclared)
+// "enum('a','b')" (or "set(...)" with sKind "set"): the quoted values, quotes undoubled (the
+// catalog doubles them).
+QStringList enumValues(const QString & sDeclared, const QString & sKind = QStringLiteral("enum"))
 {
    static const QRegularExpression reValue("'((?:[^']|'')*)'");
    QStringList lst;
-   if (! sDeclared.startsWith("enum(", Qt::CaseInsensitive)) { return lst; }
-   for (auto it = reValue.globalMatch(sDeclared, 5); it.hasNext(); ) { lst.append(it.next().captured(1).replace("''", "'")); }
+   if (! sDeclared.startsWith(sKind + "(", Qt::CaseInsensitive)) { return lst; }
+   for (auto it = reValue.globalMatch(sDeclared, sKind.size() + 1); it.hasNext(); ) { lst.append(it.next().captured(1).replace("''", "'")); }
    return lst;
 }
 
@@ -92,6 +93,7 @@ bool catalog_reader::readMariadb(const QSqlDatabase & database, const QStringLis
       // "NULL" is how the catalog writes a null default; a text default comes quoted.
       if (! q.value(6).isNull() && (q.value(6).toString() != "NULL")) { c.sDefault = standardLiteral(q.value(6).toString()); }
       c.lstValues = enumValues(c.sDeclared);
+      c.lstSetValues = enumValues(c.sDeclared, QStringLiteral("set"));
       if (q.value(7).toString().contains("auto_increment", Qt::CaseInsensitive)) { c.sGenerator = QStringLiteral("autoincrement"); }
       t.lstColumns.append(c);
    }

@@ -25,6 +25,8 @@ struct db_column
    QString sGenerator;
    // The values of an enumeration type (PostgreSQL's, MariaDB's ENUM), in their order.
    QStringList lstValues;
+   // The values a MariaDB SET column holds any combination of, in their order.
+   QStringList lstSetValues;
 };
 
 struct db_index
