@@ -19,6 +19,8 @@ db_support::db_server * serverOf(db_import::enum_dialect eDialect, QString & sEr
                                                                                          : db_support::db_server::kind_mariadb, sError);
 }
 
+} // namespace
+
 QString quoted(db_import::enum_dialect eDialect, const QString & sName)
 {
    const QChar c = ((eDialect == db_import::dialect_mariadb) ? QChar('`') : QChar('"'));
@@ -26,8 +28,6 @@ QString quoted(db_import::enum_dialect eDialect, const QString & sName)
    s.replace(c, QString(2, c));
    return c + s + c;
 }
-
-} // namespace
 
 bool freshDatabase(db_import::enum_dialect eDialect, const QString & sName, const QString & sWorkDir, QString & sUrl, QString & sError)
 {
