@@ -152,6 +152,9 @@ CREATE TABLE enrollment (
 );
 CREATE TABLE review (review_id INTEGER PRIMARY KEY, product_id INTEGER NOT NULL REFERENCES product (product_id), user_id INTEGER REFERENCES user_account (user_id), stars INTEGER NOT NULL, body VARCHAR(200) NOT NULL DEFAULT '');
 CREATE TABLE shipment (shipment_id INTEGER PRIMARY KEY, po_id INTEGER NOT NULL, line_no INTEGER NOT NULL, shipped_on DATE, FOREIGN KEY (po_id, line_no) REFERENCES purchase_order_line (po_id, line_no));
+CREATE TABLE import_batch (batch_id INTEGER AUTO_INCREMENT PRIMARY KEY, started_at DATETIME NOT NULL DEFAULT CURRENT_TIMESTAMP, label VARCHAR(40) NOT NULL DEFAULT '');
+CREATE INDEX time_entry_staff_task_idx ON time_entry (staff_id, task_id);
+CREATE UNIQUE INDEX project_department_name_ux ON project (department_id, name);
 CREATE TABLE line_note (
   po_id INTEGER NOT NULL,
   line_no INTEGER NOT NULL,
@@ -211,6 +214,7 @@ INSERT INTO course_prerequisite VALUES (2, 1);
 INSERT INTO enrollment VALUES (1, 1, '2024S1', 'A'), (2, 1, '2024S1', ''), (2, 2, '2024S2', NULL);
 INSERT INTO review VALUES (1, 1, 1, 5, 'Does the job'), (2, 2, NULL, 2, '');
 INSERT INTO shipment VALUES (1, 1, 1, '2024-01-10'), (2, 1, 2, NULL);
+INSERT INTO import_batch (label) VALUES ('first'), ('second');
 INSERT INTO line_note VALUES (1, 1, 1, 'Left at the door'), (1, 1, 2, 'Signed for');
 INSERT INTO comment VALUES (1, 1, NULL, 'Agreed'), (2, 1, 1, 'Same here');
 
