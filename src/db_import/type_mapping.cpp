@@ -142,6 +142,11 @@ QString type_mapping::portableDefault(const QString & sDefault)
    static const QRegularExpression reText("^'(?:[^']|'')*'$");
    if (sDefault.isNull()) { return QString(); }
    QString s = sDefault.trimmed();
+   // PostgreSQL's 'now' cast to a date or time is read when a row is written, as CURRENT_DATE is
+   // (the text 'now' written as a default would be read once, when the table is made).
+   static const QRegularExpression reNow("^\\(?'now'::text\\)?::(date|timestamp.*)$");
+   const QRegularExpressionMatch now = reNow.match(s.toLower());
+   if (now.hasMatch()) { return ((now.captured(1) == "date") ? QStringLiteral("CURRENT_DATE") : QStringLiteral("CURRENT_TIMESTAMP")); }
    s.remove(reCast);
    while (s.startsWith('(') && s.endsWith(')')) { s = s.mid(1, s.size() - 2).trimmed(); }
    if (reText.match(s).hasMatch() || reNumber.match(s).hasMatch()) { return s; }

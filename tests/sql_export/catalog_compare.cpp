@@ -37,6 +37,8 @@ QStringList indexTexts(const db_import::db_table & t, bool bLengths)
    QSet<QString> set;
    for (const db_import::db_index & i : t.lstIndexes)
    {
+      // An index on an expression (a column without a name) is not kept by the import.
+      if (i.lstColumns.contains(QString())) { continue; }
       QStringList lst;
       for (qsizetype k = 0; k < i.lstColumns.size(); ++k)
       { lst.append(i.lstColumns.at(k) + ((bLengths && (i.lstLengths.value(k) > 0)) ? QString("(%1)").arg(i.lstLengths.value(k)) : QString())); }

@@ -132,6 +132,10 @@ TEST(SqlKeptKeys, DefaultCastToANamedTypeIsRead)
    EXPECT_EQ(db_import::type_mapping::defaultValue("'open'::ticket_state", "QString"), "open");
    EXPECT_EQ(db_import::type_mapping::defaultValue("'calm'::\"Mood\"", "QString"), "calm");
    EXPECT_EQ(db_import::type_mapping::portableDefault("'open'::hr.ticket_state"), "'open'");
+   // PostgreSQL's 'now' cast to a date is today's date when the row is written, not a text.
+   EXPECT_EQ(db_import::type_mapping::portableDefault("('now'::text)::date"), "CURRENT_DATE");
+   EXPECT_EQ(db_import::type_mapping::portableDefault("('now'::text)::timestamp without time zone"), "CURRENT_TIMESTAMP");
+   EXPECT_EQ(db_import::type_mapping::portableDefault("'now'::text"), "'now'");
 }
 
 // MariaDB's SET column goes back as a SET; other databases get the C++ type's column, no check.

@@ -154,6 +154,7 @@ CREATE TABLE review (review_id INTEGER PRIMARY KEY, product_id INTEGER NOT NULL 
 CREATE TABLE shipment (shipment_id INTEGER PRIMARY KEY, po_id INTEGER NOT NULL, line_no INTEGER NOT NULL, shipped_on DATE, FOREIGN KEY (po_id, line_no) REFERENCES purchase_order_line (po_id, line_no));
 CREATE TABLE import_batch (batch_id INTEGER PRIMARY KEY AUTOINCREMENT, started_at TIMESTAMP NOT NULL DEFAULT CURRENT_TIMESTAMP, label VARCHAR(40) NOT NULL DEFAULT '');
 CREATE INDEX time_entry_staff_task_idx ON time_entry (staff_id, task_id);
+CREATE INDEX customer_email_lower_idx ON Customer (lower(Email));
 CREATE UNIQUE INDEX project_department_name_ux ON project (department_id, name);
 CREATE TABLE line_note (
   po_id INTEGER NOT NULL,
