@@ -151,9 +151,10 @@ QString type_mapping::portableDefault(const QString & sDefault)
    while (s.startsWith('(') && s.endsWith(')')) { s = s.mid(1, s.size() - 2).trimmed(); }
    if (reText.match(s).hasMatch() || reNumber.match(s).hasMatch()) { return s; }
    const QString sLower = s.toLower();
-   if ((sLower == "now()") || sLower.startsWith("current_timestamp")) { return QStringLiteral("CURRENT_TIMESTAMP"); }
-   if ((sLower == "current_date") || (sLower == "curdate()")) { return QStringLiteral("CURRENT_DATE"); }
-   if ((sLower == "current_time") || (sLower == "curtime()")) { return QStringLiteral("CURRENT_TIME"); }
+   // SQLite's datetime('now'), date('now') and time('now') give what the three words give.
+   if ((sLower == "now()") || sLower.startsWith("current_timestamp") || (sLower == "datetime('now')")) { return QStringLiteral("CURRENT_TIMESTAMP"); }
+   if ((sLower == "current_date") || (sLower == "curdate()") || (sLower == "date('now')")) { return QStringLiteral("CURRENT_DATE"); }
+   if ((sLower == "current_time") || (sLower == "curtime()") || (sLower == "time('now')")) { return QStringLiteral("CURRENT_TIME"); }
    if ((sLower == "true") || (sLower == "false")) { return sLower.toUpper(); }
    return QString();
 }

@@ -136,6 +136,9 @@ TEST(SqlKeptKeys, DefaultCastToANamedTypeIsRead)
    EXPECT_EQ(db_import::type_mapping::portableDefault("('now'::text)::date"), "CURRENT_DATE");
    EXPECT_EQ(db_import::type_mapping::portableDefault("('now'::text)::timestamp without time zone"), "CURRENT_TIMESTAMP");
    EXPECT_EQ(db_import::type_mapping::portableDefault("'now'::text"), "'now'");
+   // SQLite's functions of 'now' are the three words.
+   EXPECT_EQ(db_import::type_mapping::portableDefault("(datetime('now'))"), "CURRENT_TIMESTAMP");
+   EXPECT_EQ(db_import::type_mapping::portableDefault("date('now')"), "CURRENT_DATE");
 }
 
 // MariaDB's SET column goes back as a SET; other databases get the C++ type's column, no check.
