@@ -47,10 +47,11 @@ const char * const k_sColumns =
    "WHERE t.TABLE_TYPE IN ('BASE TABLE', 'VIEW') AND c.TABLE_SCHEMA IN (%1) "
    "ORDER BY c.TABLE_SCHEMA, c.TABLE_NAME, c.ORDINAL_POSITION";
 
-// Every index, the primary key's ("PRIMARY") and the unique constraints' among them.
+// Every index, the primary key's ("PRIMARY") and the unique constraints' among them; not a
+// FULLTEXT or SPATIAL one, which made again as a plain index would fail or say something else.
 const char * const k_sIndexes =
    "SELECT TABLE_SCHEMA, TABLE_NAME, INDEX_NAME, NON_UNIQUE, COLUMN_NAME, SUB_PART FROM information_schema.STATISTICS "
-   "WHERE TABLE_SCHEMA IN (%1) ORDER BY TABLE_SCHEMA, TABLE_NAME, INDEX_NAME, SEQ_IN_INDEX";
+   "WHERE TABLE_SCHEMA IN (%1) AND INDEX_TYPE NOT IN ('FULLTEXT', 'SPATIAL') ORDER BY TABLE_SCHEMA, TABLE_NAME, INDEX_NAME, SEQ_IN_INDEX";
 
 const char * const k_sForeignKeys =
    "SELECT TABLE_SCHEMA, TABLE_NAME, CONSTRAINT_NAME, COLUMN_NAME, REFERENCED_TABLE_SCHEMA, REFERENCED_TABLE_NAME, REFERENCED_COLUMN_NAME "

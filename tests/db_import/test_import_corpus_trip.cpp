@@ -80,6 +80,11 @@ TEST_P(ImportCorpusTrip, SqlExportMakesTheSameCatalog)
    ASSERT_TRUE(import_test::freshDatabase(GetParam(), "corpus_copy", m_dir.path(), sCopy, sError)) << sError.toStdString();
    const QString sScript = QString::fromUtf8(test_support::readAll(m_dir.filePath("corpus.sql")));
    EXPECT_TRUE(sScript.contains("FOREIGN KEY (po_id, line_no) REFERENCES purchase_order_line (po_id, line_no)")) << sScript.toStdString();
+   // A partial index, a hash index and a full-text index are not read: made again as plain indexes
+   // they would say something else.
+   EXPECT_FALSE(sScript.contains("ux_task_project_id_title")) << sScript.toStdString();
+   EXPECT_FALSE(sScript.contains("ix_task_title")) << sScript.toStdString();
+   EXPECT_FALSE(sScript.contains("ix_review_body")) << sScript.toStdString();
    ASSERT_TRUE(runScript(sCopy, m_dir.filePath("corpus.sql"), sError)) << sError.toStdString() << "\n" << sScript.toStdString();
    const db_import::db_catalog source = catalogOf(m_sUrl), copy = catalogOf(sCopy);
    EXPECT_GE(source.lstTables.size(), 40);

@@ -155,6 +155,7 @@ CREATE TABLE shipment (shipment_id INTEGER PRIMARY KEY, po_id INTEGER NOT NULL, 
 CREATE TABLE import_batch (batch_id INTEGER AUTO_INCREMENT PRIMARY KEY, started_at DATETIME NOT NULL DEFAULT CURRENT_TIMESTAMP, label VARCHAR(40) NOT NULL DEFAULT '',
   run_on DATE NOT NULL DEFAULT (CURDATE()));
 CREATE INDEX time_entry_staff_task_idx ON time_entry (staff_id, task_id);
+CREATE FULLTEXT INDEX review_body_search ON review (body);
 CREATE UNIQUE INDEX project_department_name_ux ON project (department_id, name);
 CREATE TABLE line_note (
   po_id INTEGER NOT NULL,

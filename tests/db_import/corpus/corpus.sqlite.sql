@@ -156,6 +156,7 @@ CREATE TABLE import_batch (batch_id INTEGER PRIMARY KEY AUTOINCREMENT, started_a
   run_on DATE NOT NULL DEFAULT (date('now')), seen_at DATETIME DEFAULT (datetime('now')));
 CREATE INDEX time_entry_staff_task_idx ON time_entry (staff_id, task_id);
 CREATE INDEX customer_email_lower_idx ON Customer (lower(Email));
+CREATE UNIQUE INDEX task_open_title_ux ON task (project_id, title) WHERE NOT done;
 CREATE UNIQUE INDEX project_department_name_ux ON project (department_id, name);
 CREATE TABLE line_note (
   po_id INTEGER NOT NULL,
