@@ -216,7 +216,8 @@ QStringList jsonNames(const QJsonValue & v)
 }
 
 // What import-db kept of the table beyond its properties: indexes of several columns or of a
-// prefix, and a foreign key on the key column itself. Columns the table does not have are passed over.
+// prefix, foreign keys on the key column itself or of several columns. Columns the table does not
+// have are passed over.
 void keepTableForm(sql_table & t, const model::entity & entity, const sql_dialect & dialect, QStringList & lstWarnings)
 {
    const auto hasColumn = [&t](const QString & s) { for (const sql_column & c : t.lstColumns) { if (c.sName == s) { return true; } } return false; };
