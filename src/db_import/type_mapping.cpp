@@ -185,6 +185,14 @@ void type_mapping::keepColumnForm(enum_dialect eDialect, const db_column & colum
    // SQLite keeps a default as written: TRUE and FALSE are kept, the export writes a bool as 1 and 0.
    const bool bWord = ((eDialect == dialect_sqlite) && ((sDefault == "TRUE") || (sDefault == "FALSE")));
    if ((! bDefaultKept || bWord) && column.sGenerator.isEmpty() && ! sDefault.isEmpty()) { property.setMetaData(model::sql_meta::k_sDefault, sDefault); }
+   // A function called without arguments is kept for its own database only.
+   static const QRegularExpression reCall("^\\(?([A-Za-z_][A-Za-z0-9_]*\\(\\))\\)?$");
+   const QRegularExpressionMatch call = reCall.match(column.sDefault.trimmed());
+   if (! bDefaultKept && column.sGenerator.isEmpty() && sDefault.isEmpty() && call.hasMatch())
+   {
+      property.setMetaData(model::sql_meta::k_sDefault, call.captured(1));
+      property.setMetaData(model::sql_meta::k_sDefaultDialect, dialectName(eDialect));
+   }
 }
 
 void type_mapping::keepTableForm(const db_catalog & catalog, const db_table & table, model::entity & entity)
@@ -243,7 +251,8 @@ bool type_mapping::followSqlForm(model::property & kept, const model::property &
    bool bChanged = false;
    const bool bUsers = (! kept.getForceSqlType().isEmpty() && kept.getMetaData(model::sql_meta::k_sTypeDialect).toString().isEmpty());
    if (! bUsers && (kept.getForceSqlType() != fresh.getForceSqlType())) { kept.setForceSqlType(fresh.getForceSqlType()); bChanged = true; }
-   QList<QLatin1String> lstKeys { model::sql_meta::k_sAutoIncrement, model::sql_meta::k_sDefault, model::sql_meta::k_sValues, model::sql_meta::k_sSetValues, model::sql_meta::k_sOwnerFirst };
+   QList<QLatin1String> lstKeys { model::sql_meta::k_sAutoIncrement, model::sql_meta::k_sDefault, model::sql_meta::k_sValues, model::sql_meta::k_sSetValues, model::sql_meta::k_sOwnerFirst,
+                                  model::sql_meta::k_sDefaultDialect };
    if (! bUsers) { lstKeys.append(model::sql_meta::k_sTypeDialect); }
    return followMeta(kept, fresh, lstKeys) || bChanged;
 }

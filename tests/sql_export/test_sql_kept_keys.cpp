@@ -12,6 +12,8 @@
 #include "db_import/type_mapping.h"
 #include "model/entity.h"
 #include "model/project.h"
+#include "model/property.h"
+#include "model/property_type.h"
 #include "sql_export/schema/schema_migration.h"
 #include "sql_test_support.h"
 
@@ -139,6 +141,33 @@ TEST(SqlKeptKeys, DefaultCastToANamedTypeIsRead)
    // SQLite's functions of 'now' are the three words.
    EXPECT_EQ(db_import::type_mapping::portableDefault("(datetime('now'))"), "CURRENT_TIMESTAMP");
    EXPECT_EQ(db_import::type_mapping::portableDefault("date('now')"), "CURRENT_DATE");
+}
+
+// A default that calls a function without arguments goes back to its own database only (another
+// may have no such function).
+TEST(SqlKeptKeys, FunctionDefaultStaysInItsDatabase)
+{
+   model::property property;
+   auto pType = std::make_shared<model::property_type>();
+   pType->setPrimitiveType("QString");
+   property.setType(pType);
+   db_import::db_column column;
+   column.sName = "token";
+   column.sDeclared = "uuid";
+   column.sDefault = "gen_random_uuid()";
+   db_import::type_mapping::keepColumnForm(db_import::dialect_postgresql, column, property);
+   EXPECT_EQ(property.getMetaData("TAVREL_SQL_DEFAULT").toString(), "gen_random_uuid()");
+   EXPECT_EQ(property.getMetaData("TAVREL_SQL_DEFAULT_DIALECT").toString(), "postgresql");
+   const model::project_ptr p = sql_test::modelFromJson(R"J({ "name": "Calls", "entities": [
+     {"name": "Batch", "table": "batch", "properties": [ {"name": "id", "type": "long", "primary_key": true},
+       {"name": "token", "type": "QString", "meta": {"TAVREL_SQL_DEFAULT": "gen_random_uuid()", "TAVREL_SQL_DEFAULT_DIALECT": "postgresql"}},
+       {"name": "other", "type": "QString", "meta": {"TAVREL_SQL_DEFAULT": "now(); DROP TABLE batch", "TAVREL_SQL_DEFAULT_DIALECT": "postgresql"}} ]} ] })J");
+   ASSERT_TRUE(p);
+   const QString sPostgresql = sql_test::scriptOf(* p, dialect_postgresql, false);
+   EXPECT_TRUE(sPostgresql.contains("token text DEFAULT (gen_random_uuid())")) << sPostgresql.toStdString();
+   EXPECT_FALSE(sPostgresql.contains("DROP")) << sPostgresql.toStdString();
+   const QString sMariadb = sql_test::scriptOf(* p, dialect_mariadb, false);
+   EXPECT_FALSE(sMariadb.contains("gen_random_uuid")) << sMariadb.toStdString();
 }
 
 // MariaDB's SET column goes back as a SET; other databases get the C++ type's column, no check.

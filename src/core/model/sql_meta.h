@@ -15,6 +15,10 @@ inline const QLatin1String k_sTypeDialect("TAVREL_SQL_DIALECT");
 // A default the C++ default cannot hold: a quoted text ('' too), a number or CURRENT_TIMESTAMP,
 // CURRENT_DATE, CURRENT_TIME; also the default of a foreign-key column.
 inline const QLatin1String k_sDefault("TAVREL_SQL_DEFAULT");
+// The database ("sqlite", "postgresql", "mariadb") a default that calls a function without
+// arguments (gen_random_uuid(), uuid(), random()) in TAVREL_SQL_DEFAULT is kept for; the
+// others have no such function and get no default.
+inline const QLatin1String k_sDefaultDialect("TAVREL_SQL_DEFAULT_DIALECT");
 // The values a column allows (an enumeration type of the database), one a line.
 inline const QLatin1String k_sValues("TAVREL_SQL_VALUES");
 // The values a MariaDB SET column holds any combination of, one a line; other databases get

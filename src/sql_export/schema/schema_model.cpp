@@ -3,6 +3,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <QSet>
 
 #include <algorithm>
@@ -55,6 +56,11 @@ void keepColumnForm(sql_column & c, const model::property & p, const sql_dialect
    const QString sKept = sql_types::sqlDefaultLiteral(dialect, p.getMetaData(model::sql_meta::k_sDefault).toString());
    // TRUE and FALSE as SQLite's catalog spelt them, rather than the 1 and 0 a bool is written as.
    if (c.sDefault.isEmpty() || (sKept == "TRUE") || (sKept == "FALSE")) { c.sDefault = sKept; }
+   // A function called without arguments, in brackets as SQLite needs, for its own database only.
+   static const QRegularExpression reCall("^[A-Za-z_][A-Za-z0-9_]*\\(\\)$");
+   const QString sCall = p.getMetaData(model::sql_meta::k_sDefault).toString();
+   if (c.sDefault.isEmpty() && reCall.match(sCall).hasMatch() && (p.getMetaData(model::sql_meta::k_sDefaultDialect).toString() == dialectKey(dialect)))
+   { c.sDefault = '(' + sCall + ')'; }
 }
 
 QString entityLabel(const model::property & p)

@@ -153,7 +153,7 @@ CREATE TABLE enrollment (
 CREATE TABLE review (review_id INTEGER PRIMARY KEY, product_id INTEGER NOT NULL REFERENCES product (product_id), user_id INTEGER REFERENCES user_account (user_id), stars INTEGER NOT NULL, body VARCHAR(200) NOT NULL DEFAULT '');
 CREATE TABLE shipment (shipment_id INTEGER PRIMARY KEY, po_id INTEGER NOT NULL, line_no INTEGER NOT NULL, shipped_on DATE, FOREIGN KEY (po_id, line_no) REFERENCES purchase_order_line (po_id, line_no));
 CREATE TABLE import_batch (batch_id INTEGER AUTO_INCREMENT PRIMARY KEY, started_at DATETIME NOT NULL DEFAULT CURRENT_TIMESTAMP, label VARCHAR(40) NOT NULL DEFAULT '',
-  run_on DATE NOT NULL DEFAULT (CURDATE()));
+  run_on DATE NOT NULL DEFAULT (CURDATE()), sample DOUBLE DEFAULT (RAND()));
 CREATE INDEX time_entry_staff_task_idx ON time_entry (staff_id, task_id);
 CREATE FULLTEXT INDEX review_body_search ON review (body);
 CREATE UNIQUE INDEX project_department_name_ux ON project (department_id, name);

@@ -153,7 +153,7 @@ CREATE TABLE enrollment (
 CREATE TABLE review (review_id INTEGER PRIMARY KEY, product_id INTEGER NOT NULL REFERENCES product (product_id), user_id INTEGER REFERENCES user_account (user_id), stars INTEGER NOT NULL, body TEXT NOT NULL DEFAULT '');
 CREATE TABLE shipment (shipment_id INTEGER PRIMARY KEY, po_id INTEGER NOT NULL, line_no INTEGER NOT NULL, shipped_on DATE, FOREIGN KEY (po_id, line_no) REFERENCES purchase_order_line (po_id, line_no));
 CREATE TABLE import_batch (batch_id INTEGER PRIMARY KEY AUTOINCREMENT, started_at TIMESTAMP NOT NULL DEFAULT CURRENT_TIMESTAMP, label VARCHAR(40) NOT NULL DEFAULT '',
-  run_on DATE NOT NULL DEFAULT (date('now')), seen_at DATETIME DEFAULT (datetime('now')));
+  run_on DATE NOT NULL DEFAULT (date('now')), seen_at DATETIME DEFAULT (datetime('now')), sample INTEGER DEFAULT (random()));
 CREATE INDEX time_entry_staff_task_idx ON time_entry (staff_id, task_id);
 CREATE INDEX customer_email_lower_idx ON Customer (lower(Email));
 CREATE UNIQUE INDEX task_open_title_ux ON task (project_id, title) WHERE NOT done;
