@@ -29,13 +29,14 @@ QString standardLiteral(const QString & s)
    return '\'' + r + '\'';
 }
 
-// "enum('a','b')": the quoted values, quotes undoubled (the catalog doubles them).
-QStringList enumValues(const QString & sDeclared)
+// "enum('a','b')" (or "set(...)" with sKind "set"): the quoted values, quotes undoubled (the
+// catalog doubles them).
+QStringList enumValues(const QString & sDeclared, const QString & sKind = QStringLiteral("enum"))
 {
    static const QRegularExpression reValue("'((?:[^']|'')*)'");
    QStringList lst;
-   if (! sDeclared.startsWith("enum(", Qt::CaseInsensitive)) { return lst; }
-   for (auto it = reValue.globalMatch(sDeclared, 5); it.hasNext(); ) { lst.append(it.next().captured(1).replace("''", "'")); }
+   if (! sDeclared.startsWith(sKind + "(", Qt::CaseInsensitive)) { return lst; }
+   for (auto it = reValue.globalMatch(sDeclared, sKind.size() + 1); it.hasNext(); ) { lst.append(it.next().captured(1).replace("''", "'")); }
    return lst;
 }
 
@@ -46,10 +47,11 @@ const char * const k_sColumns =
    "WHERE t.TABLE_TYPE IN ('BASE TABLE', 'VIEW') AND c.TABLE_SCHEMA IN (%1) "
    "ORDER BY c.TABLE_SCHEMA, c.TABLE_NAME, c.ORDINAL_POSITION";
 
-// Every index, the primary key's ("PRIMARY") and the unique constraints' among them.
+// Every index, the primary key's ("PRIMARY") and the unique constraints' among them; not a
+// FULLTEXT or SPATIAL one, which made again as a plain index would fail or say something else.
 const char * const k_sIndexes =
    "SELECT TABLE_SCHEMA, TABLE_NAME, INDEX_NAME, NON_UNIQUE, COLUMN_NAME, SUB_PART FROM information_schema.STATISTICS "
-   "WHERE TABLE_SCHEMA IN (%1) ORDER BY TABLE_SCHEMA, TABLE_NAME, INDEX_NAME, SEQ_IN_INDEX";
+   "WHERE TABLE_SCHEMA IN (%1) AND INDEX_TYPE NOT IN ('FULLTEXT', 'SPATIAL') ORDER BY TABLE_SCHEMA, TABLE_NAME, INDEX_NAME, SEQ_IN_INDEX";
 
 const char * const k_sForeignKeys =
    "SELECT TABLE_SCHEMA, TABLE_NAME, CONSTRAINT_NAME, COLUMN_NAME, REFERENCED_TABLE_SCHEMA, REFERENCED_TABLE_NAME, REFERENCED_COLUMN_NAME "
@@ -92,6 +94,7 @@ bool catalog_reader::readMariadb(const QSqlDatabase & database, const QStringLis
       // "NULL" is how the catalog writes a null default; a text default comes quoted.
       if (! q.value(6).isNull() && (q.value(6).toString() != "NULL")) { c.sDefault = standardLiteral(q.value(6).toString()); }
       c.lstValues = enumValues(c.sDeclared);
+      c.lstSetValues = enumValues(c.sDeclared, QStringLiteral("set"));
       if (q.value(7).toString().contains("auto_increment", Qt::CaseInsensitive)) { c.sGenerator = QStringLiteral("autoincrement"); }
       c.sComment = q.value(8).toString();
       // A view's comment is the word VIEW, or why it cannot be read.

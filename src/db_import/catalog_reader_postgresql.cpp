@@ -55,16 +55,19 @@ const char * const k_sConstraints =
    "WHERE con.contype IN ('p', 'u', 'f') AND n.nspname IN (%1) "
    "ORDER BY n.nspname, c.relname, con.contype, con.conname, k.ord";
 
-// Indexes that no constraint made; an expression column has no name and is skipped later.
+// Indexes that no constraint made; an expression column has no name and is skipped later. Only
+// plain B-tree indexes of whole tables: another method (GiST, GIN) or a partial index (WHERE)
+// made again as a plain index would say something else, or fail on long values.
 const char * const k_sIndexes =
    "SELECT n.nspname, t.relname, i.relname, ix.indisunique, a.attname "
    "FROM pg_catalog.pg_index ix "
    "JOIN pg_catalog.pg_class i ON i.oid = ix.indexrelid "
+   "JOIN pg_catalog.pg_am am ON am.oid = i.relam AND am.amname = 'btree' "
    "JOIN pg_catalog.pg_class t ON t.oid = ix.indrelid "
    "JOIN pg_catalog.pg_namespace n ON n.oid = t.relnamespace "
    "CROSS JOIN LATERAL unnest(ix.indkey::int2[]) WITH ORDINALITY AS k(attnum, ord) "
    "LEFT JOIN pg_catalog.pg_attribute a ON a.attrelid = t.oid AND a.attnum = k.attnum AND k.attnum > 0 "
-   "WHERE n.nspname IN (%1) AND NOT ix.indisprimary "
+   "WHERE n.nspname IN (%1) AND NOT ix.indisprimary AND ix.indpred IS NULL "
    "AND NOT EXISTS (SELECT 1 FROM pg_catalog.pg_constraint con WHERE con.conindid = ix.indexrelid AND con.contype IN ('p', 'u')) "
    "ORDER BY n.nspname, t.relname, i.relname, k.ord";
 

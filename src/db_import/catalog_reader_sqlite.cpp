@@ -21,11 +21,12 @@ const char * const k_sForeignKeys =
    "FROM sqlite_schema m JOIN pragma_foreign_key_list(m.name) f "
    "WHERE m.type = 'table' AND m.name NOT LIKE 'sqlite\\_%' ESCAPE '\\' ORDER BY m.name, f.id, f.seq";
 
-// origin "pk" is the primary key's own index: the key is read from table_info.
+// origin "pk" is the primary key's own index: the key is read from table_info. A partial index
+// (WHERE) is not read: made again on all rows it would say something else.
 const char * const k_sIndexes =
    "SELECT m.name, il.name, il.\"unique\", ii.name "
    "FROM sqlite_schema m JOIN pragma_index_list(m.name) il JOIN pragma_index_info(il.name) ii "
-   "WHERE m.type = 'table' AND m.name NOT LIKE 'sqlite\\_%' ESCAPE '\\' AND il.origin <> 'pk' ORDER BY m.name, il.name, ii.seqno";
+   "WHERE m.type = 'table' AND m.name NOT LIKE 'sqlite\\_%' ESCAPE '\\' AND il.origin <> 'pk' AND il.partial = 0 ORDER BY m.name, il.name, ii.seqno";
 
 // The tables SQLite keeps a virtual table's data in, by the virtual table's module.
 QStringList shadowSuffixes(const QString & sModule)

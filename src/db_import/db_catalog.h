@@ -27,6 +27,8 @@ struct db_column
    QStringList lstValues;
    // The database's comment on the column; empty when none.
    QString sComment;
+   // The values a MariaDB SET column holds any combination of, in their order.
+   QStringList lstSetValues;
 };
 
 struct db_index

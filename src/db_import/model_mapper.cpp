@@ -144,7 +144,8 @@ void model_mapper::addEntity(const db_table & table)
    if (table.bView) { pEntity->setMetaData(model::sql_meta::k_sView, "true"); return; }
    for (const db_foreign_key & k : table.lstForeignKeys)
    {
-      if (k.lstColumns.size() > 1) { warn(QString("table %1: foreign key (%2) over several columns kept as plain columns").arg(sTable, k.lstColumns.join(", "))); }
+      if (k.lstColumns.size() > 1)
+      { warn(QString("table %1: foreign key (%2) over several columns kept as plain columns and entity meta data %3").arg(sTable, k.lstColumns.join(", "), model::sql_meta::k_sForeignKeys)); }
    }
 }
 
@@ -245,7 +246,8 @@ model::property_ptr model_mapper::plainProperty(const db_table & table, const mo
    if (column.bNotNull && (! bKey || table.lstPrimaryKey.isEmpty())) { p->setAllowNull(false); }
    if (m_options.bNullableOptional && ! column.bNotNull && ! bKey && ! table.bView) { pType->setDecoration(model::property_type::decoration_optional); }
    if (type.bLength) { p->setMaxLength(column.iLength); }
-   if (! bKey) { p->setUnique(singleColumnIndex(table, column.sName, true)); }
+   // A key the import chose keeps its unique index: the table is written without the key.
+   if (! bKey || table.lstPrimaryKey.isEmpty()) { p->setUnique(singleColumnIndex(table, column.sName, true)); }
    p->setIndex(singleColumnIndex(table, column.sName, false));
    p->setType(pType);
    type_mapping::keepColumnForm(m_catalog.eDialect, column, * p);
@@ -318,6 +320,8 @@ void model_mapper::addManyToMany(const db_table & table)
       model::property_ptr p = addRelation(pOwner, styledPropertyName(sBase), model::relationship::many_to_many, pTarget, own.lstColumns.first());
       p->getRelation()->setExtraTable(sExtra);
       p->getRelation()->setForeignKeyOwner(other.lstColumns.first());
+      // Either side may write the join table: each says where its key starts.
+      if (table.lstPrimaryKey.first() != own.lstColumns.first()) { p->setMetaData(model::sql_meta::k_sOwnerFirst, "true"); }
    }
 }
 

@@ -149,18 +149,25 @@ QString type_mapping::exportedType(enum_dialect eDialect, const QString & sCppTy
 
 QString type_mapping::portableDefault(const QString & sDefault)
 {
-   static const QRegularExpression reCast("::[a-z ]+(\\[\\])?$");
+   static const QRegularExpression reCast("::(?:[a-z ]+|\"?[A-Za-z_][A-Za-z0-9_.]*\"?)(\\[\\])?$");
    static const QRegularExpression reNumber("^[-+]?(\\d+\\.?\\d*|\\.\\d+)([eE][-+]?\\d+)?$");
    static const QRegularExpression reText("^'(?:[^']|'')*'$");
    if (sDefault.isNull()) { return QString(); }
    QString s = sDefault.trimmed();
+   // PostgreSQL's 'now' cast to a date or time is read when a row is written, as CURRENT_DATE is
+   // (the text 'now' written as a default would be read once, when the table is made).
+   static const QRegularExpression reNow("^\\(?'now'::text\\)?::(date|timestamp.*)$");
+   const QRegularExpressionMatch now = reNow.match(s.toLower());
+   if (now.hasMatch()) { return ((now.captured(1) == "date") ? QStringLiteral("CURRENT_DATE") : QStringLiteral("CURRENT_TIMESTAMP")); }
    s.remove(reCast);
    while (s.startsWith('(') && s.endsWith(')')) { s = s.mid(1, s.size() - 2).trimmed(); }
    if (reText.match(s).hasMatch() || reNumber.match(s).hasMatch()) { return s; }
    const QString sLower = s.toLower();
-   if ((sLower == "now()") || sLower.startsWith("current_timestamp")) { return QStringLiteral("CURRENT_TIMESTAMP"); }
-   if ((sLower == "current_date") || (sLower == "curdate()")) { return QStringLiteral("CURRENT_DATE"); }
-   if ((sLower == "current_time") || (sLower == "curtime()")) { return QStringLiteral("CURRENT_TIME"); }
+   // SQLite's datetime('now'), date('now') and time('now') give what the three words give.
+   if ((sLower == "now()") || sLower.startsWith("current_timestamp") || (sLower == "datetime('now')")) { return QStringLiteral("CURRENT_TIMESTAMP"); }
+   if ((sLower == "current_date") || (sLower == "curdate()") || (sLower == "date('now')")) { return QStringLiteral("CURRENT_DATE"); }
+   if ((sLower == "current_time") || (sLower == "curtime()") || (sLower == "time('now')")) { return QStringLiteral("CURRENT_TIME"); }
+   if ((sLower == "true") || (sLower == "false")) { return sLower.toUpper(); }
    return QString();
 }
 
@@ -170,6 +177,7 @@ void type_mapping::keepColumnForm(enum_dialect eDialect, const db_column & colum
    const model::property_type_ptr pType = property.getType();
    const QStringList & lstValues = column.lstValues;
    if (! lstValues.isEmpty()) { property.setMetaData(model::sql_meta::k_sValues, lstValues.join('\n')); }
+   if (! column.lstSetValues.isEmpty()) { property.setMetaData(model::sql_meta::k_sSetValues, column.lstSetValues.join('\n')); }
    // A relation's column: only its default is kept, the type follows the key it points at.
    // PostgreSQL's enumeration type goes back by its name; MariaDB's ENUM is written from the values.
    if (pType && (lstValues.isEmpty() || (eDialect == dialect_postgresql)))
@@ -186,7 +194,17 @@ void type_mapping::keepColumnForm(enum_dialect eDialect, const db_column & colum
    }
    const bool bDefaultKept = (pType && ! pType->getDefaultValue().isEmpty());
    const QString sDefault = portableDefault(column.sDefault);
-   if (! bDefaultKept && column.sGenerator.isEmpty() && ! sDefault.isEmpty()) { property.setMetaData(model::sql_meta::k_sDefault, sDefault); }
+   // SQLite keeps a default as written: TRUE and FALSE are kept, the export writes a bool as 1 and 0.
+   const bool bWord = ((eDialect == dialect_sqlite) && ((sDefault == "TRUE") || (sDefault == "FALSE")));
+   if ((! bDefaultKept || bWord) && column.sGenerator.isEmpty() && ! sDefault.isEmpty()) { property.setMetaData(model::sql_meta::k_sDefault, sDefault); }
+   // A function called without arguments is kept for its own database only.
+   static const QRegularExpression reCall("^\\(?([A-Za-z_][A-Za-z0-9_]*\\(\\))\\)?$");
+   const QRegularExpressionMatch call = reCall.match(column.sDefault.trimmed());
+   if (! bDefaultKept && column.sGenerator.isEmpty() && sDefault.isEmpty() && call.hasMatch())
+   {
+      property.setMetaData(model::sql_meta::k_sDefault, call.captured(1));
+      property.setMetaData(model::sql_meta::k_sDefaultDialect, dialectName(eDialect));
+   }
 }
 
 void type_mapping::keepTableForm(const db_catalog & catalog, const db_table & table, model::entity & entity)
@@ -205,8 +223,17 @@ void type_mapping::keepTableForm(const db_catalog & catalog, const db_table & ta
    QJsonArray lstKeys;
    for (const db_foreign_key & k : table.lstForeignKeys)
    {
-      if ((table.lstPrimaryKey.size() != 1) || (k.lstColumns != table.lstPrimaryKey) || (k.lstTargetColumns.size() != 1)) { continue; }
       const QString sTarget = ((k.sTargetSchema == catalog.sDefaultSchema) ? k.sTargetTable : (k.sTargetSchema + "." + k.sTargetTable));
+      if (k.lstColumns.size() > 1)
+      {
+         // No relation holds a key of several columns; SQLite names the target's key implicitly.
+         const db_table * pTarget = catalog.find(k.sTargetSchema, k.sTargetTable);
+         const QStringList lstTargets = (k.lstTargetColumns.isEmpty() && pTarget ? pTarget->lstPrimaryKey : k.lstTargetColumns);
+         if (lstTargets.size() != k.lstColumns.size()) { continue; }
+         lstKeys.append(QJsonObject { { "columns", QJsonArray::fromStringList(k.lstColumns) }, { "table", sTarget }, { "targets", QJsonArray::fromStringList(lstTargets) } });
+         continue;
+      }
+      if ((table.lstPrimaryKey.size() != 1) || (k.lstColumns != table.lstPrimaryKey) || (k.lstTargetColumns.size() != 1)) { continue; }
       lstKeys.append(QJsonObject { { "column", k.lstColumns.first() }, { "table", sTarget }, { "target", k.lstTargetColumns.first() } });
    }
    if (! lstKeys.isEmpty()) { entity.setMetaData(model::sql_meta::k_sForeignKeys, QString::fromUtf8(QJsonDocument(lstKeys).toJson(QJsonDocument::Compact))); }
@@ -236,7 +263,8 @@ bool type_mapping::followSqlForm(model::property & kept, const model::property &
    bool bChanged = false;
    const bool bUsers = (! kept.getForceSqlType().isEmpty() && kept.getMetaData(model::sql_meta::k_sTypeDialect).toString().isEmpty());
    if (! bUsers && (kept.getForceSqlType() != fresh.getForceSqlType())) { kept.setForceSqlType(fresh.getForceSqlType()); bChanged = true; }
-   QList<QLatin1String> lstKeys { model::sql_meta::k_sAutoIncrement, model::sql_meta::k_sDefault, model::sql_meta::k_sValues };
+   QList<QLatin1String> lstKeys { model::sql_meta::k_sAutoIncrement, model::sql_meta::k_sDefault, model::sql_meta::k_sValues, model::sql_meta::k_sSetValues, model::sql_meta::k_sOwnerFirst,
+                                  model::sql_meta::k_sDefaultDialect };
    if (! bUsers) { lstKeys.append(model::sql_meta::k_sTypeDialect); }
    return followMeta(kept, fresh, lstKeys) || bChanged;
 }
@@ -271,7 +299,7 @@ type_mapping::result type_mapping::map(enum_dialect eDialect, const db_column & 
 
 QString type_mapping::defaultValue(const QString & sDefault, const QString & sCppType)
 {
-   static const QRegularExpression reCast("::[a-z ]+(\\[\\])?$");
+   static const QRegularExpression reCast("::(?:[a-z ]+|\"?[A-Za-z_][A-Za-z0-9_.]*\"?)(\\[\\])?$");
    static const QRegularExpression reInteger("^[-+]?\\d+$");
    static const QRegularExpression reNumber("^[-+]?(\\d+\\.?\\d*|\\.\\d+)([eE][-+]?\\d+)?$");
    if (sDefault.isNull()) { return QString(); }

@@ -32,8 +32,9 @@ public:
    // enumeration type allows, and a default the C++ default cannot hold. Call it once the
    // property's type, length, key, unique and index flags are set.
    static void keepColumnForm(enum_dialect eDialect, const db_column & column, model::property & property);
-   // The indexes no property flag holds (several columns, a prefix) and a foreign key on the
-   // primary-key column itself, which no relation holds, as entity meta data for the SQL export.
+   // The indexes no property flag holds (several columns, a prefix) and the foreign keys no
+   // relation holds (on the primary-key column itself, or of several columns), as entity meta
+   // data for the SQL export.
    static void keepTableForm(const db_catalog & catalog, const db_table & table, model::entity & entity);
    // On a refresh, what import-db keeps for the SQL export follows the database as the type does;
    // a forced type the user gave (without TAVREL_SQL_DIALECT) stays. True when something changed.

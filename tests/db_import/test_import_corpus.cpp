@@ -72,6 +72,12 @@ void expectShape(const model::project_ptr & p, enum_dialect eDialect)
    EXPECT_EQ(p->getEntityByKey("AlbumSummary")->getMetaData("TAVREL_VIEW").toString(), "true");
    EXPECT_EQ(propertyOf(p, "Staff", "ReportsTo")->getRelation()->getType(), model::relationship::many_to_one);
    EXPECT_EQ(propertyOf(p, "Artist", "Albums")->getRelation()->getType(), model::relationship::one_to_many);
+   // A foreign key of several columns (on key columns too) is kept for the SQL export.
+   for (const char * szEntity : { "Shipment", "LineNote" })
+   {
+      EXPECT_EQ(p->getEntityByKey(szEntity)->getMetaData("TAVREL_SQL_FOREIGN_KEYS").toString(),
+                R"([{"columns":["po_id","line_no"],"table":"purchase_order_line","targets":["po_id","line_no"]}])") << szEntity;
+   }
    if (eDialect == db_import::dialect_postgresql)
    {
       // The partitioned table is one entity, its partitions none.

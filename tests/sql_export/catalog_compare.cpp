@@ -37,6 +37,8 @@ QStringList indexTexts(const db_import::db_table & t, bool bLengths)
    QSet<QString> set;
    for (const db_import::db_index & i : t.lstIndexes)
    {
+      // An index on an expression (a column without a name) is not kept by the import.
+      if (i.lstColumns.contains(QString())) { continue; }
       QStringList lst;
       for (qsizetype k = 0; k < i.lstColumns.size(); ++k)
       { lst.append(i.lstColumns.at(k) + ((bLengths && (i.lstLengths.value(k) > 0)) ? QString("(%1)").arg(i.lstLengths.value(k)) : QString())); }
@@ -94,14 +96,25 @@ bool readCatalog(const QString & sUrl, db_import::db_catalog & catalog, QString 
    return importer.readSource(sUrl, QString(), catalog, sError);
 }
 
+namespace {
+
+// The table of the same name in the other catalog: the default schema stands for the other's
+// default schema (the two are different databases), any other schema for itself.
+const db_import::db_table * sameTable(const db_import::db_catalog & from, const db_import::db_table & t, const db_import::db_catalog & in)
+{
+   return in.find(((t.sSchema == from.sDefaultSchema) ? in.sDefaultSchema : t.sSchema), t.sName);
+}
+
+} // namespace
+
 QStringList catalogDifferences(const db_import::db_catalog & source, const db_import::db_catalog & copy, bool bOtherDatabase)
 {
    QStringList lst;
    for (const db_import::db_table & a : source.lstTables)
    {
       // A view is never made again: the copy must not have it as a table either.
-      if (a.bView) { if (copy.find(copy.sDefaultSchema, a.sName)) { lst.append(a.sName + ": a view made a table"); } continue; }
-      const db_import::db_table * b = copy.find(copy.sDefaultSchema, a.sName);
+      if (a.bView) { if (sameTable(source, a, copy)) { lst.append(a.sName + ": a view made a table"); } continue; }
+      const db_import::db_table * b = sameTable(source, a, copy);
       if (! b) { lst.append(a.sName + ": missing"); continue; }
       compareColumns(a, * b, bOtherDatabase, lst);
       compareList(a.sName + " primary key", a.lstPrimaryKey, b->lstPrimaryKey, lst);
@@ -111,7 +124,7 @@ QStringList catalogDifferences(const db_import::db_catalog & source, const db_im
       for (const QString & s : indexTexts(a, ! bOtherDatabase)) { if (! bOtherDatabase || lstCopyIndexes.contains(s)) { lstKept.append(s); } }
       compareList(a.sName + " indexes", indexTexts(a, ! bOtherDatabase), (bOtherDatabase ? lstKept : lstCopyIndexes), lst);
    }
-   for (const db_import::db_table & b : copy.lstTables) { if (! source.find(source.sDefaultSchema, b.sName)) { lst.append(b.sName + ": added"); } }
+   for (const db_import::db_table & b : copy.lstTables) { if (! sameTable(copy, b, source)) { lst.append(b.sName + ": added"); } }
    return lst;
 }
 

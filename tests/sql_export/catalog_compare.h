@@ -12,7 +12,8 @@ bool readCatalog(const QString & sUrl, db_import::db_catalog & catalog, QString 
 // Every way the second catalog differs from the first ("product.price: type numeric(10,2) /
 // double precision"): tables, columns, types, nullability, defaults, generators, primary keys,
 // foreign keys and indexes (unique or not, by their columns and prefix lengths, whatever their
-// names).
+// names). Tables of the source's default schema are looked for in the copy's default schema
+// (they are two databases), tables of any other schema in that schema.
 // bOtherDatabase: the copy is of another kind, so types, defaults and values are spelt its way:
 // only tables, columns, nullability, whether a column is numbered, keys and indexes count, and
 // the copy may have more indexes (MariaDB indexes every foreign key).

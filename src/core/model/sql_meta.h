@@ -15,14 +15,25 @@ inline const QLatin1String k_sTypeDialect("TAVREL_SQL_DIALECT");
 // A default the C++ default cannot hold: a quoted text ('' too), a number or CURRENT_TIMESTAMP,
 // CURRENT_DATE, CURRENT_TIME; also the default of a foreign-key column.
 inline const QLatin1String k_sDefault("TAVREL_SQL_DEFAULT");
+// The database ("sqlite", "postgresql", "mariadb") a default that calls a function without
+// arguments (gen_random_uuid(), uuid(), random()) in TAVREL_SQL_DEFAULT is kept for; the
+// others have no such function and get no default.
+inline const QLatin1String k_sDefaultDialect("TAVREL_SQL_DEFAULT_DIALECT");
 // The values a column allows (an enumeration type of the database), one a line.
 inline const QLatin1String k_sValues("TAVREL_SQL_VALUES");
+// The values a MariaDB SET column holds any combination of, one a line; other databases get
+// the C++ type's column.
+inline const QLatin1String k_sSetValues("TAVREL_SQL_SET_VALUES");
+// "true" on a many-to-many relation: its join table's primary key starts with the
+// foreign_key_owner column (without it, with the foreign_key column).
+inline const QLatin1String k_sOwnerFirst("TAVREL_SQL_OWNER_FIRST");
 
 // Entity meta data: the indexes no property flag holds (of several columns, or of a prefix), as
 // a JSON array of {"unique": bool, "columns": [names], "lengths": [prefix lengths, 0 for whole]}.
 inline const QLatin1String k_sIndexes("TAVREL_SQL_INDEXES");
-// Entity meta data: foreign keys no relation holds (on the primary-key column itself), as a JSON
-// array of {"column": name, "table": target table, "target": target column}.
+// Entity meta data: foreign keys no relation holds (on the primary-key column itself, or of
+// several columns), as a JSON array of {"column": name, "table": target table, "target": target
+// column} or {"columns": [names], "table": target table, "targets": [target columns]}.
 inline const QLatin1String k_sForeignKeys("TAVREL_SQL_FOREIGN_KEYS");
 // Entity meta data "true": the entity is a view of the database; the SQL export and migrations
 // never make it a table.

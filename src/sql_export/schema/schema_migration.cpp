@@ -89,12 +89,20 @@ private:
 
 QString planner::keyTarget(const sql_table & t, const sql_foreign_key & k, const sql_schema & s, const QHash<QString, int> & hashNames)
 {
-   const sql_column * pColumn = columnOf(t, k.sColumn, false);
    const int iTarget = hashNames.value(k.sTargetTable, -1);
    const sql_table * pTarget = ((iTarget >= 0) ? & s.lstTables.at(iTarget) : nullptr);
-   const sql_column * pTargetColumn = (pTarget ? columnOf(* pTarget, k.sTargetColumn, false) : nullptr);
-   return (pColumn ? pColumn->sKey : k.sColumn) + '|' + (pTarget ? pTarget->sKey : k.sTargetTable) + '|'
-          + (pTargetColumn ? pTargetColumn->sKey : k.sTargetColumn);
+   QStringList lstColumns, lstTargets;
+   for (const QString & sColumn : k.columns())
+   {
+      const sql_column * pColumn = columnOf(t, sColumn, false);
+      lstColumns.append(pColumn ? pColumn->sKey : sColumn);
+   }
+   for (const QString & sColumn : k.targets())
+   {
+      const sql_column * pTargetColumn = (pTarget ? columnOf(* pTarget, sColumn, false) : nullptr);
+      lstTargets.append(pTargetColumn ? pTargetColumn->sKey : sColumn);
+   }
+   return lstColumns.join(',') + '|' + (pTarget ? pTarget->sKey : k.sTargetTable) + '|' + lstTargets.join(',');
 }
 
 QSet<QString> planner::keyTargets(const sql_table & t, const sql_schema & s, const QHash<QString, int> & hashNames)

@@ -3,6 +3,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <QSet>
 
 #include <algorithm>
@@ -48,9 +49,18 @@ void keepColumnForm(sql_column & c, const model::property & p, const sql_dialect
    if (c.sGenerator == "0" || c.sGenerator == "false") { c.sGenerator.clear(); }
    const QString sValues = p.getMetaData(model::sql_meta::k_sValues).toString();
    if (! sValues.isEmpty()) { c.lstValues = sValues.split('\n'); }
+   const QString sSet = p.getMetaData(model::sql_meta::k_sSetValues).toString();
+   if (! sSet.isEmpty() && (dialect.kind() == dialect_mariadb)) { c.lstSetValues = sSet.split('\n'); }
    // A numbered column takes its values from its generator alone.
    if (! c.sGenerator.isEmpty()) { c.sDefault.clear(); return; }
-   if (c.sDefault.isEmpty()) { c.sDefault = sql_types::sqlDefaultLiteral(dialect, p.getMetaData(model::sql_meta::k_sDefault).toString()); }
+   const QString sKept = sql_types::sqlDefaultLiteral(dialect, p.getMetaData(model::sql_meta::k_sDefault).toString());
+   // TRUE and FALSE as SQLite's catalog spelt them, rather than the 1 and 0 a bool is written as.
+   if (c.sDefault.isEmpty() || (sKept == "TRUE") || (sKept == "FALSE")) { c.sDefault = sKept; }
+   // A function called without arguments, in brackets as SQLite needs, for its own database only.
+   static const QRegularExpression reCall("^[A-Za-z_][A-Za-z0-9_]*\\(\\)$");
+   const QString sCall = p.getMetaData(model::sql_meta::k_sDefault).toString();
+   if (c.sDefault.isEmpty() && reCall.match(sCall).hasMatch() && (p.getMetaData(model::sql_meta::k_sDefaultDialect).toString() == dialectKey(dialect)))
+   { c.sDefault = '(' + sCall + ')'; }
 }
 
 QString entityLabel(const model::property & p)
@@ -103,7 +113,7 @@ void addKeyColumn(sql_table & table, const model::property & p, const QString & 
    c.sType = (pTargetKey ? columnType(* pTargetKey, dialect, true, lstWarnings) : sql_types::map(dialect, "long", 0, true).sType);
    // A foreign key may be part of a key of several columns.
    c.bNotNull = (p.isPrimaryKey() || ! p.getAllowNull());
-   c.bUnique = (p.getUnique() && ! p.isPrimaryKey());
+   c.bUnique = (p.getUnique() && (! p.isPrimaryKey() || model::sql_meta::isChosenKey(p)));
    c.bIndex = p.isIndex();
    c.sComment = p.getDescription();
    keepColumnForm(c, p, dialect);
@@ -124,7 +134,7 @@ void addColumn(sql_table & table, const model::property & p, const sql_dialect &
    c.sName = sColumn;
    c.sType = columnType(p, dialect, (p.isPrimaryKey() && ! model::sql_meta::isChosenKey(p)) || p.getUnique() || p.isIndex(), lstWarnings);
    c.bNotNull = (p.isPrimaryKey() || ! p.getAllowNull());
-   c.bUnique = (p.getUnique() && ! p.isPrimaryKey());
+   c.bUnique = (p.getUnique() && (! p.isPrimaryKey() || model::sql_meta::isChosenKey(p)));
    c.bIndex = p.isIndex();
    if (p.getType()) { c.sDefault = sql_types::defaultLiteral(dialect, cppTypeOf(p), p.getType()->getDefaultValue()); }
    c.sComment = p.getDescription();
@@ -136,12 +146,15 @@ void addColumn(sql_table & table, const model::property & p, const sql_dialect &
 }
 
 // The join table of a many-to-many relation: both keys, together the primary key.
-sql_table joinTable(const model::entity_ptr & pOwner, const model::relationship & r, const sql_dialect & dialect, QStringList & lstWarnings)
+sql_table joinTable(const model::entity_ptr & pOwner, const model::property & p, const sql_dialect & dialect, QStringList & lstWarnings)
 {
+   const model::relationship & r = * p.getRelation();
    sql_table t;
    t.sName = r.getExtraTable();
    QString sFirstKey;
-   const QList<QPair<QString, model::entity_ptr> > lstKeys { { r.getForeignKey(), pOwner }, { r.getForeignKeyOwner(), r.getEntityTarget() } };
+   QList<QPair<QString, model::entity_ptr> > lstKeys { { r.getForeignKey(), pOwner }, { r.getForeignKeyOwner(), r.getEntityTarget() } };
+   // The key's order as its database has it (import-db marks the relation).
+   if (p.getMetaData(model::sql_meta::k_sOwnerFirst).toString() == QLatin1String("true")) { lstKeys.swapItemsAt(0, 1); }
    for (const auto & k : lstKeys)
    {
       const model::property_ptr pKey = keyOf(k.second);
@@ -201,8 +214,16 @@ QStringList declaredKeyOrder(const model::entity & entity, const QStringList & l
    return lst;
 }
 
+QStringList jsonNames(const QJsonValue & v)
+{
+   QStringList lst;
+   for (const QJsonValue & s : v.toArray()) { lst.append(s.toString()); }
+   return lst;
+}
+
 // What import-db kept of the table beyond its properties: indexes of several columns or of a
-// prefix, and a foreign key on the key column itself. Columns the table does not have are passed over.
+// prefix, foreign keys on the key column itself or of several columns. Columns the table does not
+// have are passed over.
 void keepTableForm(sql_table & t, const model::entity & entity, const sql_dialect & dialect, QStringList & lstWarnings)
 {
    const auto hasColumn = [&t](const QString & s) { for (const sql_column & c : t.lstColumns) { if (c.sName == s) { return true; } } return false; };
@@ -228,8 +249,15 @@ void keepTableForm(sql_table & t, const model::entity & entity, const sql_dialec
    const QJsonArray lstKeys = QJsonDocument::fromJson(entity.getMetaData(model::sql_meta::k_sForeignKeys).toString().toUtf8()).array();
    for (const QJsonValue & v : lstKeys)
    {
-      const sql_foreign_key k { v.toObject().value("column").toString(), v.toObject().value("table").toString(), v.toObject().value("target").toString() };
-      if (hasColumn(k.sColumn) && ! k.sTargetTable.isEmpty() && ! k.sTargetColumn.isEmpty()) { t.lstForeignKeys.append(k); }
+      // One column ("column", "target") or several ("columns", "targets").
+      const QJsonObject o = v.toObject();
+      QStringList lstColumns = (o.contains("columns") ? jsonNames(o.value("columns")) : QStringList { o.value("column").toString() });
+      QStringList lstTargets = (o.contains("targets") ? jsonNames(o.value("targets")) : QStringList { o.value("target").toString() });
+      bool bKnown = (! lstColumns.isEmpty() && (lstColumns.size() == lstTargets.size()) && ! o.value("table").toString().isEmpty());
+      for (qsizetype i = 0; bKnown && (i < lstColumns.size()); ++i) { bKnown = (hasColumn(lstColumns.at(i)) && ! lstTargets.at(i).isEmpty()); }
+      if (! bKnown) { continue; }
+      sql_foreign_key k { lstColumns.takeFirst(), o.value("table").toString(), lstTargets.takeFirst(), lstColumns, lstTargets };
+      t.lstForeignKeys.append(k);
    }
 }
 
@@ -349,7 +377,7 @@ sql_schema schema_builder::build(const model::project & project, const sql_diale
       const model::relationship_ptr pRelation = m.second->getRelation();
       if (setJoinTables.contains(pRelation->getExtraTable())) { continue; }
       setJoinTables.insert(pRelation->getExtraTable());
-      schema.lstTables.append(joinTable(m.first, * pRelation, dialect, schema.lstWarnings));
+      schema.lstTables.append(joinTable(m.first, * m.second, dialect, schema.lstWarnings));
       // A join table goes by the two entities it joins, whichever side declares it and whatever
       // its name; by its name too when two join the same entities.
       const model::entity_ptr pTarget = pRelation->getEntityTarget();

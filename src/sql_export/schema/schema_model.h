@@ -26,6 +26,8 @@ struct sql_column
    QString sGenerator;
    // The only values the column takes (an enumeration type of the database it was read from).
    QStringList lstValues;
+   // The values a MariaDB SET column holds any combination of.
+   QStringList lstSetValues;
 };
 
 struct sql_foreign_key
@@ -33,6 +35,12 @@ struct sql_foreign_key
    QString sColumn;
    QString sTargetTable;
    QString sTargetColumn;
+   // A key of several columns: the columns after the first, and the target's, in their order.
+   QStringList lstMoreColumns;
+   QStringList lstMoreTargets;
+
+   QStringList columns() const { return QStringList { sColumn } + lstMoreColumns; }
+   QStringList targets() const { return QStringList { sTargetColumn } + lstMoreTargets; }
 };
 
 // An index no column flag holds: of several columns, or of a column's first characters.

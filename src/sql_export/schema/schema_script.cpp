@@ -71,10 +71,10 @@ QString serialType(const QString & sType)
 QString schema_script::typeOf(const sql_column & c, const sql_dialect & d)
 {
    if ((d.kind() == dialect_postgresql) && (c.sGenerator == "serial") && ! serialType(c.sType).isEmpty()) { return serialType(c.sType); }
-   if ((d.kind() != dialect_mariadb) || c.lstValues.isEmpty()) { return c.sType; }
+   if ((d.kind() != dialect_mariadb) || (c.lstValues.isEmpty() && c.lstSetValues.isEmpty())) { return c.sType; }
    QStringList lst;
-   for (const QString & v : c.lstValues) { lst.append(d.literal(v)); }
-   return "ENUM(" + lst.join(", ") + ")";
+   for (const QString & v : (c.lstValues.isEmpty() ? c.lstSetValues : c.lstValues)) { lst.append(d.literal(v)); }
+   return (c.lstValues.isEmpty() ? "SET(" : "ENUM(") + lst.join(", ") + ")";
 }
 
 QString schema_script::enumerationTypes(const QList<sql_table> & lstTables, const sql_dialect & d, const QSet<QString> & setExisting)
@@ -104,7 +104,14 @@ QSet<QString> schema_script::enumerationTypeNames(const QList<sql_table> & lstTa
 
 QString schema_script::indexName(const sql_table & t, const sql_index & i, const sql_dialect & d)
 {
-   return d.objectName(i.bUnique ? "ux" : "ix", t.sName, i.lstColumns.join('_'));
+   QString sColumns = i.lstColumns.join('_');
+   // A prefix index beside the whole column's index of the same kind: the lengths tell them apart.
+   for (const sql_column & c : t.lstColumns)
+   {
+      if ((i.lstColumns.size() != 1) || (c.sName != i.lstColumns.first()) || ! (i.bUnique ? c.bUnique : c.bIndex)) { continue; }
+      for (int iLength : i.lstLengths) { sColumns += '_' + QString::number(iLength); }
+   }
+   return d.objectName(i.bUnique ? "ux" : "ix", t.sName, sColumns);
 }
 
 QString schema_script::createIndex(const sql_table & t, const sql_index & i, const sql_dialect & d)
@@ -150,13 +157,16 @@ QString schema_script::columnDefinition(const sql_column & c, const sql_dialect 
 
 QString schema_script::foreignKeyName(const sql_table & table, const sql_foreign_key & k, const sql_dialect & d)
 {
-   return d.objectName("fk", table.sName, k.sColumn);
+   return d.objectName("fk", table.sName, k.columns().join('_'));
 }
 
 QString schema_script::foreignKeyClause(const sql_table & table, const sql_foreign_key & k, const sql_dialect & d)
 {
-   return "CONSTRAINT " + d.quote(foreignKeyName(table, k, d)) + " FOREIGN KEY (" + d.quote(k.sColumn)
-          + ") REFERENCES " + d.table(k.sTargetTable) + " (" + d.quote(k.sTargetColumn) + ")";
+   QStringList lstColumns, lstTargets;
+   for (const QString & s : k.columns()) { lstColumns.append(d.quote(s)); }
+   for (const QString & s : k.targets()) { lstTargets.append(d.quote(s)); }
+   return "CONSTRAINT " + d.quote(foreignKeyName(table, k, d)) + " FOREIGN KEY (" + lstColumns.join(", ")
+          + ") REFERENCES " + d.table(k.sTargetTable) + " (" + lstTargets.join(", ") + ")";
 }
 
 QString schema_script::commentText(const QString & s)

@@ -167,6 +167,7 @@ QString sql_types::sqlDefaultLiteral(const sql_dialect & dialect, const QString 
    if (reNumber.match(s).hasMatch()) { return s; }
    const QString sUpper = s.toUpper();
    if ((sUpper == "CURRENT_TIMESTAMP") || (sUpper == "CURRENT_DATE") || (sUpper == "CURRENT_TIME")) { return sUpper; }
+   if ((sUpper == "TRUE") || (sUpper == "FALSE")) { return sUpper; }
    return QString();
 }
 

@@ -1,8 +1,8 @@
 -- A made-up application schema (music shop, staff, stock, courses, projects) in the shapes real
 -- databases have: PascalCase and snake_case names, self references, composite keys, join tables
--- with and without extra columns, views, keyless log tables, binary keys, reserved words as
--- names and empty-string defaults; here also ENUM and SET columns, unsigned keys and prefix
--- indexes. Every table holds a few rows.
+-- with and without extra columns, views, keyless log tables, binary keys, reserved words as names,
+-- empty-string defaults and foreign keys of several columns (one on key columns); here also ENUM
+-- and SET columns, unsigned keys and prefix indexes. Every table holds a few rows.
 CREATE TABLE Genre (GenreId INTEGER PRIMARY KEY, Name VARCHAR(200) NOT NULL DEFAULT '');
 CREATE TABLE MediaKind (MediaKindId INTEGER PRIMARY KEY, Name TEXT NOT NULL);
 CREATE TABLE Artist (ArtistId INTEGER PRIMARY KEY, Name TEXT NOT NULL, Country VARCHAR(200) DEFAULT '');
@@ -152,6 +152,19 @@ CREATE TABLE enrollment (
 );
 CREATE TABLE review (review_id INTEGER PRIMARY KEY, product_id INTEGER NOT NULL REFERENCES product (product_id), user_id INTEGER REFERENCES user_account (user_id), stars INTEGER NOT NULL, body VARCHAR(200) NOT NULL DEFAULT '');
 CREATE TABLE shipment (shipment_id INTEGER PRIMARY KEY, po_id INTEGER NOT NULL, line_no INTEGER NOT NULL, shipped_on DATE, FOREIGN KEY (po_id, line_no) REFERENCES purchase_order_line (po_id, line_no));
+CREATE TABLE import_batch (batch_id INTEGER AUTO_INCREMENT PRIMARY KEY, started_at DATETIME NOT NULL DEFAULT CURRENT_TIMESTAMP, label VARCHAR(40) NOT NULL DEFAULT '',
+  run_on DATE NOT NULL DEFAULT (CURDATE()), sample DOUBLE DEFAULT (RAND()));
+CREATE INDEX time_entry_staff_task_idx ON time_entry (staff_id, task_id);
+CREATE FULLTEXT INDEX review_body_search ON review (body);
+CREATE UNIQUE INDEX project_department_name_ux ON project (department_id, name);
+CREATE TABLE line_note (
+  po_id INTEGER NOT NULL,
+  line_no INTEGER NOT NULL,
+  note_no INTEGER NOT NULL,
+  body VARCHAR(200) NOT NULL,
+  PRIMARY KEY (po_id, line_no, note_no),
+  FOREIGN KEY (po_id, line_no) REFERENCES purchase_order_line (po_id, line_no)
+);
 CREATE TABLE comment (comment_id INTEGER PRIMARY KEY, review_id INTEGER NOT NULL REFERENCES review (review_id), reply_to_id INTEGER REFERENCES comment (comment_id), body TEXT NOT NULL);
 CREATE VIEW album_summary AS SELECT a.AlbumId, a.Title, r.Name AS ArtistName FROM Album a JOIN Artist r ON r.ArtistId = a.ArtistId;
 CREATE VIEW invoice_total AS SELECT CustomerId, SUM(Total) AS spent FROM Invoice GROUP BY CustomerId;
@@ -203,6 +216,8 @@ INSERT INTO course_prerequisite VALUES (2, 1);
 INSERT INTO enrollment VALUES (1, 1, '2024S1', 'A'), (2, 1, '2024S1', ''), (2, 2, '2024S2', NULL);
 INSERT INTO review VALUES (1, 1, 1, 5, 'Does the job'), (2, 2, NULL, 2, '');
 INSERT INTO shipment VALUES (1, 1, 1, '2024-01-10'), (2, 1, 2, NULL);
+INSERT INTO import_batch (label) VALUES ('first'), ('second');
+INSERT INTO line_note VALUES (1, 1, 1, 'Left at the door'), (1, 1, 2, 'Signed for');
 INSERT INTO comment VALUES (1, 1, NULL, 'Agreed'), (2, 1, 1, 'Same here');
 
 CREATE TABLE ticket (
