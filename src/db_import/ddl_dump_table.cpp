@@ -41,7 +41,9 @@ void ddl_dump::setColumnType(db_column & column, const QString & sWritten) const
       s = ((iOpen < 0) ? s.toLower() : (s.left(iOpen).toLower().trimmed() + s.mid(iOpen, iClose - iOpen + 1) + s.mid(iClose + 1).toLower()));
       catalog_reader::setDeclaredType(column, s);
       static const QRegularExpression reValue("'((?:[^'\\\\]|''|\\\\.)*)'");
-      if (s.startsWith("enum(")) { for (auto it = reValue.globalMatch(s); it.hasNext(); ) { column.lstValues.append(it.next().captured(1).replace("''", "'")); } }
+      // SET(...) as the live catalog reads it: the values any combination of which the column holds.
+      QStringList * pValues = (s.startsWith("enum(") ? & column.lstValues : (s.startsWith("set(") ? & column.lstSetValues : nullptr));
+      if (pValues) { for (auto it = reValue.globalMatch(s); it.hasNext(); ) { pValues->append(it.next().captured(1).replace("''", "'")); } }
       return;
    }
    if (s.startsWith("serial", Qt::CaseInsensitive) || s.startsWith("bigserial", Qt::CaseInsensitive) || s.startsWith("smallserial", Qt::CaseInsensitive))
