@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <QDir>
+
 #include "gui/plugin/export_files.h"
 
 using plugin::export_files;
@@ -89,4 +91,25 @@ TEST(ExportFiles, AfterAStopNothingIsWrittenNorListedUntilCleared)
    EXPECT_FALSE(files.isStopped());
    beginWithRecord(files, {});
    EXPECT_TRUE(files.report(k_sRoot + "/include/b.gen.h", false, QString(), "new b", false));
+}
+
+// A reported path keeps its text when it is clean, and is cleaned when it holds a step to fold,
+// wherever the step is.
+TEST(ExportFiles, ReportedPathsAreCleanedOnlyWhereTheyHoldAStepToFold)
+{
+   export_files files;
+   beginWithRecord(files, {});
+   const QStringList lstReported {
+      k_sRoot + "/include/tree.gen.h", k_sRoot + "/include/.hidden/a.h", k_sRoot + "/include/..x/b.h", k_sRoot + "/src/c.d.cpp",
+      k_sRoot + "//include/d.h", k_sRoot + "/include/./e.h", k_sRoot + "/src/../include/f.h", k_sRoot + "/include/g/.",
+      k_sRoot + "/include/g/..", k_sRoot + "/include/", k_sRoot + "\\include\\h.h" };
+   for (const QString & s : lstReported) { files.report(s, false, QString(), "text", false); }
+   ASSERT_EQ(files.files().size(), lstReported.size());
+   for (qsizetype i = 0; i < lstReported.size(); ++i)
+   {
+      EXPECT_EQ(files.files().at(i).path, QDir::cleanPath(lstReported.at(i))) << lstReported.at(i).toStdString();
+   }
+   EXPECT_EQ(files.files().at(4).path, k_sRoot + "/include/d.h");
+   EXPECT_EQ(files.files().at(6).path, k_sRoot + "/include/f.h");
+   EXPECT_EQ(files.files().at(8).path, k_sRoot + "/include");
 }

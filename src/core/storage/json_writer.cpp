@@ -26,17 +26,57 @@ namespace {
 
 namespace codes = json_model_codes;
 
+// A text built by appends: QByteArray's own append goes through its general insert (aliasing
+// checks, growth on each call), a large share of the time when the export's fingerprint writes
+// every field of the model.
+class text_out
+{
+   QByteArray m_buf;
+   qsizetype m_iSize = 0;
+
+public:
+   explicit text_out(qsizetype iReserve = 0) { m_buf.resize(iReserve); }
+   qsizetype size() const { return m_iSize; }
+   // Room for n more characters at the end, to write directly.
+   char * grow(qsizetype n)
+   {
+      if ((m_iSize + n) > m_buf.size()) { m_buf.resize(qMax(2 * m_buf.size(), m_iSize + n + 64)); }
+      char * p = m_buf.data() + m_iSize;
+      m_iSize += n;
+      return p;
+   }
+   text_out & append(QByteArrayView v)
+   {
+      if (! v.isEmpty()) { ::memcpy(grow(v.size()), v.data(), static_cast<size_t>(v.size())); }
+      return (* this);
+   }
+   text_out & append(char c) { * grow(1) = c; return (* this); }
+   QByteArray take()
+   {
+      m_buf.resize(m_iSize);
+      m_iSize = 0;
+      return std::move(m_buf);
+   }
+};
+
+char * growBy(text_out & out, qsizetype n) { return out.grow(n); }
+char * growBy(QByteArray & out, qsizetype n)
+{
+   const qsizetype iAt = out.size();
+   out.resize(iAt + n);
+   return (out.data() + iAt);
+}
+
 // JSON string of UTF-8 bytes. Most texts need no escape: those are copied in one piece (the
 // dump and the export's fingerprint write every name and description of the model).
-void appendQuotedUtf8(QByteArray & out, QByteArrayView utf8)
+template <typename Out>
+void appendQuotedUtf8(Out & out, QByteArrayView utf8)
 {
    const char * const pBegin = utf8.data();
    const char * const pEnd = pBegin + utf8.size();
    const char * pPlain = pBegin;
    while ((pPlain != pEnd) && (static_cast<unsigned char>(* pPlain) >= 0x20) && (* pPlain != '"') && (* pPlain != '\\')) { ++pPlain; }
-   const qsizetype iAt = out.size();
-   out.resize(iAt + (pPlain - pBegin) + 1);
-   char * pOut = out.data() + iAt;
+   char * pOut = growBy(out, (pPlain - pBegin) + 1);
    * pOut = '"';
    if (pPlain != pBegin) { ::memcpy(pOut + 1, pBegin, static_cast<size_t>(pPlain - pBegin)); }
    for (const char * pAt = pPlain; pAt != pEnd; ++pAt)
@@ -60,6 +100,16 @@ void appendQuotedUtf8(QByteArray & out, QByteArrayView utf8)
    out.append('"');
 }
 
+// A key written in this file: plain ASCII, no escape.
+void appendKey(text_out & out, const char * szKey)
+{
+   const qsizetype n = qsizetype(::strlen(szKey));
+   char * p = out.grow(n + 4);
+   * p = '"';
+   ::memcpy(p + 1, szKey, static_cast<size_t>(n));
+   ::memcpy(p + 1 + n, "\": ", 3);
+}
+
 QByteArray quotedUtf8(QByteArrayView utf8)
 {
    QByteArray out;
@@ -69,7 +119,8 @@ QByteArray quotedUtf8(QByteArrayView utf8)
 }
 
 // A text of plain ASCII without escapes (most names and types) goes without its UTF-8 copy.
-void appendQuoted(QByteArray & out, const QString & s)
+template <typename Out>
+void appendQuoted(Out & out, const QString & s)
 {
    const QChar * pBegin = s.constData();
    const QChar * const pEnd = pBegin + s.size();
@@ -78,9 +129,7 @@ void appendQuoted(QByteArray & out, const QString & s)
       const char16_t c = p->unicode();
       if ((c < 0x20) || (c >= 0x80) || (c == u'"') || (c == u'\\')) { appendQuotedUtf8(out, s.toUtf8()); return; }
    }
-   const qsizetype iAt = out.size();
-   out.resize(iAt + s.size() + 2);
-   char * pOut = out.data() + iAt;
+   char * pOut = growBy(out, s.size() + 2);
    * pOut++ = '"';
    for (const QChar * p = pBegin; p != pEnd; ++p) { * pOut++ = static_cast<char>(p->unicode()); }
    * pOut = '"';
@@ -114,7 +163,7 @@ QByteArray scalar(const QVariant & v)
 // line ("{a, b}") or, given an indent, one field per line.
 class object_writer
 {
-   QByteArray m_out;
+   text_out m_out { 256 };
    const QByteArray * m_pIndent = nullptr;
    bool m_bEmpty = true;
 
@@ -133,7 +182,6 @@ class object_writer
 public:
    explicit object_writer(const QByteArray * pIndent = nullptr) : m_pIndent(pIndent)
    {
-      m_out.reserve(256);
       m_out.append(pIndent ? "{\n" : "{");
    }
 
@@ -141,16 +189,15 @@ public:
    object_writer & add(const char * szKey, QByteArrayView value)
    {
       next();
-      appendQuotedUtf8(m_out, szKey);
-      m_out.append(": ").append(value);
+      appendKey(m_out, szKey);
+      m_out.append(value);
       return (* this);
    }
    object_writer & addQuotedKey(QByteArrayView quotedKey, QByteArrayView value) { next(); m_out.append(quotedKey).append(": ").append(value); return (* this); }
    object_writer & addString(const char * szKey, const QString & s)
    {
       next();
-      appendQuotedUtf8(m_out, szKey);
-      m_out.append(": ");
+      appendKey(m_out, szKey);
       appendQuoted(m_out, s);
       return (* this);
    }
@@ -182,21 +229,24 @@ public:
          m_out.append(* m_pIndent);
       }
       m_out.append('}');
-      return std::move(m_out);
+      return m_out.take();
    }
 };
 
 QByteArray arrayBlock(const QList<QByteArray> & lstItems, const QByteArray & indent)
 {
    if (lstItems.isEmpty()) { return "[]"; }
-   QByteArray out("[\n");
+   qsizetype iSize = 4 + indent.size();
+   for (const QByteArray & s : lstItems) { iSize += s.size() + indent.size() + 4; }
+   text_out out(iSize);
+   out.append("[\n");
    for (qsizetype i = 0; i < lstItems.size(); ++i)
    {
-      out.append(indent + "  " + lstItems.at(i));
+      out.append(indent).append("  ").append(lstItems.at(i));
       out.append((i + 1 < lstItems.size()) ? ",\n" : "\n");
    }
-   out.append(indent + "]");
-   return out;
+   out.append(indent).append(']');
+   return out.take();
 }
 
 QByteArray propertyText(const model::property & p)
