@@ -7,19 +7,9 @@
 #include <QUrl>
 
 #include "db_environment.h"
+#include "import_test_support.h"
 
 namespace import_test {
-
-namespace {
-
-db_support::db_server * serverOf(db_import::enum_dialect eDialect, QString & sError)
-{
-   qputenv("TAVREL_DB_PASSWORD", db_support::db_server::k_sPassword);
-   return db_support::db_environment::server((eDialect == db_import::dialect_postgresql) ? db_support::db_server::kind_postgresql
-                                                                                         : db_support::db_server::kind_mariadb, sError);
-}
-
-} // namespace
 
 QString quoted(db_import::enum_dialect eDialect, const QString & sName)
 {

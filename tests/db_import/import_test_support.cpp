@@ -16,12 +16,6 @@ namespace import_test {
 
 namespace {
 
-db_support::db_server * serverOf(db_import::enum_dialect eDialect, QString & sError)
-{
-   qputenv("TAVREL_DB_PASSWORD", db_support::db_server::k_sPassword);
-   return db_support::db_environment::server((eDialect == db_import::dialect_postgresql) ? db_support::db_server::kind_postgresql
-                                                                                         : db_support::db_server::kind_mariadb, sError);
-}
 
 bool execOnSqlite(const QString & sFile, const QString & sScript, QString & sError)
 {
@@ -141,6 +135,13 @@ bool hasWarning(const QStringList & lstWarnings, const QStringList & lstParts)
       if (bAll) { return true; }
    }
    return false;
+}
+
+db_support::db_server * serverOf(db_import::enum_dialect eDialect, QString & sError)
+{
+   qputenv("TAVREL_DB_PASSWORD", db_support::db_server::k_sPassword);
+   return db_support::db_environment::server((eDialect == db_import::dialect_postgresql) ? db_support::db_server::kind_postgresql
+                                                                                         : db_support::db_server::kind_mariadb, sError);
 }
 
 } // namespace import_test

@@ -7,6 +7,8 @@
 #include "db_import/import_options.h"
 #include "model/model_fwd.h"
 
+namespace db_support { class db_server; }
+
 namespace import_test {
 
 // The name of a dialect as the test instantiations are named.
@@ -17,6 +19,9 @@ QString dialectName(db_import::enum_dialect eDialect);
 // in sWorkDir, a fresh database named SCHEMA on the test server) and its URL. The servers'
 // password is put in TAVREL_DB_PASSWORD for this process.
 bool prepareSource(db_import::enum_dialect eDialect, const QString & sSchema, const QString & sWorkDir, QString & sUrl, QString & sError);
+// The test server of a dialect (PostgreSQL or MariaDB), started once; its password is put in
+// TAVREL_DB_PASSWORD for this process. Null with sError when it cannot be started.
+db_support::db_server * serverOf(db_import::enum_dialect eDialect, QString & sError);
 // Runs more statements (";" at a line's end ends one) on the database behind a URL.
 bool execOnSource(db_import::enum_dialect eDialect, const QString & sUrl, const QString & sScript, QString & sError);
 

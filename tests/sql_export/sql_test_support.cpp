@@ -76,4 +76,19 @@ model::project_ptr importFrom(const QString & sUrl, const QString & sName, QStri
    return pProject;
 }
 
+bool runStatements(const QString & sFile, const QStringList & lstStatements)
+{
+   bool bOk = true;
+   {
+      QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "run_statements");
+      db.setDatabaseName(sFile);
+      bOk = db.open();
+      QSqlQuery q(db);
+      for (const QString & s : lstStatements) { bOk = bOk && q.exec(s); }
+      db.close();
+   }
+   QSqlDatabase::removeDatabase("run_statements");
+   return bOk;
+}
+
 } // namespace sql_test

@@ -17,22 +17,7 @@ namespace {
 using sql_export::dialect_mariadb;
 using sql_export::dialect_postgresql;
 using sql_export::dialect_sqlite;
-
-// Runs statements on an SQLite file after its script; false when one fails.
-bool runStatements(const QString & sFile, const QStringList & lstStatements)
-{
-   bool bOk = true;
-   {
-      QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "fidelity");
-      db.setDatabaseName(sFile);
-      bOk = db.open();
-      QSqlQuery q(db);
-      for (const QString & s : lstStatements) { bOk = bOk && q.exec(s); }
-      db.close();
-   }
-   QSqlDatabase::removeDatabase("fidelity");
-   return bOk;
-}
+using sql_test::runStatements;
 
 const char * const k_sGenerated = R"J({ "name": "Counters", "entities": [
   {"name": "Ticket", "table": "ticket", "properties": [

@@ -22,21 +22,7 @@ namespace {
 using sql_export::dialect_mariadb;
 using sql_export::dialect_postgresql;
 using sql_export::dialect_sqlite;
-
-bool runStatements(const QString & sFile, const QStringList & lstStatements)
-{
-   bool bOk = true;
-   {
-      QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "kept_keys");
-      db.setDatabaseName(sFile);
-      bOk = db.open();
-      QSqlQuery q(db);
-      for (const QString & s : lstStatements) { bOk = bOk && q.exec(s); }
-      db.close();
-   }
-   QSqlDatabase::removeDatabase("kept_keys");
-   return bOk;
-}
+using sql_test::runStatements;
 
 // An SQLite database made from a script, imported as import-db imports it.
 model::project_ptr importedSqlite(const QTemporaryDir & dir, const QString & sScript)

@@ -73,9 +73,13 @@ export_record::files decode(const QByteArray & value, QByteArray & fingerprint)
 
 } // namespace
 
-zy::ZyBool export_record::readFingerprint(QSqlDatabase & db, const QString & plugin, const QString & exportDir, QByteArray & fingerprint)
+namespace {
+
+// The stored (compressed) record of a plug-in's export directory; bFound false when the project
+// file has none (one written before the record existed has not even the table).
+zy::ZyBool readStored(QSqlDatabase & db, const QString & plugin, const QString & exportDir, QByteArray & stored, bool & bFound)
 {
-   fingerprint.clear();
+   bFound = false;
    QStringList lstTables;
    QString sError;
    if (! project_file::listTables(db, lstTables, sError)) { return zy::ZyBool(false, "cannot read the project file: " + sError); }
@@ -87,8 +91,22 @@ zy::ZyBool export_record::readFingerprint(QSqlDatabase & db, const QString & plu
    query.addBindValue(exportDir);
    if (! query.exec()) { return failed("read", query); }
    if (! query.next()) { return zy::ZyBool(true); }
+   stored = query.value(0).toByteArray();
+   bFound = true;
+   return zy::ZyBool(true);
+}
+
+} // namespace
+
+zy::ZyBool export_record::readFingerprint(QSqlDatabase & db, const QString & plugin, const QString & exportDir, QByteArray & fingerprint)
+{
+   fingerprint.clear();
+   QByteArray stored;
+   bool bFound = false;
+   const zy::ZyBool ok = readStored(db, plugin, exportDir, stored, bFound);
+   if (! ok.getValue() || ! bFound) { return ok; }
    // A record that does not read back whole has no fingerprint either.
-   const QByteArray bytes = qUncompress(query.value(0).toByteArray());
+   const QByteArray bytes = qUncompress(stored);
    const qsizetype iHead = qsizetype(sizeof(k_szFormatWithFingerprint));
    if (! bytes.startsWith(QByteArrayView(k_szFormatWithFingerprint, iHead)) || ! bytes.endsWith('\0')) { return zy::ZyBool(true); }
    const qsizetype iEnd = bytes.indexOf('\0', iHead);
@@ -101,23 +119,13 @@ zy::ZyBool export_record::read(QSqlDatabase & db, const QString & plugin, const 
 {
    result.clear();
    if (pFingerprint) { pFingerprint->clear(); }
-   QStringList lstTables;
-   QString sError;
-   if (! project_file::listTables(db, lstTables, sError)) { return zy::ZyBool(false, "cannot read the project file: " + sError); }
-   // A project file written before the record existed has none yet.
-   if (! lstTables.contains("t_export_record")) { return zy::ZyBool(true); }
-   QSqlQuery query(db);
-   query.setForwardOnly(true);
-   if (! query.prepare("SELECT files FROM t_export_record WHERE plugin_name = ? AND export_dir = ?")) { return failed("read", query); }
-   query.addBindValue(plugin);
-   query.addBindValue(exportDir);
-   if (! query.exec()) { return failed("read", query); }
-   if (query.next())
-   {
-      QByteArray fingerprint;
-      result = decode(query.value(0).toByteArray(), fingerprint);
-      if (pFingerprint) { * pFingerprint = fingerprint; }
-   }
+   QByteArray stored;
+   bool bFound = false;
+   const zy::ZyBool ok = readStored(db, plugin, exportDir, stored, bFound);
+   if (! ok.getValue() || ! bFound) { return ok; }
+   QByteArray fingerprint;
+   result = decode(stored, fingerprint);
+   if (pFingerprint) { * pFingerprint = fingerprint; }
    return zy::ZyBool(true);
 }
 
