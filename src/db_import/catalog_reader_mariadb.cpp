@@ -9,6 +9,14 @@ namespace db_import {
 
 namespace {
 
+// InnoDB checks a key at once whether it says RESTRICT or NO ACTION, and its catalog says
+// RESTRICT for a key declared without an action: both are the default.
+QString actionOf(const QString & sRule)
+{
+   const QString s = model::sql_meta::foreignKeyAction(sRule);
+   return ((s == QLatin1String("RESTRICT")) ? QString() : s);
+}
+
 // MariaDB reports a text default with its own escapes ('a\\b', 'it\'s'); the mapping reads the
 // standard form, where only a doubled quote is escaped.
 QString standardLiteral(const QString & s)
@@ -130,7 +138,7 @@ bool catalog_reader::readMariadbKeys(QSqlQuery & q, const QString & sSchemas, db
       if (sKey != sLast)
       {
          t.lstForeignKeys.append(db_foreign_key { {}, q.value(4).toString(), q.value(5).toString(), {},
-                                                  model::sql_meta::foreignKeyAction(q.value(7).toString()), model::sql_meta::foreignKeyAction(q.value(8).toString()) });
+                                                  actionOf(q.value(7).toString()), actionOf(q.value(8).toString()) });
          sLast = sKey;
       }
       t.lstForeignKeys.last().lstColumns.append(q.value(3).toString());

@@ -183,6 +183,12 @@ bool ddl_dump::readForeignKey(dump_cursor & c, table & t, const QString & sName,
       else if (c.acceptAll({ "ON", "UPDATE" })) { k.sOnUpdate = readAction(c); }
       else { c.next(); }
    }
+   // As the MariaDB catalog reads: RESTRICT is its default (see catalog_reader_mariadb.cpp).
+   if (m_eDialect == dialect_mariadb)
+   {
+      if (k.sOnDelete == QLatin1String("RESTRICT")) { k.sOnDelete.clear(); }
+      if (k.sOnUpdate == QLatin1String("RESTRICT")) { k.sOnUpdate.clear(); }
+   }
    t.t.lstForeignKeys.append(k);
    t.lstForeignKeyNames.append(sName);
    return true;
