@@ -3,9 +3,19 @@
 #include <QRegularExpression>
 #include <QVariant>
 
+#include "model/sql_meta.h"
+
 namespace db_import {
 
 namespace {
+
+// InnoDB checks a key at once whether it says RESTRICT or NO ACTION, and its catalog says
+// RESTRICT for a key declared without an action: both are the default.
+QString actionOf(const QString & sRule)
+{
+   const QString s = model::sql_meta::foreignKeyAction(sRule);
+   return ((s == QLatin1String("RESTRICT")) ? QString() : s);
+}
 
 // MariaDB reports a text default with its own escapes ('a\\b', 'it\'s'); the mapping reads the
 // standard form, where only a doubled quote is escaped.
@@ -54,9 +64,11 @@ const char * const k_sIndexes =
    "WHERE TABLE_SCHEMA IN (%1) AND INDEX_TYPE NOT IN ('FULLTEXT', 'SPATIAL') ORDER BY TABLE_SCHEMA, TABLE_NAME, INDEX_NAME, SEQ_IN_INDEX";
 
 const char * const k_sForeignKeys =
-   "SELECT TABLE_SCHEMA, TABLE_NAME, CONSTRAINT_NAME, COLUMN_NAME, REFERENCED_TABLE_SCHEMA, REFERENCED_TABLE_NAME, REFERENCED_COLUMN_NAME "
-   "FROM information_schema.KEY_COLUMN_USAGE WHERE TABLE_SCHEMA IN (%1) AND REFERENCED_TABLE_NAME IS NOT NULL "
-   "ORDER BY TABLE_SCHEMA, TABLE_NAME, CONSTRAINT_NAME, ORDINAL_POSITION";
+   "SELECT k.TABLE_SCHEMA, k.TABLE_NAME, k.CONSTRAINT_NAME, k.COLUMN_NAME, k.REFERENCED_TABLE_SCHEMA, k.REFERENCED_TABLE_NAME, k.REFERENCED_COLUMN_NAME, "
+   "r.DELETE_RULE, r.UPDATE_RULE FROM information_schema.KEY_COLUMN_USAGE k "
+   "LEFT JOIN information_schema.REFERENTIAL_CONSTRAINTS r ON r.CONSTRAINT_SCHEMA = k.CONSTRAINT_SCHEMA AND r.TABLE_NAME = k.TABLE_NAME AND r.CONSTRAINT_NAME = k.CONSTRAINT_NAME "
+   "WHERE k.TABLE_SCHEMA IN (%1) AND k.REFERENCED_TABLE_NAME IS NOT NULL "
+   "ORDER BY k.TABLE_SCHEMA, k.TABLE_NAME, k.CONSTRAINT_NAME, k.ORDINAL_POSITION";
 
 // A view over a table that is gone has no column rows; the server says why in its comment.
 const char * const k_sViews =
@@ -123,7 +135,12 @@ bool catalog_reader::readMariadbKeys(QSqlQuery & q, const QString & sSchemas, db
       if (! catalog.find(q.value(0).toString(), q.value(1).toString())) { continue; }
       db_table & t = catalog.table(q.value(0).toString(), q.value(1).toString());
       const QString sKey = db_catalog::keyOf(t.sSchema, t.sName) + "/" + q.value(2).toString();
-      if (sKey != sLast) { t.lstForeignKeys.append(db_foreign_key { {}, q.value(4).toString(), q.value(5).toString(), {} }); sLast = sKey; }
+      if (sKey != sLast)
+      {
+         t.lstForeignKeys.append(db_foreign_key { {}, q.value(4).toString(), q.value(5).toString(), {},
+                                                  actionOf(q.value(7).toString()), actionOf(q.value(8).toString()) });
+         sLast = sKey;
+      }
       t.lstForeignKeys.last().lstColumns.append(q.value(3).toString());
       t.lstForeignKeys.last().lstTargetColumns.append(q.value(6).toString());
       hashKeyColumns[db_catalog::keyOf(db_catalog::keyOf(t.sSchema, t.sName), q.value(2).toString())].append(q.value(3).toString());

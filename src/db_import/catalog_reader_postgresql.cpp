@@ -2,9 +2,20 @@
 
 #include <QVariant>
 
+#include "model/sql_meta.h"
+
 namespace db_import {
 
 namespace {
+
+// The catalog's letter of a foreign-key action; 'a' (no action) and anything else give none.
+QString actionOf(const QString & sCode)
+{
+   if (sCode == "c") { return QStringLiteral("CASCADE"); }
+   if (sCode == "n") { return QStringLiteral("SET NULL"); }
+   if (sCode == "d") { return QStringLiteral("SET DEFAULT"); }
+   return ((sCode == "r") ? QStringLiteral("RESTRICT") : QString());
+}
 
 // The user's schemas: everything but the system ones.
 const char * const k_sUserSchemas =
@@ -43,7 +54,7 @@ QString generatorOf(const QString & sIdentity, const QString & sDefault)
 // Primary keys, unique constraints and foreign keys, one row per column of each, in key order;
 // the catalog's arrays give the column pairs of a foreign key.
 const char * const k_sConstraints =
-   "SELECT n.nspname, c.relname, con.conname, con.contype, a.attname, fn.nspname, fc.relname, fa.attname "
+   "SELECT n.nspname, c.relname, con.conname, con.contype, a.attname, fn.nspname, fc.relname, fa.attname, con.confdeltype, con.confupdtype "
    "FROM pg_catalog.pg_constraint con "
    "JOIN pg_catalog.pg_class c ON c.oid = con.conrelid "
    "JOIN pg_catalog.pg_namespace n ON n.oid = c.relnamespace "
@@ -140,7 +151,7 @@ bool catalog_reader::readPostgresqlKeys(QSqlQuery & q, const QString & sSchemas,
       }
       else
       {
-         if (bNew) { t.lstForeignKeys.append(db_foreign_key { {}, q.value(5).toString(), q.value(6).toString(), {} }); }
+         if (bNew) { t.lstForeignKeys.append(db_foreign_key { {}, q.value(5).toString(), q.value(6).toString(), {}, actionOf(q.value(8).toString()), actionOf(q.value(9).toString()) }); }
          t.lstForeignKeys.last().lstColumns.append(sColumn);
          t.lstForeignKeys.last().lstTargetColumns.append(q.value(7).toString());
       }

@@ -6,6 +6,8 @@
 #include <QSqlError>
 #include <QVariant>
 
+#include "model/sql_meta.h"
+
 namespace db_import {
 
 namespace {
@@ -17,7 +19,7 @@ const char * const k_sObjects =
 const char * const k_sColumns = "SELECT name, type, \"notnull\", dflt_value, pk FROM pragma_table_info(?) ORDER BY cid";
 
 const char * const k_sForeignKeys =
-   "SELECT m.name, f.id, f.\"table\", f.\"from\", f.\"to\" "
+   "SELECT m.name, f.id, f.\"table\", f.\"from\", f.\"to\", f.on_delete, f.on_update "
    "FROM sqlite_schema m JOIN pragma_foreign_key_list(m.name) f "
    "WHERE m.type = 'table' AND m.name NOT LIKE 'sqlite\\_%' ESCAPE '\\' ORDER BY m.name, f.id, f.seq";
 
@@ -124,7 +126,12 @@ bool catalog_reader::readSqliteKeys(const QSqlDatabase & database, db_catalog & 
       db_table * pTable = tableOf(q.value(0).toString());
       if (! pTable) { continue; }
       const QString sKey = q.value(0).toString() + "/" + q.value(1).toString();
-      if (sKey != sLastKey) { pTable->lstForeignKeys.append(db_foreign_key { {}, "main", q.value(2).toString(), {} }); sLastKey = sKey; }
+      if (sKey != sLastKey)
+      {
+         pTable->lstForeignKeys.append(db_foreign_key { {}, "main", q.value(2).toString(), {},
+                                                        model::sql_meta::foreignKeyAction(q.value(5).toString()), model::sql_meta::foreignKeyAction(q.value(6).toString()) });
+         sLastKey = sKey;
+      }
       pTable->lstForeignKeys.last().lstColumns.append(q.value(3).toString());
       if (! q.value(4).isNull()) { pTable->lstForeignKeys.last().lstTargetColumns.append(q.value(4).toString()); }
    }

@@ -49,6 +49,9 @@ struct db_foreign_key
    QString sTargetTable;
    // Empty when the key names the target's primary key implicitly (SQLite).
    QStringList lstTargetColumns;
+   // "CASCADE", "SET NULL", "SET DEFAULT" or "RESTRICT"; empty for NO ACTION.
+   QString sOnDelete;
+   QString sOnUpdate;
 };
 
 struct db_table

@@ -1,6 +1,7 @@
 #include "db_import/ddl_dump.h"
 
 #include "db_import/ddl_dump_tokens.h"
+#include "model/sql_meta.h"
 
 #include <QRegularExpression>
 
@@ -95,7 +96,10 @@ QList<ddl_loader::statement> ddl_dump::translate() const
       for (const db_foreign_key & k : t.t.lstForeignKeys)
       {
          lstParts.append("FOREIGN KEY (" + quotedList(k.lstColumns) + ") REFERENCES " + quoted(sqliteName(k.sTargetSchema, k.sTargetTable)) +
-                         (k.lstTargetColumns.isEmpty() ? QString() : (" (" + quotedList(k.lstTargetColumns) + ")")));
+                         (k.lstTargetColumns.isEmpty() ? QString() : (" (" + quotedList(k.lstTargetColumns) + ")")) +
+                         // The actions are the reader's own SQL words, never the dump's text.
+                         (k.sOnDelete.isEmpty() ? QString() : " ON DELETE " + model::sql_meta::foreignKeyAction(k.sOnDelete)) +
+                         (k.sOnUpdate.isEmpty() ? QString() : " ON UPDATE " + model::sql_meta::foreignKeyAction(k.sOnUpdate)));
       }
       lst.append(ddl_loader::statement { t.iLine, 1, "CREATE TABLE " + quoted(sqliteName(t.t.sSchema, t.t.sName)) + " (" + lstParts.join(", ") + ")" });
    }

@@ -148,6 +148,20 @@ bool ddl_dump::readColumn(dump_cursor & c, table & t, QString & sError)
    return true;
 }
 
+namespace {
+
+// CASCADE, SET NULL, SET DEFAULT, RESTRICT in the reader's own spelling; NO ACTION (the
+// default) and anything else give none and are passed over by the caller.
+QString readAction(dump_cursor & c)
+{
+   if (c.accept("CASCADE")) { return QStringLiteral("CASCADE"); }
+   if (c.accept("RESTRICT")) { return QStringLiteral("RESTRICT"); }
+   if (c.acceptAll({ "SET", "NULL" })) { return QStringLiteral("SET NULL"); }
+   return (c.acceptAll({ "SET", "DEFAULT" }) ? QStringLiteral("SET DEFAULT") : QString());
+}
+
+} // namespace
+
 bool ddl_dump::readForeignKey(dump_cursor & c, table & t, const QString & sName, QString & sError)
 {
    db_foreign_key k;
@@ -162,8 +176,19 @@ bool ddl_dump::readForeignKey(dump_cursor & c, table & t, const QString & sName,
    if (lstTarget.isEmpty()) { sError = "a foreign key without its target table"; return false; }
    resolve(lstTarget, k.sTargetSchema, k.sTargetTable);
    if (c.peek().isPunct("(") && ! c.columnList(k.lstTargetColumns)) { sError = "a foreign key's target columns are not a list of names"; return false; }
-   // MATCH, ON DELETE, ON UPDATE, DEFERRABLE: how the key acts, not what it joins.
-   while (! c.atEnd() && ! c.peek().isPunct(",") && ! c.peek().isPunct(")")) { c.next(); }
+   // ON DELETE and ON UPDATE are kept; MATCH and DEFERRABLE are not.
+   while (! c.atEnd() && ! c.peek().isPunct(",") && ! c.peek().isPunct(")"))
+   {
+      if (c.acceptAll({ "ON", "DELETE" })) { k.sOnDelete = readAction(c); }
+      else if (c.acceptAll({ "ON", "UPDATE" })) { k.sOnUpdate = readAction(c); }
+      else { c.next(); }
+   }
+   // As the MariaDB catalog reads: RESTRICT is its default (see catalog_reader_mariadb.cpp).
+   if (m_eDialect == dialect_mariadb)
+   {
+      if (k.sOnDelete == QLatin1String("RESTRICT")) { k.sOnDelete.clear(); }
+      if (k.sOnUpdate == QLatin1String("RESTRICT")) { k.sOnUpdate.clear(); }
+   }
    t.t.lstForeignKeys.append(k);
    t.lstForeignKeyNames.append(sName);
    return true;

@@ -287,6 +287,8 @@ void model_mapper::addManyToOne(const db_table & table, const model::entity_ptr 
    p->setUnique(singleColumnIndex(table, column.sName, true));
    p->setIndex(singleColumnIndex(table, column.sName, false));
    type_mapping::keepColumnForm(m_catalog.eDialect, column, * p);
+   if (! key.sOnDelete.isEmpty()) { p->setMetaData(model::sql_meta::k_sOnDelete, key.sOnDelete); }
+   if (! key.sOnUpdate.isEmpty()) { p->setMetaData(model::sql_meta::k_sOnUpdate, key.sOnUpdate); }
    describe(* pEntity, column, * p);
    if (m_options.bInverse) { m_lstInverses.append(pending_inverse { & table, pEntity, & key, p->getName() }); }
 }

@@ -207,6 +207,18 @@ void type_mapping::keepColumnForm(enum_dialect eDialect, const db_column & colum
    }
 }
 
+namespace {
+
+// A key's actions other than NO ACTION, beside its columns.
+QJsonObject withActions(QJsonObject o, const db_foreign_key & k)
+{
+   if (! k.sOnDelete.isEmpty()) { o.insert("on_delete", k.sOnDelete); }
+   if (! k.sOnUpdate.isEmpty()) { o.insert("on_update", k.sOnUpdate); }
+   return o;
+}
+
+} // namespace
+
 void type_mapping::keepTableForm(const db_catalog & catalog, const db_table & table, model::entity & entity)
 {
    if (table.bView) { return; }
@@ -230,11 +242,11 @@ void type_mapping::keepTableForm(const db_catalog & catalog, const db_table & ta
          const db_table * pTarget = catalog.find(k.sTargetSchema, k.sTargetTable);
          const QStringList lstTargets = (k.lstTargetColumns.isEmpty() && pTarget ? pTarget->lstPrimaryKey : k.lstTargetColumns);
          if (lstTargets.size() != k.lstColumns.size()) { continue; }
-         lstKeys.append(QJsonObject { { "columns", QJsonArray::fromStringList(k.lstColumns) }, { "table", sTarget }, { "targets", QJsonArray::fromStringList(lstTargets) } });
+         lstKeys.append(withActions(QJsonObject { { "columns", QJsonArray::fromStringList(k.lstColumns) }, { "table", sTarget }, { "targets", QJsonArray::fromStringList(lstTargets) } }, k));
          continue;
       }
       if ((table.lstPrimaryKey.size() != 1) || (k.lstColumns != table.lstPrimaryKey) || (k.lstTargetColumns.size() != 1)) { continue; }
-      lstKeys.append(QJsonObject { { "column", k.lstColumns.first() }, { "table", sTarget }, { "target", k.lstTargetColumns.first() } });
+      lstKeys.append(withActions(QJsonObject { { "column", k.lstColumns.first() }, { "table", sTarget }, { "target", k.lstTargetColumns.first() } }, k));
    }
    if (! lstKeys.isEmpty()) { entity.setMetaData(model::sql_meta::k_sForeignKeys, QString::fromUtf8(QJsonDocument(lstKeys).toJson(QJsonDocument::Compact))); }
 }
@@ -264,7 +276,7 @@ bool type_mapping::followSqlForm(model::property & kept, const model::property &
    const bool bUsers = (! kept.getForceSqlType().isEmpty() && kept.getMetaData(model::sql_meta::k_sTypeDialect).toString().isEmpty());
    if (! bUsers && (kept.getForceSqlType() != fresh.getForceSqlType())) { kept.setForceSqlType(fresh.getForceSqlType()); bChanged = true; }
    QList<QLatin1String> lstKeys { model::sql_meta::k_sAutoIncrement, model::sql_meta::k_sDefault, model::sql_meta::k_sValues, model::sql_meta::k_sSetValues, model::sql_meta::k_sOwnerFirst,
-                                  model::sql_meta::k_sDefaultDialect };
+                                  model::sql_meta::k_sDefaultDialect, model::sql_meta::k_sOnDelete, model::sql_meta::k_sOnUpdate };
    if (! bUsers) { lstKeys.append(model::sql_meta::k_sTypeDialect); }
    return followMeta(kept, fresh, lstKeys) || bChanged;
 }

@@ -131,6 +131,27 @@ TEST(ModelTextRules, NulNeverReachesTheModel)
    EXPECT_TRUE(parseError(withProperty(R"J({"name": "id", "type": "long", "format": "%1\u0000"})J")).contains("properties[0].format: format"));
 }
 
+// A foreign key's action is written into the SQL export's statement: only the SQL words pass the
+// JSON reader and the check, on a relation and in an entry of the entity's keys.
+TEST(ModelTextRules, ForeignKeyActionsAreTheSqlWordsOnly)
+{
+   const QByteArray relation = R"J({"name": "id", "type": "long", "primary_key": true}, {"name": "up", "relation": {"kind": "many_to_one", "target": "shop::Order"}, "meta": {"TAVREL_SQL_ON_DELETE": "ACTION"}})J";
+   EXPECT_NE(parseModel(withProperty(QByteArray(relation).replace("ACTION", "set null"))), nullptr);
+   EXPECT_NE(parseModel(withProperty(QByteArray(relation).replace("ACTION", "NO ACTION"))), nullptr);
+   const QString sBad = parseError(withProperty(QByteArray(relation).replace("ACTION", "CASCADE; DROP TABLE x")));
+   EXPECT_TRUE(sBad.contains("entities[0].properties[1].meta.TAVREL_SQL_ON_DELETE: meta data 'TAVREL_SQL_ON_DELETE' 'CASCADE; DROP TABLE x' is not an SQL action")) << sBad.toStdString();
+   const QString sKeys = parseError(withEntity(R"J("meta": {"TAVREL_SQL_FOREIGN_KEYS": "[{\"column\":\"id\",\"table\":\"t\",\"target\":\"id\",\"on_update\":\"SET NULL); DROP TABLE x\"}]"}, )J"));
+   EXPECT_TRUE(sKeys.contains("meta.TAVREL_SQL_FOREIGN_KEYS: meta data 'TAVREL_SQL_FOREIGN_KEYS'")) << sKeys.toStdString();
+   EXPECT_TRUE(sKeys.contains("holds on_update 'SET NULL); DROP TABLE x', which is not an SQL action")) << sKeys.toStdString();
+   // A model made in memory: the check refuses it as well.
+   model::project_ptr p = parseModel(withProperty(QByteArray(relation).replace("ACTION", "RESTRICT")));
+   ASSERT_NE(p, nullptr);
+   EXPECT_EQ(model_text_rules::checkProject(* p, false).size(), 0);
+   p->getListOfAllEntities()->at(0)->getOwnProperties().at(1)->setMetaData("TAVREL_SQL_ON_UPDATE", "CASCADE --");
+   EXPECT_EQ(model_text_rules::checkProject(* p, false).size(), 1);
+   EXPECT_TRUE(lines(messages(p->checkSchema())).find("'CASCADE --' is not an SQL action") != std::string::npos) << lines(messages(p->checkSchema()));
+}
+
 TEST(ModelTextRules, AccessorBodiesAndTextLengthsImportAsWritten)
 {
    model::project_ptr p = parseModel(withProperty(R"J({"name": "x", "type": "QString", "get_method": "return m_x.trimmed();",

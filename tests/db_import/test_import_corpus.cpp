@@ -73,11 +73,16 @@ void expectShape(const model::project_ptr & p, enum_dialect eDialect)
    EXPECT_EQ(propertyOf(p, "Staff", "ReportsTo")->getRelation()->getType(), model::relationship::many_to_one);
    EXPECT_EQ(propertyOf(p, "Artist", "Albums")->getRelation()->getType(), model::relationship::one_to_many);
    // A foreign key of several columns (on key columns too) is kept for the SQL export.
-   for (const char * szEntity : { "Shipment", "LineNote" })
-   {
-      EXPECT_EQ(p->getEntityByKey(szEntity)->getMetaData("TAVREL_SQL_FOREIGN_KEYS").toString(),
-                R"([{"columns":["po_id","line_no"],"table":"purchase_order_line","targets":["po_id","line_no"]}])") << szEntity;
-   }
+   EXPECT_EQ(p->getEntityByKey("Shipment")->getMetaData("TAVREL_SQL_FOREIGN_KEYS").toString(),
+             R"([{"columns":["po_id","line_no"],"table":"purchase_order_line","targets":["po_id","line_no"]}])");
+   EXPECT_EQ(p->getEntityByKey("LineNote")->getMetaData("TAVREL_SQL_FOREIGN_KEYS").toString(),
+             R"([{"columns":["po_id","line_no"],"on_delete":"CASCADE","table":"purchase_order_line","targets":["po_id","line_no"]}])");
+   // A key's actions other than NO ACTION stay with its relation.
+   EXPECT_EQ(propertyOf(p, "TimeEntry", "task")->getMetaData("TAVREL_SQL_ON_DELETE").toString(), "CASCADE");
+   EXPECT_FALSE(propertyOf(p, "TimeEntry", "task")->getAllMetaData().contains("TAVREL_SQL_ON_UPDATE"));
+   EXPECT_EQ(propertyOf(p, "Project", "department")->getMetaData("TAVREL_SQL_ON_DELETE").toString(), "SET NULL");
+   EXPECT_EQ(propertyOf(p, "Project", "department")->getMetaData("TAVREL_SQL_ON_UPDATE").toString(), "CASCADE");
+   EXPECT_FALSE(propertyOf(p, "TimeEntry", "staff")->getAllMetaData().contains("TAVREL_SQL_ON_DELETE"));
    if (eDialect == db_import::dialect_postgresql)
    {
       // The partitioned table is one entity, its partitions none.

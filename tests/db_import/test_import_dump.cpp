@@ -94,6 +94,10 @@ TEST(ImportDump, ForeignKeysOverSeveralColumnsAndThoseAddedLaterAreInTheCatalog)
       EXPECT_EQ(pLoan->lstForeignKeys.at(0).lstTargetColumns, QStringList({ "branch_id", "copy_no" }));
       EXPECT_EQ(pLoan->lstForeignKeys.at(0).sTargetTable, "copy_item");
       EXPECT_EQ(pLoan->lstForeignKeys.at(1).lstColumns, QStringList({ "member_id" }));
+      // ON DELETE CASCADE is read; a key without an action has none.
+      EXPECT_EQ(pLoan->lstForeignKeys.at(0).sOnDelete, "CASCADE");
+      EXPECT_EQ(pLoan->lstForeignKeys.at(0).sOnUpdate, "");
+      EXPECT_EQ(pLoan->lstForeignKeys.at(1).sOnDelete, "");
       EXPECT_EQ(pLoan->lstPrimaryKey, QStringList({ "id" }));
       const db_import::db_table * pCopy = catalog.find(catalog.sDefaultSchema, "copy_item");
       ASSERT_TRUE(pCopy);

@@ -53,7 +53,10 @@ QStringList foreignKeyTexts(const db_import::db_table & t)
 {
    QStringList lst;
    for (const db_import::db_foreign_key & k : t.lstForeignKeys)
-   { lst.append("(" + k.lstColumns.join(", ") + ") -> " + k.sTargetTable + " (" + k.lstTargetColumns.join(", ") + ")"); }
+   {
+      lst.append("(" + k.lstColumns.join(", ") + ") -> " + k.sTargetTable + " (" + k.lstTargetColumns.join(", ") + ")"
+                 + (k.sOnDelete.isEmpty() ? QString() : " on delete " + k.sOnDelete) + (k.sOnUpdate.isEmpty() ? QString() : " on update " + k.sOnUpdate));
+   }
    lst.sort();
    return lst;
 }

@@ -9,6 +9,11 @@
 #include "model/property.h"
 #include "model/property_type.h"
 #include "model/relationship.h"
+#include "model/sql_meta.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 namespace model {
 
@@ -47,6 +52,25 @@ struct item_ref
    }
 };
 
+// A foreign key's action kept for the SQL export is written into its statement: only the SQL
+// words are allowed (see sql_meta.h), on a relation and in the entries of an entity's keys.
+QString keyActionProblem(const QString & sKey, const QString & sValue)
+{
+   static const QString k_sReason = QStringLiteral("is not an SQL action (CASCADE, SET NULL, SET DEFAULT, RESTRICT, NO ACTION)");
+   if ((sKey == sql_meta::k_sOnDelete) || (sKey == sql_meta::k_sOnUpdate)) { return (sql_meta::isForeignKeyAction(sValue) ? QString() : k_sReason); }
+   if (sKey != sql_meta::k_sForeignKeys) { return QString(); }
+   const QJsonArray lst = QJsonDocument::fromJson(sValue.toUtf8()).array();
+   for (const QJsonValue & v : lst)
+   {
+      for (const char * szField : { "on_delete", "on_update" })
+      {
+         const QString sAction = v.toObject().value(QLatin1String(szField)).toString();
+         if (! sql_meta::isForeignKeyAction(sAction)) { return QString("holds %1 '%2', which %3").arg(QLatin1String(szField), model_text_rules::shown(sAction), k_sReason); }
+      }
+   }
+   return QString();
+}
+
 class project_walker
 {
    list_of_problem & m_lst;
@@ -80,6 +104,7 @@ public:
          add(item, QStringLiteral("meta data key"), itr.key(), model_text_rules::nulProblem(itr.key()), sKeyPath);
          if (! itr.value().isEmpty())
          { add(item, QString("meta data '%1'").arg(model_text_rules::shown(itr.key())), itr.value(), model_text_rules::nulProblem(itr.value()), sKeyPath); }
+         add(item, QString("meta data '%1'").arg(model_text_rules::shown(itr.key())), itr.value(), keyActionProblem(itr.key(), itr.value()), sKeyPath);
       }
    }
 

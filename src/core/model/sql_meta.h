@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QLatin1String>
+#include <QString>
 
 namespace model {
 
@@ -28,12 +29,34 @@ inline const QLatin1String k_sSetValues("TAVREL_SQL_SET_VALUES");
 // foreign_key_owner column (without it, with the foreign_key column).
 inline const QLatin1String k_sOwnerFirst("TAVREL_SQL_OWNER_FIRST");
 
+// What the database does to the rows of a foreign key when the row it points at is deleted or
+// its key changed: "CASCADE", "SET NULL", "SET DEFAULT" or "RESTRICT" (NO ACTION is the
+// default and kept by no meta data). On a relation's property; "on_delete" and "on_update" in
+// an entry of TAVREL_SQL_FOREIGN_KEYS.
+inline const QLatin1String k_sOnDelete("TAVREL_SQL_ON_DELETE");
+inline const QLatin1String k_sOnUpdate("TAVREL_SQL_ON_UPDATE");
+
+// The action as SQL writes it ("set  null" gives "SET NULL"); empty for NO ACTION and for any
+// other text, which must never reach a statement.
+inline QString foreignKeyAction(const QString & sAction)
+{
+   const QString s = sAction.simplified().toUpper();
+   for (const char * sWord : { "CASCADE", "SET NULL", "SET DEFAULT", "RESTRICT" }) { if (s == QLatin1String(sWord)) { return s; } }
+   return QString();
+}
+// True when the text is one of the five actions (NO ACTION too) or empty.
+inline bool isForeignKeyAction(const QString & sAction)
+{
+   return (sAction.isEmpty() || ! foreignKeyAction(sAction).isEmpty() || (sAction.simplified().toUpper() == QLatin1String("NO ACTION")));
+}
+
 // Entity meta data: the indexes no property flag holds (of several columns, or of a prefix), as
 // a JSON array of {"unique": bool, "columns": [names], "lengths": [prefix lengths, 0 for whole]}.
 inline const QLatin1String k_sIndexes("TAVREL_SQL_INDEXES");
 // Entity meta data: foreign keys no relation holds (on the primary-key column itself, or of
 // several columns), as a JSON array of {"column": name, "table": target table, "target": target
-// column} or {"columns": [names], "table": target table, "targets": [target columns]}.
+// column} or {"columns": [names], "table": target table, "targets": [target columns]}, with
+// "on_delete" and "on_update" when the key has such an action.
 inline const QLatin1String k_sForeignKeys("TAVREL_SQL_FOREIGN_KEYS");
 // Entity meta data "true": the entity is a view of the database; the SQL export and migrations
 // never make it a table.

@@ -102,7 +102,8 @@ QString planner::keyTarget(const sql_table & t, const sql_foreign_key & k, const
       const sql_column * pTargetColumn = (pTarget ? columnOf(* pTarget, sColumn, false) : nullptr);
       lstTargets.append(pTargetColumn ? pTargetColumn->sKey : sColumn);
    }
-   return lstColumns.join(',') + '|' + (pTarget ? pTarget->sKey : k.sTargetTable) + '|' + lstTargets.join(',');
+   // A changed action changes the key: it is made again (SQLite: the table is rebuilt).
+   return lstColumns.join(',') + '|' + (pTarget ? pTarget->sKey : k.sTargetTable) + '|' + lstTargets.join(',') + '|' + k.sOnDelete + '|' + k.sOnUpdate;
 }
 
 QSet<QString> planner::keyTargets(const sql_table & t, const sql_schema & s, const QHash<QString, int> & hashNames)

@@ -69,6 +69,25 @@ QString entityLabel(const model::property & p)
    return (pEntity ? pEntity->getName() : QString()) + '.' + p.getName();
 }
 
+// A kept foreign-key action as the dialect writes it: only the SQL words reach the statement.
+QString keptAction(const QString & sKept, const sql_dialect & dialect, const QString & sWhere, QStringList & lstWarnings)
+{
+   if (sKept.isEmpty()) { return QString(); }
+   const QString s = model::sql_meta::foreignKeyAction(sKept);
+   if (! model::sql_meta::isForeignKeyAction(sKept))
+   { lstWarnings.append(QString("%1: foreign-key action '%2' is not an SQL action (CASCADE, SET NULL, SET DEFAULT, RESTRICT, NO ACTION), left out").arg(sWhere, sKept)); }
+   // InnoDB refuses SET DEFAULT: the table would not be made at all.
+   if ((s == QLatin1String("SET DEFAULT")) && (dialect.kind() == dialect_mariadb))
+   { lstWarnings.append(QString("%1: foreign-key action SET DEFAULT has no form in %2, left out").arg(sWhere, dialect.name())); return QString(); }
+   return s;
+}
+
+void keepActions(sql_foreign_key & k, const QString & sOnDelete, const QString & sOnUpdate, const sql_dialect & dialect, const QString & sWhere, QStringList & lstWarnings)
+{
+   k.sOnDelete = keptAction(sOnDelete, dialect, sWhere, lstWarnings);
+   k.sOnUpdate = keptAction(sOnUpdate, dialect, sWhere, lstWarnings);
+}
+
 // The type of a column, and a warning naming the property when its type has no SQL form.
 QString columnType(const model::property & p, const sql_dialect & dialect, bool bKeyed, QStringList & lstWarnings)
 {
@@ -120,7 +139,11 @@ void addKeyColumn(sql_table & table, const model::property & p, const QString & 
    table.lstColumns.append(c);
    if (p.isPrimaryKey()) { table.lstPrimaryKey.append(sColumn); }
    if (pTarget && ! pTarget->isAbstract() && pTargetKey)
-   { table.lstForeignKeys.append(sql_foreign_key { sColumn, schema_builder::tableName(* pTarget), schema_builder::columnName(* pTargetKey) }); }
+   {
+      sql_foreign_key k { sColumn, schema_builder::tableName(* pTarget), schema_builder::columnName(* pTargetKey) };
+      keepActions(k, p.getMetaData(model::sql_meta::k_sOnDelete).toString(), p.getMetaData(model::sql_meta::k_sOnUpdate).toString(), dialect, entityLabel(p), lstWarnings);
+      table.lstForeignKeys.append(k);
+   }
 }
 
 void addColumn(sql_table & table, const model::property & p, const sql_dialect & dialect, QStringList & lstWarnings)
@@ -257,6 +280,7 @@ void keepTableForm(sql_table & t, const model::entity & entity, const sql_dialec
       for (qsizetype i = 0; bKnown && (i < lstColumns.size()); ++i) { bKnown = (hasColumn(lstColumns.at(i)) && ! lstTargets.at(i).isEmpty()); }
       if (! bKnown) { continue; }
       sql_foreign_key k { lstColumns.takeFirst(), o.value("table").toString(), lstTargets.takeFirst(), lstColumns, lstTargets };
+      keepActions(k, o.value("on_delete").toString(), o.value("on_update").toString(), dialect, entity.getName(), lstWarnings);
       t.lstForeignKeys.append(k);
    }
 }

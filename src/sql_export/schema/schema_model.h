@@ -38,6 +38,9 @@ struct sql_foreign_key
    // A key of several columns: the columns after the first, and the target's, in their order.
    QStringList lstMoreColumns;
    QStringList lstMoreTargets;
+   // "CASCADE", "SET NULL", "SET DEFAULT" or "RESTRICT"; empty for the default NO ACTION.
+   QString sOnDelete;
+   QString sOnUpdate;
 
    QStringList columns() const { return QStringList { sColumn } + lstMoreColumns; }
    QStringList targets() const { return QStringList { sTargetColumn } + lstMoreTargets; }

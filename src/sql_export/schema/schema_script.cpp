@@ -7,6 +7,8 @@
 #include <queue>
 #include <vector>
 
+#include "model/sql_meta.h"
+
 namespace sql_export {
 
 namespace {
@@ -165,8 +167,14 @@ QString schema_script::foreignKeyClause(const sql_table & table, const sql_forei
    QStringList lstColumns, lstTargets;
    for (const QString & s : k.columns()) { lstColumns.append(d.quote(s)); }
    for (const QString & s : k.targets()) { lstTargets.append(d.quote(s)); }
-   return "CONSTRAINT " + d.quote(foreignKeyName(table, k, d)) + " FOREIGN KEY (" + lstColumns.join(", ")
-          + ") REFERENCES " + d.table(k.sTargetTable) + " (" + lstTargets.join(", ") + ")";
+   QString s = "CONSTRAINT " + d.quote(foreignKeyName(table, k, d)) + " FOREIGN KEY (" + lstColumns.join(", ")
+               + ") REFERENCES " + d.table(k.sTargetTable) + " (" + lstTargets.join(", ") + ")";
+   // Through the check again: only the SQL words are ever written.
+   const QString sOnDelete = model::sql_meta::foreignKeyAction(k.sOnDelete);
+   const QString sOnUpdate = model::sql_meta::foreignKeyAction(k.sOnUpdate);
+   if (! sOnDelete.isEmpty()) { s += " ON DELETE " + sOnDelete; }
+   if (! sOnUpdate.isEmpty()) { s += " ON UPDATE " + sOnUpdate; }
+   return s;
 }
 
 QString schema_script::commentText(const QString & s)

@@ -10,7 +10,7 @@ CREATE TABLE Album (AlbumId INTEGER PRIMARY KEY, Title TEXT NOT NULL, ArtistId I
 CREATE TABLE Track (
   TrackId INTEGER PRIMARY KEY,
   Name TEXT NOT NULL,
-  AlbumId INTEGER REFERENCES Album (AlbumId),
+  AlbumId INTEGER REFERENCES Album (AlbumId) ON DELETE SET NULL,
   MediaKindId INTEGER NOT NULL REFERENCES MediaKind (MediaKindId),
   GenreId INTEGER REFERENCES Genre (GenreId),
   Composer VARCHAR(200) DEFAULT '',
@@ -114,7 +114,7 @@ CREATE TABLE file_blob (digest VARBINARY(32) PRIMARY KEY, size INTEGER NOT NULL,
 CREATE TABLE attachment (attachment_id INTEGER PRIMARY KEY, digest VARBINARY(32) NOT NULL REFERENCES file_blob (digest), file_name VARCHAR(120) NOT NULL);
 CREATE TABLE setting (`key` VARCHAR(40) PRIMARY KEY, `value` VARCHAR(200) NOT NULL DEFAULT '', `default` TEXT);
 CREATE TABLE department (department_id INTEGER PRIMARY KEY, name VARCHAR(40) NOT NULL, head_id INTEGER REFERENCES Staff (StaffId));
-CREATE TABLE project (project_id INTEGER PRIMARY KEY, name VARCHAR(60) NOT NULL, department_id INTEGER REFERENCES department (department_id), starts DATE, ends DATE);
+CREATE TABLE project (project_id INTEGER PRIMARY KEY, name VARCHAR(60) NOT NULL, department_id INTEGER REFERENCES department (department_id) ON DELETE SET NULL ON UPDATE CASCADE, starts DATE, ends DATE);
 CREATE TABLE staff_project (
   staff_id INTEGER NOT NULL REFERENCES Staff (StaffId),
   project_id INTEGER NOT NULL REFERENCES project (project_id),
@@ -128,7 +128,7 @@ CREATE TABLE task (
   title VARCHAR(80) NOT NULL,
   done BOOLEAN NOT NULL DEFAULT FALSE
 );
-CREATE TABLE time_entry (entry_id INTEGER PRIMARY KEY, task_id INTEGER NOT NULL REFERENCES task (task_id), staff_id INTEGER NOT NULL REFERENCES Staff (StaffId), minutes INTEGER NOT NULL, note VARCHAR(200) DEFAULT '');
+CREATE TABLE time_entry (entry_id INTEGER PRIMARY KEY, task_id INTEGER NOT NULL REFERENCES task (task_id) ON DELETE CASCADE, staff_id INTEGER NOT NULL REFERENCES Staff (StaffId), minutes INTEGER NOT NULL, note VARCHAR(200) DEFAULT '');
 CREATE TABLE currency (code CHAR(3) PRIMARY KEY, name VARCHAR(40) NOT NULL, symbol VARCHAR(4) DEFAULT '');
 CREATE TABLE exchange_rate (
   currency_code CHAR(3) NOT NULL REFERENCES currency (code),
@@ -163,7 +163,7 @@ CREATE TABLE line_note (
   note_no INTEGER NOT NULL,
   body VARCHAR(200) NOT NULL,
   PRIMARY KEY (po_id, line_no, note_no),
-  FOREIGN KEY (po_id, line_no) REFERENCES purchase_order_line (po_id, line_no)
+  FOREIGN KEY (po_id, line_no) REFERENCES purchase_order_line (po_id, line_no) ON DELETE CASCADE
 );
 CREATE TABLE comment (comment_id INTEGER PRIMARY KEY, review_id INTEGER NOT NULL REFERENCES review (review_id), reply_to_id INTEGER REFERENCES comment (comment_id), body TEXT NOT NULL);
 CREATE VIEW album_summary AS SELECT a.AlbumId, a.Title, r.Name AS ArtistName FROM Album a JOIN Artist r ON r.ArtistId = a.ArtistId;
