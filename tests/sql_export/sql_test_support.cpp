@@ -76,7 +76,7 @@ model::project_ptr importFrom(const QString & sUrl, const QString & sName, QStri
    return pProject;
 }
 
-bool runStatements(const QString & sFile, const QStringList & lstStatements)
+bool runStatements(const QString & sFile, const QStringList & lstStatements, QString * pResult)
 {
    bool bOk = true;
    {
@@ -85,6 +85,7 @@ bool runStatements(const QString & sFile, const QStringList & lstStatements)
       bOk = db.open();
       QSqlQuery q(db);
       for (const QString & s : lstStatements) { bOk = bOk && q.exec(s); }
+      if (pResult && bOk && q.isSelect() && q.next()) { * pResult = q.value(0).toString(); }
       db.close();
    }
    QSqlDatabase::removeDatabase("run_statements");

@@ -17,8 +17,9 @@ void clearForcedTypes(model::project & project);
 QString scriptOf(const model::project & project, sql_export::enum_dialect eDialect, bool bComments = true, QStringList * pWarnings = nullptr);
 // Runs a script statement by statement on an SQLite file; false with the failing statement.
 bool runOnSqlite(const QString & sFile, const QString & sScript, QString & sError);
-// Runs statements one by one on an SQLite file (after its script); false when one fails.
-bool runStatements(const QString & sFile, const QStringList & lstStatements);
+// Runs statements one by one on an SQLite file (after its script); false when one fails. When the
+// last is a query, pResult gets the first value of its first row.
+bool runStatements(const QString & sFile, const QStringList & lstStatements, QString * pResult = nullptr);
 // The model a database holds, read back by the import (named sName).
 model::project_ptr importFrom(const QString & sUrl, const QString & sName, QString & sError);
 

@@ -41,22 +41,6 @@ model::property_ptr relationOf(const model::project & project, const QString & s
    return nullptr;
 }
 
-bool execAll(const QString & sFile, const QStringList & lstStatements, QString & sResult)
-{
-   bool bOk = true;
-   {
-      QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "key_actions");
-      db.setDatabaseName(sFile);
-      bOk = db.open();
-      QSqlQuery q(db);
-      for (const QString & s : lstStatements) { bOk = bOk && q.exec(s); }
-      if (bOk && q.isSelect() && q.next()) { sResult = q.value(0).toString(); }
-      db.close();
-   }
-   QSqlDatabase::removeDatabase("key_actions");
-   return bOk;
-}
-
 const char * const k_sModel = R"J({ "name": "Shelves", "entities": [
   {"id": 1, "name": "Shelf", "table": "shelf", "properties": [ {"id": 1, "name": "id", "type": "long", "primary_key": true} ]},
   {"id": 2, "name": "Book", "table": "book", ENTITY_META "properties": [
@@ -111,8 +95,8 @@ TEST(SqlKeptKeys, ForeignKeyActionsGoBack)
    const QString sCopy = dir.filePath("copy.db");
    ASSERT_TRUE(sql_test::runOnSqlite(sCopy, sql_test::scriptOf(* p, dialect_sqlite, false), sError)) << sError.toStdString();
    QString sLeft;
-   ASSERT_TRUE(execAll(sCopy, { "PRAGMA foreign_keys = ON", "INSERT INTO shelf (id) VALUES (1)", "INSERT INTO book (id, shelf_id) VALUES (5, 1)",
-                                "DELETE FROM shelf WHERE id = 1", "SELECT count(*) FROM book" }, sLeft));
+   ASSERT_TRUE(sql_test::runStatements(sCopy, { "PRAGMA foreign_keys = ON", "INSERT INTO shelf (id) VALUES (1)", "INSERT INTO book (id, shelf_id) VALUES (5, 1)",
+                                "DELETE FROM shelf WHERE id = 1", "SELECT count(*) FROM book" }, & sLeft));
    EXPECT_EQ(sLeft, "0");
 }
 
