@@ -293,13 +293,29 @@ zy::ZyBool cpp_builder::runItems(model::project & project, const std::vector<ite
    project.getEntityById(0);
    project.getEnumerationById(0);
 
+   // This thread is one of the workers: it hands the items on in model order and, while the one
+   // it waits for is not done, works on the next one itself. Nobody is woken who is not waiting:
+   // with items as short as an unchanged file's check, waking costs more than the work.
    std::vector<item_outcome> lstResults(n);
    std::vector<char> lstDone(n, 0);
    std::mutex mutex;
-   std::condition_variable changed;
+   std::condition_variable workerWake, handerWake;
    std::size_t iNext = 0, iHandedOn = 0;
-   bool bStop = false;
+   std::size_t iWorkersAsleep = 0;
+   bool bHanderAsleep = false, bStop = false;
    const std::size_t iAhead = iWorkers * k_iAheadPerThread;
+   // Under the lock: the next item may be started (not too far ahead of the one handed on).
+   auto mayStart = [&] { return (! bStop && (iNext < n) && (iNext < iHandedOn + iAhead)); };
+   // Works item i and says it is done; true when the one handing on must be woken.
+   auto finishItem = [&](std::size_t i)
+   {
+      work(lstItems[i], lstResults[i]);
+      std::lock_guard<std::mutex> lock(mutex);
+      lstDone[i] = 1;
+      // Items before this one were all taken already and finish; later ones are not started.
+      if (! lstResults[i].result) { bStop = true; }
+      return bHanderAsleep;
+   };
    auto worker = [&]
    {
       while (true)
@@ -307,41 +323,56 @@ zy::ZyBool cpp_builder::runItems(model::project & project, const std::vector<ite
          std::size_t i = 0;
          {
             std::unique_lock<std::mutex> lock(mutex);
-            changed.wait(lock, [&] { return bStop || (iNext >= n) || (iNext < iHandedOn + iAhead); });
-            if (bStop || (iNext >= n)) { return; }
+            while (! bStop && (iNext < n) && ! mayStart()) { ++iWorkersAsleep; workerWake.wait(lock); --iWorkersAsleep; }
+            if (! mayStart()) { return; }
             i = iNext++;
          }
-         work(lstItems[i], lstResults[i]);
-         {
-            std::lock_guard<std::mutex> lock(mutex);
-            lstDone[i] = 1;
-            // Items before this one were all taken already and finish; later ones are not started.
-            if (! lstResults[i].result) { bStop = true; }
-         }
-         changed.notify_all();
+         if (finishItem(i)) { handerWake.notify_one(); }
       }
    };
    std::vector<std::thread> lstThreads;
-   lstThreads.reserve(iWorkers);
-   for (std::size_t t = 0; t < iWorkers; ++t) { lstThreads.emplace_back(worker); }
+   lstThreads.reserve(iWorkers - 1);
+   for (std::size_t t = 1; t < iWorkers; ++t) { lstThreads.emplace_back(worker); }
 
    zy::ZyBool ok(true);
-   for (std::size_t i = 0; i < n; ++i)
+   for (std::size_t i = 0; (i < n) && ok.getValue(); ++i)
    {
+      bool bReady = false;
+      while (! bReady)
       {
-         std::unique_lock<std::mutex> lock(mutex);
-         changed.wait(lock, [&] { return (lstDone[i] != 0); });
+         std::size_t j = n;
+         {
+            std::unique_lock<std::mutex> lock(mutex);
+            if (lstDone[i] != 0) { bReady = true; }
+            else if (mayStart()) { j = iNext++; }
+            else if (i >= iNext) { break; }   // the export stopped before it started
+            else
+            {
+               bHanderAsleep = true;
+               handerWake.wait(lock, [&] { return (lstDone[i] != 0); });
+               bHanderAsleep = false;
+               bReady = true;
+            }
+         }
+         if (j < n) { finishItem(j); }
       }
+      if (! bReady) { ok = zy::ZyBool(false, "The export stopped before every entity and enumeration was exported"); break; }
       ok = replayItem(lstResults[i], ctx);
       lstResults[i] = item_outcome();
+      bool bWake = false;
       {
          std::lock_guard<std::mutex> lock(mutex);
          iHandedOn = i + 1;
          if (! ok) { bStop = true; }
+         bWake = (iWorkersAsleep > 0);
       }
-      changed.notify_all();
-      if (! ok) { break; }
+      if (bWake) { workerWake.notify_all(); }
    }
+   {
+      std::lock_guard<std::mutex> lock(mutex);
+      bStop = true;
+   }
+   workerWake.notify_all();
    for (std::thread & t : lstThreads) { t.join(); }
    return ok;
 }
