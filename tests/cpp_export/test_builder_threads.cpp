@@ -218,3 +218,31 @@ TEST_F(ExportThreads, UnchangedAndDryRunsOnFourThreadsWriteNothing)
    EXPECT_EQ(after, expected);
    EXPECT_NE(again.tree.value("include/garden_bed2_Plant7.gen.h"), QByteArray("edited"));
 }
+
+TEST_F(ExportThreads, CustomFilesAlreadyThereAreKeptOnOneOrFourThreads)
+{
+   model::project_ptr p = greenhouse();
+   ASSERT_TRUE(p);
+   const QString sOutside = out("outside.cpp");
+   ASSERT_TRUE(writeText(sOutside, "outside"));
+   for (const char * sDir : { "one", "four" })
+   {
+      const QString sRoot = out(sDir);
+      ASSERT_TRUE(QDir().mkpath(sRoot + "/custom/include") && QDir().mkpath(sRoot + "/custom/src"));
+      ASSERT_TRUE(writeText(sRoot + "/custom/include/garden_bed0_Plant0.h", "// mine"));
+      ASSERT_TRUE(QFile::link(sOutside, sRoot + "/custom/src/garden_bed1_Plant1.cpp"));
+   }
+   const run_result one = exportWith(* p, 1, "one");
+   const run_result four = exportWith(* p, 4, "four");
+   ASSERT_TRUE(static_cast<bool>(one.ok)) << one.ok.getDesc().toStdString();
+   ASSERT_TRUE(static_cast<bool>(four.ok)) << four.ok.getDesc().toStdString();
+   EXPECT_EQ(one.lstReports, four.lstReports);
+   for (const run_result * r : { & one, & four })
+   {
+      EXPECT_EQ(r->tree.value("custom/include/garden_bed0_Plant0.h"), QByteArray("// mine"));
+      EXPECT_TRUE(r->tree.value("custom/src/garden_bed0_Plant0.cpp").contains("Plant0"));
+      EXPECT_TRUE(r->tree.value("custom/include/garden_bed1_Plant1.h").contains("GARDEN_BED1_PLANT1_H_CUSTOM"));
+   }
+   EXPECT_EQ(readText(sOutside), QString("outside"));
+   EXPECT_TRUE(QFileInfo(out("four/custom/src/garden_bed1_Plant1.cpp")).isSymLink());
+}

@@ -1,8 +1,12 @@
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QSet>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
+#include "cpp_export/tools/export_folders.h"
 #include "cpp_export/tools/text_file.h"
 
 namespace {
@@ -56,4 +60,52 @@ TEST(TextFile, ResourceTemplateReadWhole)
    const QString sText = tools::readTextFile(":/cpp_export/documents/template_custom_header.h");
    EXPECT_FALSE(sText.isEmpty());
    EXPECT_FALSE(sText.contains(QLatin1Char('\r')));
+}
+
+TEST(ExportFolders, PresentNamesCountLinksOnlyWhenTheirTargetIsThere)
+{
+   QTemporaryDir tmp;
+   ASSERT_TRUE(tmp.isValid());
+   ASSERT_TRUE(QDir(tmp.path()).mkpath("f/folder.h"));
+   ASSERT_FALSE(writeBytes(tmp, "f/plain.h", "x").isEmpty());
+   ASSERT_TRUE(QFile::link(tmp.filePath("f/plain.h"), tmp.filePath("f/link.h")));
+   ASSERT_TRUE(QFile::link(tmp.filePath("outside.h"), tmp.filePath("f/dangling.h")));
+   tools::export_folders folders(tmp.path());
+   const int iFolder = folders.open("f");
+   ASSERT_GE(iFolder, 0);
+   QSet<QString> names { "stale" };
+   ASSERT_TRUE(tools::export_folders::presentNames(iFolder, names));
+   EXPECT_EQ(names, QSet<QString>({ "plain.h", "folder.h", "link.h" }));
+   // Whatever each name is, the listing says what a look-up of that name says.
+   for (const QString & sName : { "plain.h", "folder.h", "link.h", "dangling.h", "gone.h" })
+   { EXPECT_EQ(names.contains(sName), QFileInfo::exists(tmp.filePath("f/" + sName))) << sName.toStdString(); }
+   // A second listing through the same handle sees the same (the handle's position is not moved).
+   QSet<QString> again;
+   ASSERT_TRUE(tools::export_folders::presentNames(iFolder, again));
+   EXPECT_EQ(again, names);
+   EXPECT_FALSE(tools::export_folders::presentNames(-1, names));
+   EXPECT_TRUE(names.isEmpty());
+}
+
+TEST(ExportFolders, ReadGivesTheWholeFileWhateverItsSize)
+{
+   QTemporaryDir tmp;
+   ASSERT_TRUE(tmp.isValid());
+   ASSERT_TRUE(QDir(tmp.path()).mkdir("f"));
+   tools::export_folders folders(tmp.path());
+   const int iFolder = folders.open("f");
+   ASSERT_GE(iFolder, 0);
+   for (int iSize : { 0, 1, 4095, 4096, 65537, 1 << 20 })
+   {
+      QByteArray data(iSize, '\0');
+      for (int i = 0; i < iSize; ++i) { data[i] = char('a' + (i * 7) % 26); }
+      ASSERT_FALSE(writeBytes(tmp, "f/file.txt", data).isEmpty());
+      QByteArray bytes("old");
+      ASSERT_EQ(tools::export_folders::read(iFolder, "file.txt", bytes), tools::export_folders::outcome::done) << iSize;
+      EXPECT_EQ(bytes, data) << iSize;
+   }
+   QByteArray bytes;
+   EXPECT_EQ(tools::export_folders::read(iFolder, "none.txt", bytes), tools::export_folders::outcome::missing);
+   ASSERT_TRUE(QDir(tmp.path()).mkdir("f/sub"));
+   EXPECT_EQ(tools::export_folders::read(iFolder, "sub", bytes), tools::export_folders::outcome::fallback);
 }

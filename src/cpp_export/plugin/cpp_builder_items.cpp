@@ -38,6 +38,10 @@ struct cpp_builder::item_context
    QString sAbsDir;       // absolute, with a final '/'
    std::unique_ptr<tools::export_folders> pFolders;
    int iInclude = -1, iSrc = -1, iCustomInclude = -1, iCustomSrc = -1;
+   // What the custom folders held when the export began, listed once rather than asked per
+   // file; bListed false when a folder could not be listed.
+   QSet<QString> customIncludeNames, customSrcNames;
+   bool bCustomListed = false;
    const export_files * pFiles = nullptr;   // its stop is seen before each write
    // The record of the last export when its fingerprint is this export's: a file that still has
    // its recorded hash is what generating it would give.
@@ -59,9 +63,11 @@ model::enumeration * enumerationOf(model::entity &) { return nullptr; }
 model::enumeration * enumerationOf(model::enumeration & e) { return & e; }
 
 // A user's file that is there (a link to something that exists counts, as QFileInfo::exists).
-bool userFileThere(int iFolder, const QString & sName, const QString & sPath)
+bool userFileThere(int iFolder, const QString & sName, const QString & sPath, const QSet<QString> * pListed)
 {
    if ((iFolder < 0) || ! tools::export_folders::isPlainName(sName)) { return QFileInfo::exists(sPath); }
+   // A file made since the listing is found by the read that follows, and kept.
+   if (pListed) { return pListed->contains(sName); }
    struct stat st;
    return (::fstatat(iFolder, QFile::encodeName(sName).constData(), & st, 0) == 0);
 }
@@ -147,11 +153,14 @@ bool cpp_builder::workCustomFile(model::project & project, Item & item, const pa
    file_report r;
    r.path = ctx.sAbsDir + sFolder + sName;
    // Created once for the user, then the user's: a file that is there is only reported.
-   if (userFileThere(iFolder, sName, r.path)) { r.bKept = true; res.reports.push_back(std::move(r)); return true; }
+   const QSet<QString> * pListed = (! ctx.bCustomListed ? nullptr
+                                    : ((iFolder == ctx.iCustomInclude) ? & ctx.customIncludeNames : & ctx.customSrcNames));
+   if (userFileThere(iFolder, sName, r.path, pListed)) { r.bKept = true; res.reports.push_back(std::move(r)); return true; }
    if (! parser) { res.result = zy::ZyBool(false, "No template parser defined to create file : " + r.path); return false; }
    if (parser->textList().size() != parser->actionList().size()) { res.result = zy::ZyBool(false, "Invalid template parser to create file : " + r.path); return false; }
    const QString sRefused = readOld(iFolder, sName, r.path, r.oldText, r.bExists);
    if (! sRefused.isEmpty()) { res.result = zy::ZyBool(false, sRefused); return false; }
+   if (r.bExists) { r.oldText.clear(); r.bKept = true; res.reports.push_back(std::move(r)); return true; }
    r.newText = generateText(project, item, parser);
    const QString sPath = r.path;
    if (! putNew(iFolder, sName, std::move(r), ctx, res)) { res.result = zy::ZyBool(false, "An error occurred opening file : " + sPath); return false; }
@@ -263,6 +272,8 @@ bool cpp_builder::prepareItems(item_context & ctx, const QString & sExportDir)
    {
       ctx.iCustomInclude = ctx.pFolders->open(QStringLiteral("custom/include"));
       ctx.iCustomSrc = ctx.pFolders->open(QStringLiteral("custom/src"));
+      ctx.bCustomListed = ((ctx.iCustomInclude != ctx.iCustomSrc) && tools::export_folders::presentNames(ctx.iCustomInclude, ctx.customIncludeNames)
+                           && tools::export_folders::presentNames(ctx.iCustomSrc, ctx.customSrcNames));
    }
    return true;
 }

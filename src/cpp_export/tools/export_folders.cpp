@@ -3,11 +3,13 @@
 #include <QFile>
 #include <QStringList>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 
 namespace tools {
 
@@ -61,6 +63,32 @@ int export_folders::open(const QString & relative)
    return fd;
 }
 
+bool export_folders::presentNames(int iFolder, QSet<QString> & names)
+{
+   names.clear();
+   if (iFolder < 0) { return false; }
+   // A handle of its own: the listing moves its position, which a duplicate would share.
+   int fd = -1;
+   do { fd = ::openat(iFolder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC); } while ((fd < 0) && (errno == EINTR));
+   if (fd < 0) { return false; }
+   DIR * pDir = ::fdopendir(fd);
+   if (! pDir) { ::close(fd); return false; }
+   // Bounded by the folder's entries.
+   while (const dirent * pEntry = ::readdir(pDir))
+   {
+      const char * szName = pEntry->d_name;
+      if ((::strcmp(szName, ".") == 0) || (::strcmp(szName, "..") == 0)) { continue; }
+      if ((pEntry->d_type == DT_LNK) || (pEntry->d_type == DT_UNKNOWN))
+      {
+         struct stat st;
+         if (::fstatat(iFolder, szName, & st, 0) != 0) { continue; }
+      }
+      names.insert(QFile::decodeName(szName));
+   }
+   ::closedir(pDir);
+   return true;
+}
+
 export_folders::outcome export_folders::read(int iFolder, const QString & name, QByteArray & bytes)
 {
    bytes.clear();
@@ -70,17 +98,19 @@ export_folders::outcome export_folders::read(int iFolder, const QString & name, 
    if (fd < 0) { return ((errno == ENOENT) ? outcome::missing : outcome::fallback); }
    struct stat st;
    if ((::fstat(fd, & st) != 0) || ! S_ISREG(st.st_mode)) { ::close(fd); return outcome::fallback; }
-   // One read for the size the file had; the loop only goes on if it grew meanwhile.
+   // One read for the size the file had, one byte more: a regular file reads short only at its
+   // end, so that read is the last unless the file grew meanwhile.
    qsizetype iUsed = 0;
    bytes.resize(static_cast<qsizetype>(st.st_size) + 1);
    while (true)
    {
-      const ssize_t n = ::read(fd, bytes.data() + iUsed, static_cast<size_t>(bytes.size() - iUsed));
+      const qsizetype iAsked = bytes.size() - iUsed;
+      const ssize_t n = ::read(fd, bytes.data() + iUsed, static_cast<size_t>(iAsked));
       if ((n < 0) && (errno == EINTR)) { continue; }
       if (n < 0) { ::close(fd); bytes.clear(); return outcome::fallback; }
-      if (n == 0) { break; }
       iUsed += n;
-      if (iUsed == bytes.size()) { bytes.resize(bytes.size() * 2); }
+      if ((n == 0) || (n < iAsked)) { break; }
+      bytes.resize(bytes.size() * 2);
    }
    ::close(fd);
    bytes.truncate(iUsed);

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QHash>
+#include <QSet>
 #include <QString>
 
 namespace tools {
@@ -27,6 +28,10 @@ public:
 
    // A single file name: no separator, not "." nor "..", nothing the handle could escape by.
    static bool isPlainName(const QString & name);
+
+   // The names in a folder that stand for something there (a link only when its target exists,
+   // as QFileInfo::exists), read in one pass: false when the folder cannot be listed.
+   static bool presentNames(int iFolder, QSet<QString> & names);
 
    enum class outcome { done, missing, fallback, failed };
    // The bytes of a regular file: done, missing (no such entry), or fallback (anything else).
