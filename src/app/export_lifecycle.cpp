@@ -58,7 +58,7 @@ stale_kind judge(const QString & root, const QString & relPath, const QByteArray
    // The user's own files are never removed.
    if (relPath.startsWith(QLatin1String("custom/"))) { return stale_custom; }
    // A link or a changed text is no longer what the export left there.
-   if (info.isSymLink() || ! info.isFile() || (plugin::export_files::hashOf(diskText(sPath)) != hash)) { return stale_edited; }
+   if (info.isSymLink() || ! info.isFile() || ! plugin::export_files::hasHash(diskText(sPath), hash)) { return stale_edited; }
    return stale_removable;
 }
 
@@ -66,24 +66,42 @@ stale_kind judge(const QString & root, const QString & relPath, const QByteArray
 
 void export_lifecycle::attachRecord(const QString & plugin, plugin::export_files & files, const std::function<void()> & fnOnBegin)
 {
+   // The plug-in asks for the fingerprint before it begins, then begin() wants the record: both
+   // come from one read of the project file, kept here in between.
+   struct read_record
+   {
+      QString sKey;
+      bool bHeld = false;
+      zy::ZyBool ok = zy::ZyBool(true);
+      plugin::export_files::recorded_files files;
+      QByteArray fingerprint;
+   };
+   auto pHeld = std::make_shared<read_record>();
+   auto readInto = [plugin](const QString & recordKey, read_record & r)
+   {
+      r = read_record();
+      r.sKey = recordKey;
+      r.bHeld = true;
+      QSqlDatabase db = context::ctx_project::getDatabase();
+      if (recordKey.isEmpty() || ! db.isValid()) { r.ok = zy::ZyBool(false, "no project file"); return; }
+      r.ok = storage::export_record::read(db, plugin, recordKey, r.files, & r.fingerprint);
+   };
    // The reader belongs to files: the pointer lives as long as it.
    plugin::export_files * pFiles = & files;
-   files.setRecordReader([plugin, fnOnBegin, pFiles](const QString & recordKey, plugin::export_files::recorded_files & result)
+   files.setRecordReader([fnOnBegin, pFiles, pHeld, readInto](const QString & recordKey, plugin::export_files::recorded_files & result)
    {
       if (fnOnBegin) { fnOnBegin(); }
-      QSqlDatabase db = context::ctx_project::getDatabase();
-      if (recordKey.isEmpty() || ! db.isValid()) { return zy::ZyBool(false, "no project file"); }
-      QByteArray fingerprint;
-      const zy::ZyBool ok = storage::export_record::read(db, plugin, recordKey, result, & fingerprint);
-      pFiles->setPreviousFingerprint(fingerprint);
-      return ok;
+      if (! pHeld->bHeld || (pHeld->sKey != recordKey)) { readInto(recordKey, * pHeld); }
+      read_record r = std::move(* pHeld);
+      * pHeld = read_record();
+      result = std::move(r.files);
+      pFiles->setPreviousFingerprint(r.ok.getValue() ? r.fingerprint : QByteArray());
+      return r.ok;
    });
-   files.setFingerprintReader([plugin](const QString & recordKey)
+   files.setFingerprintReader([pHeld, readInto](const QString & recordKey)
    {
-      QSqlDatabase db = context::ctx_project::getDatabase();
-      QByteArray fingerprint;
-      if (recordKey.isEmpty() || ! db.isValid() || ! storage::export_record::readFingerprint(db, plugin, recordKey, fingerprint)) { return QByteArray(); }
-      return fingerprint;
+      if (! pHeld->bHeld || (pHeld->sKey != recordKey)) { readInto(recordKey, * pHeld); }
+      return (pHeld->ok.getValue() ? pHeld->fingerprint : QByteArray());
    });
 }
 

@@ -5,9 +5,14 @@
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
+#include <QFileInfo>
 #include <QSqlDatabase>
+#include <QSqlQuery>
 
 #include <gtest/gtest.h>
+
+#define XXH_INLINE_ALL
+#include <xxhash.h>
 
 #include "gui/plugin/export_files.h"
 #include "storage/export_record.h"
@@ -300,4 +305,66 @@ TEST_F(CliExportFingerprint, ProjectFilesFollowTheSameFingerprint)
    r = test_support::runTavrel({ "export", m_sModel, "--lumor-path", path("lumor2"), "--TavrelCppExport_path=out" });
    EXPECT_EQ(r.code, 0) << text(r);
    EXPECT_FALSE(stillEdited("CMakeLists.txt"));
+}
+
+// A record kept by an older version hashed each text as held in memory (UTF-16). Its hashes
+// still tell an untouched stale file from an edited one, no file is taken on trust by them, and
+// the next record holds hashes of the files' bytes.
+TEST_F(CliExportFingerprint, RecordOfAnOlderVersionIsReadAndReplaced)
+{
+   ASSERT_EQ(run({}).code, 0);
+   ASSERT_TRUE(test_support::writeAll(path("out/include/shop_Gone.gen.h"), "// no longer generated\n"));
+   ASSERT_TRUE(test_support::writeAll(path("out/include/shop_Edited.gen.h"), "// edited since\n"));
+   auto heldTextHash = [](const QString & sText)
+   {
+      const XXH64_hash_t h = XXH3_64bits(sText.constData(), static_cast<size_t>(sText.size()) * sizeof(QChar));
+      return QByteArray::number(static_cast<qulonglong>(h), 16).rightJustified(16, '0');
+   };
+   QSqlDatabase db;
+   ASSERT_TRUE(storage::project_storage::openDatabase(path("shop.tavrel"), db).getValue());
+   storage::export_record::files record;
+   QByteArray fingerprint;
+   ASSERT_TRUE(storage::export_record::read(db, k_szPlugin, outDir(), record, & fingerprint).getValue());
+   ASSERT_FALSE(fingerprint.isEmpty());
+   QByteArray old = QByteArray("2") + '\0' + fingerprint + '\0';
+   for (auto it = record.constBegin(); it != record.constEnd(); ++it)
+   {
+      const QString sText = (it->isEmpty() ? QString() : QString::fromUtf8(test_support::readAll(path("out/" + it.key()))));
+      old += (it->isEmpty() ? QByteArray() : heldTextHash(sText)) + '\0' + it.key().toUtf8() + '\0';
+   }
+   old += heldTextHash("// no longer generated\n") + '\0' + "include/shop_Gone.gen.h" + '\0';
+   old += heldTextHash("// as the export left it\n") + '\0' + "include/shop_Edited.gen.h" + '\0';
+   QSqlQuery query(db);
+   ASSERT_TRUE(query.prepare("UPDATE t_export_record SET files = ? WHERE plugin_name = ? AND export_dir = ?"));
+   query.addBindValue(qCompress(old, 1));
+   query.addBindValue(QString(k_szPlugin));
+   query.addBindValue(outDir());
+   ASSERT_TRUE(query.exec());
+   ASSERT_EQ(query.numRowsAffected(), 1);
+   query = QSqlQuery();
+   storage::project_storage::closeDatabase(db);
+
+   QStringList before = test_support::treeState(path("out"));
+   const cli_result r = run({ "--verbose" });
+   ASSERT_EQ(r.code, 0) << text(r);
+   EXPECT_TRUE(r.out.contains("D include/shop_Gone.gen.h")) << text(r);
+   EXPECT_TRUE((r.out + r.err).contains("include/shop_Edited.gen.h : no longer generated but changed since the last export, kept")) << text(r);
+   EXPECT_FALSE(QFileInfo::exists(path("out/include/shop_Gone.gen.h")));
+   // Nothing else was written: the files did not change, only their record's kind.
+   before.removeIf([](const QString & sLine) { return sLine.startsWith("include/shop_Gone.gen.h|"); });
+   EXPECT_EQ(test_support::treeState(path("out")).join("\n").toStdString(), before.join("\n").toStdString());
+
+   // The new record: every hash is that of the file's bytes, and the next export trusts it.
+   record.clear();
+   editRecord([&](storage::export_record::files & r2, QByteArray &) { record = r2; });
+   EXPECT_FALSE(record.contains("include/shop_Gone.gen.h"));
+   for (auto it = record.constBegin(); it != record.constEnd(); ++it)
+   {
+      if (it->isEmpty()) { continue; }
+      EXPECT_EQ(* it, plugin::export_files::hashOfBytes(test_support::readAll(path("out/" + it.key())))) << it.key().toStdString();
+   }
+   const QString sRel = customerHeader();
+   editBehindTheRecord(sRel);
+   EXPECT_EQ(run({}).code, 0);
+   EXPECT_TRUE(stillEdited(sRel));
 }

@@ -113,3 +113,25 @@ TEST(ExportFiles, ReportedPathsAreCleanedOnlyWhereTheyHoldAStepToFold)
    EXPECT_EQ(files.files().at(6).path, k_sRoot + "/include/f.h");
    EXPECT_EQ(files.files().at(8).path, k_sRoot + "/include");
 }
+
+TEST(ExportFiles, HashIsOfTheBytesWrittenAndAnOlderKindStillTells)
+{
+   const QString sText = QString::fromUtf8("caf\xc3\xa9 \xe2\x82\xac\n");
+   EXPECT_EQ(export_files::hashOf(sText), export_files::hashOfBytes(sText.toUtf8()));
+   EXPECT_NE(export_files::hashOf(sText), export_files::hashOf(sText + " "));
+   EXPECT_EQ(export_files::hashOf(sText).size(), 16);
+   EXPECT_TRUE(export_files::hasHash(sText, export_files::hashOf(sText)));
+   EXPECT_FALSE(export_files::hasHash(sText + "x", export_files::hashOf(sText)));
+   // A hash of an older record: of the text's UTF-16 units, marked as such.
+   export_files files;
+   beginWithRecord(files, { { "include/tree.gen.h", "u16:0123456789abcdef" } });
+   EXPECT_FALSE(export_files::hasHash(sText, "u16:0123456789abcdef"));
+   EXPECT_FALSE(export_files::hasHash(sText, export_files::hashOf(sText).prepend("u16:")));
+   // An unchanged file recorded with such a hash gets one of its bytes.
+   EXPECT_FALSE(files.report(k_sRoot + "/include/tree.gen.h", true, sText, sText, true));
+   ASSERT_EQ(files.files().size(), 1);
+   EXPECT_EQ(files.files().at(0).hash, export_files::hashOf(sText));
+   // A hash handed over by the plug-in is taken as it is.
+   EXPECT_TRUE(files.report(k_sRoot + "/src/tree.gen.cpp", false, QString(), sText, false, "00000000000000bb"));
+   EXPECT_EQ(files.files().at(1).hash, QByteArray("00000000000000bb"));
+}

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <QSqlError>
 #include <QSqlQuery>
 #include <QTemporaryDir>
 
@@ -145,4 +146,34 @@ TEST_F(StorageExportRecord, FingerprintAloneReadsWhatTheWholeRecordHolds)
    ASSERT_TRUE(export_record::write(m_db, "TavrelCppExport", "/tmp/out", recordOf(40, "a")).getValue());
    ASSERT_TRUE(export_record::readFingerprint(m_db, "TavrelCppExport", "/tmp/out", fingerprint).getValue());
    EXPECT_TRUE(fingerprint.isEmpty());
+}
+
+// A record of an older version: its hashes were of the text as held in memory, and read back
+// marked so; written again it is of the current kind.
+TEST_F(StorageExportRecord, OlderRecordsReadWithTheirHashesMarked)
+{
+   for (bool bFingerprint : { false, true })
+   {
+      QByteArray old = (bFingerprint ? QByteArray("2") + '\0' + "00ff" + '\0' : QByteArray("1") + '\0');
+      old += QByteArray("0123456789abcdef") + '\0' + "include/a.gen.h" + '\0' + QByteArray() + '\0' + "custom/a.h" + '\0';
+      QSqlQuery query(m_db);
+      ASSERT_TRUE(query.prepare("INSERT OR REPLACE INTO t_export_record (plugin_name, export_dir, files) VALUES (?, ?, ?)"));
+      query.addBindValue(QString("TavrelCppExport"));
+      query.addBindValue(QString("/tmp/out"));
+      query.addBindValue(qCompress(old, 1));
+      ASSERT_TRUE(query.exec()) << query.lastError().text().toStdString();
+      export_record::files read;
+      QByteArray fingerprint;
+      ASSERT_TRUE(export_record::read(m_db, "TavrelCppExport", "/tmp/out", read, & fingerprint).getValue());
+      EXPECT_EQ(read, export_record::files({ { "include/a.gen.h", "u16:0123456789abcdef" }, { "custom/a.h", "" } })) << bFingerprint;
+      EXPECT_EQ(fingerprint, (bFingerprint ? QByteArray("00ff") : QByteArray()));
+      QByteArray alone("x");
+      ASSERT_TRUE(export_record::readFingerprint(m_db, "TavrelCppExport", "/tmp/out", alone).getValue());
+      EXPECT_EQ(alone, fingerprint);
+      // Written back and read again, the marks stay: they still say what the hash is of.
+      ASSERT_TRUE(export_record::write(m_db, "TavrelCppExport", "/tmp/out", read, fingerprint).getValue());
+      export_record::files again;
+      ASSERT_TRUE(export_record::read(m_db, "TavrelCppExport", "/tmp/out", again).getValue());
+      EXPECT_EQ(again, read);
+   }
 }

@@ -10,11 +10,13 @@ namespace storage {
 
 namespace {
 
-// The row's value: "1", then hash and path (UTF-8) of each file, all ended by NUL, which no
-// path holds; compressed, as the paths repeat their folders. With a fingerprint: "2", the
-// fingerprint, then the same pairs (a program that only knows "1" reads no record).
-const char k_szFormat[] = "1";
+// The row's value: a format mark, then the fingerprint, then hash and path (UTF-8) of each
+// file, all ended by NUL, which no path holds; compressed, as the paths repeat their folders.
+// "3": the hashes are of the files' bytes. Older versions wrote "1" (no fingerprint) and "2",
+// whose hashes were of the text as held in memory: read, those are marked as such.
+const char k_szFormatNoFingerprint[] = "1";
 const char k_szFormatWithFingerprint[] = "2";
+const char k_szFormat[] = "3";
 
 zy::ZyBool failed(const QString & sWhat, const QSqlQuery & query)
 {
@@ -24,12 +26,8 @@ zy::ZyBool failed(const QString & sWhat, const QSqlQuery & query)
 QByteArray encode(const export_record::files & record, const QByteArray & fingerprint)
 {
    QByteArray bytes(k_szFormat, sizeof(k_szFormat));
-   if (! fingerprint.isEmpty() && ! fingerprint.contains('\0'))
-   {
-      bytes = QByteArray(k_szFormatWithFingerprint, sizeof(k_szFormatWithFingerprint));
-      bytes += fingerprint;
-      bytes += '\0';
-   }
+   if (! fingerprint.contains('\0')) { bytes += fingerprint; }
+   bytes += '\0';
    for (auto it = record.constBegin(); it != record.constEnd(); ++it)
    {
       bytes += it.value();
@@ -48,24 +46,31 @@ export_record::files decode(const QByteArray & value, QByteArray & fingerprint)
    export_record::files record;
    fingerprint.clear();
    const QByteArray bytes = qUncompress(value);
-   qsizetype iHead = qsizetype(sizeof(k_szFormat));
-   if (bytes.startsWith(QByteArrayView(k_szFormatWithFingerprint, iHead)))
+   const qsizetype iMark = qsizetype(sizeof(k_szFormat));
+   const QByteArrayView mark(bytes.constData(), qMin(iMark, bytes.size()));
+   const bool bCurrent = (mark == QByteArrayView(k_szFormat, iMark));
+   const bool bHeldText = ((mark == QByteArrayView(k_szFormatWithFingerprint, iMark)) || (mark == QByteArrayView(k_szFormatNoFingerprint, iMark)));
+   if (! bCurrent && ! bHeldText) { return record; }
+   qsizetype iHead = iMark;
+   if (mark != QByteArrayView(k_szFormatNoFingerprint, iMark))
    {
       const qsizetype iEnd = bytes.indexOf('\0', iHead);
       if (iEnd < 0) { return record; }
       fingerprint = bytes.mid(iHead, iEnd - iHead);
       iHead = iEnd + 1;
    }
-   else if (! bytes.startsWith(QByteArrayView(k_szFormat, iHead))) { return record; }
    if (bytes.size() == iHead) { return record; }
    if (! bytes.endsWith('\0')) { fingerprint.clear(); return record; }
+   const QByteArray prefix = (bHeldText ? QByteArray(export_record::k_szHeldTextHash) : QByteArray());
    // Read in place: pairs of NUL-ended hash and path.
    for (qsizetype iAt = iHead; iAt < bytes.size();)
    {
       const qsizetype iHashEnd = bytes.indexOf('\0', iAt);
       const qsizetype iPathEnd = ((iHashEnd < 0) ? -1 : bytes.indexOf('\0', iHashEnd + 1));
       if (iPathEnd < 0) { fingerprint.clear(); return export_record::files(); }
-      record.insert(QString::fromUtf8(bytes.constData() + iHashEnd + 1, iPathEnd - iHashEnd - 1), bytes.mid(iAt, iHashEnd - iAt));
+      QByteArray hash = bytes.mid(iAt, iHashEnd - iAt);
+      if (bHeldText && ! hash.isEmpty() && ! hash.startsWith(prefix)) { hash.prepend(prefix); }
+      record.insert(QString::fromUtf8(bytes.constData() + iHashEnd + 1, iPathEnd - iHashEnd - 1), hash);
       iAt = iPathEnd + 1;
    }
    return record;
@@ -107,8 +112,9 @@ zy::ZyBool export_record::readFingerprint(QSqlDatabase & db, const QString & plu
    if (! ok.getValue() || ! bFound) { return ok; }
    // A record that does not read back whole has no fingerprint either.
    const QByteArray bytes = qUncompress(stored);
-   const qsizetype iHead = qsizetype(sizeof(k_szFormatWithFingerprint));
-   if (! bytes.startsWith(QByteArrayView(k_szFormatWithFingerprint, iHead)) || ! bytes.endsWith('\0')) { return zy::ZyBool(true); }
+   const qsizetype iHead = qsizetype(sizeof(k_szFormat));
+   const bool bMarked = (bytes.startsWith(QByteArrayView(k_szFormat, iHead)) || bytes.startsWith(QByteArrayView(k_szFormatWithFingerprint, iHead)));
+   if (! bMarked || ! bytes.endsWith('\0')) { return zy::ZyBool(true); }
    const qsizetype iEnd = bytes.indexOf('\0', iHead);
    if (iEnd > iHead) { fingerprint = bytes.mid(iHead, iEnd - iHead); }
    return zy::ZyBool(true);

@@ -18,6 +18,9 @@ class TAVRELCORE_EXPORT export_record
 public:
    // Relative path (with '/') to the hash of its text.
    typedef QHash<QString, QByteArray> files;
+   // Marks a hash read from a record of an older version, made from the text as held in memory
+   // (UTF-16) rather than from its bytes.
+   static constexpr char k_szHeldTextHash[] = "u16:";
 
    // The record of plug-in into exportDir (absolute); empty when there is none. pFingerprint,
    // when given, gets the fingerprint stored with it (empty when none was).

@@ -161,6 +161,7 @@ private:
       bool bSame = false;
       bool bKept = false;    // a user's file that exists: reported as kept, never written
       bool bWritten = false; // written by the worker (a stopped export writes no more)
+      QByteArray hash;       // of newText, when the worker wrote it
    };
    // What exporting one item did on whichever thread: handed on to the host in model order.
    struct item_outcome

@@ -103,8 +103,8 @@ bool cpp_builder::stillRecorded(int iFolder, const QString & sName, const QStrin
    if ((it == ctx.pTrusted->constEnd()) || it->isEmpty()) { return false; }
    QByteArray bytes;
    if (tools::export_folders::read(iFolder, sName, bytes) != tools::export_folders::outcome::done) { return false; }
-   // The hash the record keeps is of the text as the export reads it back.
-   return (export_files::hashOf(tools::decodeText(std::move(bytes))) == * it);
+   // The record keeps the hash of the bytes the export wrote: the file is not even decoded.
+   return (export_files::hashOfBytes(bytes) == * it);
 }
 
 bool cpp_builder::stillRecorded(const QString & sPath) const
@@ -135,7 +135,7 @@ bool cpp_builder::putNew(int iFolder, const QString & sName, file_report && r, c
       const QByteArray data = encoder.encode(f.newText);
       int iError = 0;
       const tools::export_folders::outcome e = tools::export_folders::create(iFolder, sName, data, iError);
-      if (e == tools::export_folders::outcome::done) { f.bWritten = true; return true; }
+      if (e == tools::export_folders::outcome::done) { f.bWritten = true; f.hash = export_files::hashOfBytes(data); return true; }
       if (e == tools::export_folders::outcome::failed)
       {
          res.sReason = QString::fromLocal8Bit(std::strerror(iError)) + " : " + QDir::toNativeSeparators(f.path);
@@ -143,6 +143,7 @@ bool cpp_builder::putNew(int iFolder, const QString & sName, file_report && r, c
       }
    }
    f.bWritten = writeFile(f.path, f.newText, & res.sReason);
+   if (f.bWritten) { f.hash = export_files::hashOf(f.newText); }
    return f.bWritten;
 }
 
@@ -232,7 +233,7 @@ zy::ZyBool cpp_builder::replayItem(item_outcome & res, const item_context & ctx)
    {
       if (! pFiles) { continue; }
       if (r.bKept) { pFiles->reportKept(r.path); }
-      else if (r.bWritten) { pFiles->reportWritten(r.path, r.bExists, r.oldText, r.newText); }
+      else if (r.bWritten) { pFiles->reportWritten(r.path, r.bExists, r.oldText, r.newText, r.hash); }
       else { pFiles->report(r.path, r.bExists, r.oldText, r.newText, r.bSame); }
    }
    if (! res.result)

@@ -1,8 +1,12 @@
 #include "gui/plugin/export_files.h"
 
+#include <cstring>
+
 #include <QDir>
 
 #include <xxhash.h>
+
+#include "storage/export_record.h"
 
 namespace plugin {
 
@@ -65,18 +69,20 @@ QString export_files::relativePath(const QString & path) const
    return (path.startsWith(m_sRootPrefix) ? path.mid(m_sRootPrefix.size()) : QDir(m_sRoot).relativeFilePath(path));
 }
 
-bool export_files::report(const QString & path, bool bExists, const QString & oldText, const QString & newText, bool bSame)
+bool export_files::report(const QString & path, bool bExists, const QString & oldText, const QString & newText, bool bSame,
+                          const QByteArray & newHash)
 {
    if (m_bStopped) { return false; }
-   return append(path, bExists, oldText, newText, bSame);
+   return append(path, bExists, oldText, newText, bSame, newHash);
 }
 
-void export_files::reportWritten(const QString & path, bool bExists, const QString & oldText, const QString & newText)
+void export_files::reportWritten(const QString & path, bool bExists, const QString & oldText, const QString & newText, const QByteArray & newHash)
 {
-   append(path, bExists, oldText, newText, false);
+   append(path, bExists, oldText, newText, false, newHash);
 }
 
-bool export_files::append(const QString & path, bool bExists, const QString & oldText, const QString & newText, bool bSame)
+bool export_files::append(const QString & path, bool bExists, const QString & oldText, const QString & newText, bool bSame,
+                          const QByteArray & newHash)
 {
    file f;
    f.path = cleanPathOf(path);
@@ -84,14 +90,16 @@ bool export_files::append(const QString & path, bool bExists, const QString & ol
    // A dry run records nothing, so it needs no hash.
    if (! m_bDryRun)
    {
-      if (f.status != status_unchanged) { f.hash = hashOf(newText); }
+      if (f.status != status_unchanged) { f.hash = (newHash.isEmpty() ? hashOf(newText) : newHash); }
       else
       {
          // An unchanged file still holds what the last export left there (banner included), so its
          // recorded hash stands. A user's edit that happens to match the new text keeps the old
          // hash: at worst the file is kept rather than removed once it goes stale.
+         // A hash of an older kind is made anew, so that the next export can check the file.
          const auto it = m_hashPrevious.constFind(relativePath(f.path));
-         f.hash = (((it != m_hashPrevious.constEnd()) && ! it->isEmpty()) ? * it : hashOf(oldText));
+         const bool bRecorded = ((it != m_hashPrevious.constEnd()) && ! it->isEmpty() && ! it->startsWith(storage::export_record::k_szHeldTextHash));
+         f.hash = (bRecorded ? * it : hashOf(oldText));
       }
    }
    if (m_bKeepTexts && (f.status != status_unchanged)) { f.oldText = oldText; f.newText = newText; }
@@ -128,12 +136,29 @@ void export_files::clear()
    m_previousRead = zy::ZyBool(false, "no record was read");
 }
 
-QByteArray export_files::hashOf(const QString & text)
+namespace {
+
+QByteArray hexOf(XXH64_hash_t h) { return QByteArray::number(static_cast<qulonglong>(h), 16).rightJustified(16, '0'); }
+
+} // namespace
+
+QByteArray export_files::hashOfBytes(QByteArrayView bytes)
 {
-   // A fast hash of the text as it is held: it only tells whether the user changed a file since
-   // the export wrote it, and it costs an export of thousands of files next to nothing.
-   const XXH64_hash_t h = XXH3_64bits(text.constData(), static_cast<size_t>(text.size()) * sizeof(QChar));
-   return QByteArray::number(static_cast<qulonglong>(h), 16).rightJustified(16, '0');
+   // A fast hash: it only tells whether the user changed a file since the export wrote it, and
+   // it costs an export of thousands of files next to nothing.
+   return hexOf(XXH3_64bits(bytes.data(), static_cast<size_t>(bytes.size())));
+}
+
+QByteArray export_files::hashOf(const QString & text) { return hashOfBytes(text.toUtf8()); }
+
+bool export_files::hasHash(const QString & text, const QByteArray & recorded)
+{
+   if (recorded.startsWith(storage::export_record::k_szHeldTextHash))
+   {
+      const XXH64_hash_t h = XXH3_64bits(text.constData(), static_cast<size_t>(text.size()) * sizeof(QChar));
+      return (recorded.mid(qsizetype(::strlen(storage::export_record::k_szHeldTextHash))) == hexOf(h));
+   }
+   return (hashOf(text) == recorded);
 }
 
 } // namespace plugin

@@ -57,7 +57,7 @@ private:
    QByteArray m_previousFingerprint;
    zy::ZyBool m_previousRead = zy::ZyBool(false, "no record was read");
 
-   bool append(const QString & path, bool bExists, const QString & oldText, const QString & newText, bool bSame);
+   bool append(const QString & path, bool bExists, const QString & oldText, const QString & newText, bool bSame, const QByteArray & newHash);
 
 public:
    void setDryRun(bool b) { m_bDryRun = b; }
@@ -70,7 +70,9 @@ public:
    bool isStopped() const { return m_bStopped; }
    // A file the plug-in wrote before it saw the stop: listed whatever the state, so the record
    // says what is on disk.
-   void reportWritten(const QString & path, bool bExists, const QString & oldText, const QString & newText);
+   // newHash, when the plug-in has it, is hashOf(newText) (a worker thread that encoded the text
+   // anyway computes it there).
+   void reportWritten(const QString & path, bool bExists, const QString & oldText, const QString & newText, const QByteArray & newHash = QByteArray());
 
    // Called by the plug-in when it starts writing into root. ignoredLine is a regular expression
    // of the lines its rewrite rule does not count as a change (a dated banner), or empty.
@@ -84,7 +86,8 @@ public:
 
    // One generated file: its text on disk (empty when absent), the text generated, and whether
    // the plug-in takes them as the same. Returns true when the plug-in should write the file.
-   bool report(const QString & path, bool bExists, const QString & oldText, const QString & newText, bool bSame);
+   bool report(const QString & path, bool bExists, const QString & oldText, const QString & newText, bool bSame,
+               const QByteArray & newHash = QByteArray());
 
    // A file the export still produces but leaves to the user once it exists (no hash).
    void reportKept(const QString & path);
@@ -121,8 +124,13 @@ public:
    const QStringList & inputs() const { return m_lstInputs; }
    void clear();
 
-   // The hash recorded for a file's text (the same whoever computes it).
+   // The hash recorded for a file's text (the same whoever computes it): that of its bytes as
+   // written (UTF-8), so that a file on disk is checked without decoding it.
    static QByteArray hashOf(const QString & text);
+   static QByteArray hashOfBytes(QByteArrayView bytes);
+   // Whether a text is the one a recorded hash stands for; a record kept by an older version
+   // hashed the text as held in memory, and its hashes are marked so.
+   static bool hasHash(const QString & text, const QByteArray & recorded);
 };
 
 } // namespace plugin
