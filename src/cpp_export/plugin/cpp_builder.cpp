@@ -142,8 +142,9 @@ bool cpp_builder::checkModel(model::project & project, const QString & sExportDi
    export_files * pFiles = m_pCppExport->getExportFiles();
    if (pFiles && ! m_pCppExport->getCustomScript())
    {
-      m_itemFingerprint = itemFingerprint(project, itemParsers());
-      const QByteArray recorded = pFiles->recordedFingerprint(sExportDir);
+      // The record is read from the project file while the model is hashed.
+      QByteArray recorded;
+      m_itemFingerprint = itemFingerprint(project, itemParsers(), [&] { recorded = pFiles->recordedFingerprint(sExportDir); });
       // Recorded only after a complete export of a model without problems: the same fingerprint
       // is the same model, with none.
       if (! recorded.isEmpty() && (recorded == m_itemFingerprint)) { m_bModelClean = true; return true; }

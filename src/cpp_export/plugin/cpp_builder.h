@@ -5,6 +5,7 @@
 #include <QString>
 #include <QVariant>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -91,8 +92,10 @@ public:
    // Whether a generated text shows its dated banner line where isSame compares.
    static bool datedWhereCompared(QStringView text);
    // What the entity and enumeration files of an export are made from: the model, the plug-in's
-   // settings and build, the Lumor path and the given templates.
-   QByteArray itemFingerprint(const model::project & project, const std::vector<parser_ptr> & lstParsers) const;
+   // settings and build, the Lumor path and the given templates. fnMeanwhile runs on this thread
+   // while other threads hash the model.
+   QByteArray itemFingerprint(const model::project & project, const std::vector<parser_ptr> & lstParsers,
+                              const std::function<void()> & fnMeanwhile = std::function<void()>()) const;
    QString getLumorPath(bool bForceCheck, bool bWithPwdPrefix) const;
 
    cpp_export * getPlugin() const { return m_pCppExport; }

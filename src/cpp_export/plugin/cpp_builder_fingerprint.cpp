@@ -10,6 +10,8 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <atomic>
+#include <functional>
 #include <thread>
 #include <vector>
 
@@ -70,9 +72,10 @@ void addOwnBuild(fingerprint_hash & h)
    h.add(static_cast<qint64>(st.st_ino));
 }
 
-// The model item by item, each item's text hashed on one of the export's threads (the text of
-// a large model costs more than reading its files), then the hashes in model order.
-void addModel(fingerprint_hash & h, const model::project & project, int iThreads)
+// The model item by item, each item's text hashed on the export's threads (the text of a large
+// model costs more than reading its files), then the hashes in model order. This thread first
+// does fnMeanwhile (what must run here, such as reading the project file), then joins in.
+void addModel(fingerprint_hash & h, const model::project & project, int iThreads, const std::function<void()> & fnMeanwhile)
 {
    std::vector<const model::entity *> lstEntities;
    std::vector<const model::enumeration *> lstEnums;
@@ -80,21 +83,27 @@ void addModel(fingerprint_hash & h, const model::project & project, int iThreads
    if (project.getListOfAllEnums()) { for (const model::enumeration_ptr & p : * project.getListOfAllEnums()) { if (p) { lstEnums.push_back(p.get()); } } }
    const std::size_t n = lstEntities.size() + lstEnums.size();
    std::vector<XXH128_hash_t> lstHashes(n);
-   auto hashRange = [&](std::size_t iFrom, std::size_t iTo)
+   // Items are taken a run at a time by whichever thread is free.
+   const std::size_t iRun = 32;
+   std::atomic<std::size_t> iNext { 0 };
+   auto hashRuns = [&]
    {
-      for (std::size_t i = iFrom; i < iTo; ++i)
+      for (std::size_t iFrom = iNext.fetch_add(iRun); iFrom < n; iFrom = iNext.fetch_add(iRun))
       {
-         const QByteArray text = ((i < lstEntities.size()) ? storage::json_write::itemText(* lstEntities[i])
-                                                            : storage::json_write::itemText(* lstEnums[i - lstEntities.size()]));
-         lstHashes[i] = XXH3_128bits(text.constData(), static_cast<std::size_t>(text.size()));
+         for (std::size_t i = iFrom; i < std::min(n, iFrom + iRun); ++i)
+         {
+            const QByteArray text = ((i < lstEntities.size()) ? storage::json_write::itemText(* lstEntities[i])
+                                                               : storage::json_write::itemText(* lstEnums[i - lstEntities.size()]));
+            lstHashes[i] = XXH3_128bits(text.constData(), static_cast<std::size_t>(text.size()));
+         }
       }
    };
    // Small models are not worth a thread.
-   const std::size_t iWorkers = ((n < 256) ? 1 : std::min<std::size_t>(static_cast<std::size_t>(std::max(1, iThreads)), 16));
+   const std::size_t iWorkers = ((n < 256) ? 0 : std::min<std::size_t>(static_cast<std::size_t>(std::max(1, iThreads)), 16));
    std::vector<std::thread> lstThreads;
-   const std::size_t iChunk = (n + iWorkers - 1) / std::max<std::size_t>(iWorkers, 1);
-   for (std::size_t t = 1; t < iWorkers; ++t) { lstThreads.emplace_back(hashRange, std::min(n, t * iChunk), std::min(n, (t + 1) * iChunk)); }
-   hashRange(0, std::min(n, iChunk));
+   for (std::size_t t = 0; t < iWorkers; ++t) { lstThreads.emplace_back(hashRuns); }
+   if (fnMeanwhile) { fnMeanwhile(); }
+   hashRuns();
    for (std::thread & t : lstThreads) { t.join(); }
    h.add(project.getName());
    h.add(static_cast<qint64>(lstEntities.size()));
@@ -110,7 +119,8 @@ void addParser(fingerprint_hash & h, const cpp_builder::parser_ptr & parser)
 
 } // namespace
 
-QByteArray cpp_builder::itemFingerprint(const model::project & project, const std::vector<parser_ptr> & lstParsers) const
+QByteArray cpp_builder::itemFingerprint(const model::project & project, const std::vector<parser_ptr> & lstParsers,
+                                        const std::function<void()> & fnMeanwhile) const
 {
    fingerprint_hash h;
    h.add(QByteArray("tavrel C++ export items 1"));
@@ -133,7 +143,7 @@ QByteArray cpp_builder::itemFingerprint(const model::project & project, const st
    h.add(getLumorPath(true, false));
    // The templates' texts themselves: a custom template edited on disk changes them.
    for (const parser_ptr & parser : lstParsers) { addParser(h, parser); }
-   addModel(h, project, exportThreads());
+   addModel(h, project, exportThreads(), fnMeanwhile);
    return h.result();
 }
 
