@@ -2,6 +2,7 @@
 
 #include <QBuffer>
 
+#include <charconv>
 #include <cstring>
 
 #include <QList>
@@ -159,16 +160,24 @@ QByteArray scalar(const QVariant & v)
    }
 }
 
-// Fields of one JSON object, written in the order they are added, straight into its text: on one
-// line ("{a, b}") or, given an indent, one field per line.
+void appendNumber(text_out & out, qint64 i)
+{
+   char buf[24];
+   const std::to_chars_result r = std::to_chars(buf, buf + sizeof(buf), i);
+   out.append(QByteArrayView(buf, r.ptr - buf));
+}
+
+// Fields of one JSON object, written in the order they are added straight into the text of the
+// whole item (a nested object goes in place, not through a text of its own): on one line
+// ("{a, b}") or, given an indent, one field per line.
 class object_writer
 {
-   text_out m_out { 256 };
+   text_out & m_out;
    const QByteArray * m_pIndent = nullptr;
    bool m_bEmpty = true;
 
-   // The separator before a field, and its indent.
-   void next()
+   // The separator before a field, its indent and its key.
+   void next(const char * szKey)
    {
       if (m_pIndent)
       {
@@ -177,51 +186,53 @@ class object_writer
       }
       else if (! m_bEmpty) { m_out.append(", "); }
       m_bEmpty = false;
+      appendKey(m_out, szKey);
    }
 
 public:
-   explicit object_writer(const QByteArray * pIndent = nullptr) : m_pIndent(pIndent)
+   object_writer(text_out & out, const QByteArray * pIndent = nullptr) : m_out(out), m_pIndent(pIndent)
    {
       m_out.append(pIndent ? "{\n" : "{");
    }
 
    // Each returns the writer, so that a run of fields reads as one statement.
-   object_writer & add(const char * szKey, QByteArrayView value)
-   {
-      next();
-      appendKey(m_out, szKey);
-      m_out.append(value);
-      return (* this);
-   }
-   object_writer & addQuotedKey(QByteArrayView quotedKey, QByteArrayView value) { next(); m_out.append(quotedKey).append(": ").append(value); return (* this); }
-   object_writer & addString(const char * szKey, const QString & s)
-   {
-      next();
-      appendKey(m_out, szKey);
-      appendQuoted(m_out, s);
-      return (* this);
-   }
+   object_writer & add(const char * szKey, QByteArrayView value) { next(szKey); m_out.append(value); return (* this); }
+   // A value that writes itself into the text (an array, a nested object).
+   template <typename F>
+   object_writer & addWritten(const char * szKey, F fnWrite) { next(szKey); fnWrite(m_out); return (* this); }
+   object_writer & addNumber(const char * szKey, qint64 i) { next(szKey); appendNumber(m_out, i); return (* this); }
+   object_writer & addString(const char * szKey, const QString & s) { next(szKey); appendQuoted(m_out, s); return (* this); }
    object_writer & addStringIf(const char * szKey, const QString & s) { return (s.isEmpty() ? (* this) : addString(szKey, s)); }
    object_writer & addBoolIf(const char * szKey, bool b, bool bDefault) { return ((b == bDefault) ? (* this) : add(szKey, b ? "true" : "false")); }
-   object_writer & addNumberIf(const char * szKey, qint64 i) { return ((i == 0) ? (* this) : add(szKey, number(i))); }
+   object_writer & addNumberIf(const char * szKey, qint64 i) { return ((i == 0) ? (* this) : addNumber(szKey, i)); }
    object_writer & addScalarIf(const char * szKey, const QVariant & v) { return ((v.isValid() && ! v.isNull()) ? add(szKey, scalar(v)) : (* this)); }
-   object_writer & addCodeIf(const char * szKey, int i, int iDefault, QString (* pNameOf)(int))
+   // A code by its name, or its number when it has none.
+   object_writer & addCode(const char * szKey, int i, QString (* pNameOf)(int))
    {
-      if (i == iDefault) { return (* this); }
       const QString sName = pNameOf(i);
-      return add(szKey, sName.isEmpty() ? number(i) : quoted(sName));
+      return (sName.isEmpty() ? addNumber(szKey, i) : addString(szKey, sName));
    }
+   object_writer & addCodeIf(const char * szKey, int i, int iDefault, QString (* pNameOf)(int)) { return ((i == iDefault) ? (* this) : addCode(szKey, i, pNameOf)); }
    void addMetaIf(const model::persistable & item)
    {
       const QMap<QString, QString> & map = item.getAllMetaData();
       if (map.isEmpty()) { return; }
-      object_writer meta;
-      for (auto itr = map.constBegin(); itr != map.constEnd(); ++itr) { meta.addQuotedKey(quoted(itr.key()), quoted(itr.value())); }
-      add("meta", meta.text());
+      addWritten("meta", [&map](text_out & out)
+      {
+         out.append('{');
+         for (auto itr = map.constBegin(); itr != map.constEnd(); ++itr)
+         {
+            if (itr != map.constBegin()) { out.append(", "); }
+            appendQuoted(out, itr.key());
+            out.append(": ");
+            appendQuoted(out, itr.value());
+         }
+         out.append('}');
+      });
    }
 
-   // The finished text; the writer is then done.
-   QByteArray text()
+   // Ends the object; the writer is then done.
+   void close()
    {
       if (m_pIndent)
       {
@@ -229,32 +240,33 @@ public:
          m_out.append(* m_pIndent);
       }
       m_out.append('}');
-      return m_out.take();
    }
 };
 
-QByteArray arrayBlock(const QList<QByteArray> & lstItems, const QByteArray & indent)
+// An array of items one per line at indent + 2, each written by fnItem (which skips nothing):
+// "[]" when there is none.
+template <typename List, typename F>
+void appendBlock(text_out & out, const List & lst, qsizetype iCount, const QByteArray & indent, F fnItem)
 {
-   if (lstItems.isEmpty()) { return "[]"; }
-   qsizetype iSize = 4 + indent.size();
-   for (const QByteArray & s : lstItems) { iSize += s.size() + indent.size() + 4; }
-   text_out out(iSize);
+   if (iCount == 0) { out.append("[]"); return; }
    out.append("[\n");
-   for (qsizetype i = 0; i < lstItems.size(); ++i)
+   qsizetype iLeft = iCount;
+   for (const auto & item : lst)
    {
-      out.append(indent).append("  ").append(lstItems.at(i));
-      out.append((i + 1 < lstItems.size()) ? ",\n" : "\n");
+      if (! fnItem(item, nullptr)) { continue; }
+      out.append(indent).append("    ");
+      fnItem(item, & out);
+      out.append((--iLeft > 0) ? ",\n" : "\n");
    }
-   out.append(indent).append(']');
-   return out.take();
+   out.append(indent).append("  ]");
 }
 
-QByteArray propertyText(const model::property & p)
+void writeProperty(text_out & out, const model::property & p)
 {
-   object_writer w;
-   w.add("id", number(p.getId()));
+   object_writer w(out);
+   w.addNumber("id", p.getId());
    w.addString("name", p.getName());
-   model::property_type_ptr pType = p.getType();
+   const model::property_type_ptr pType = p.getType();
    if (pType && ! pType->isFromEnumeration()) { w.addStringIf("type", pType->getPrimitiveType()); }
    w.addStringIf("enumeration", p.getEnumerationKey());
    if (pType)
@@ -264,17 +276,19 @@ QByteArray propertyText(const model::property & p)
       w.addStringIf("default", pType->getDefaultValue());
    }
    w.addBoolIf("primary_key", p.isPrimaryKey(), false);
-   model::relationship_ptr pRelation = p.getRelation();
+   const model::relationship_ptr pRelation = p.getRelation();
    if (pRelation)
    {
-      object_writer r;
-      const QString sKind = codes::relationName(pRelation->getType());
-      r.add("kind", sKind.isEmpty() ? number(pRelation->getType()) : quoted(sKind));
-      r.addString("target", pRelation->getTargetKey());
-      r.addStringIf("foreign_key", pRelation->getForeignKey());
-      r.addStringIf("foreign_key_owner", pRelation->getForeignKeyOwner());
-      r.addStringIf("extra_table", pRelation->getExtraTable());
-      w.add("relation", r.text());
+      w.addWritten("relation", [&pRelation](text_out & o)
+      {
+         object_writer r(o);
+         r.addCode("kind", pRelation->getType(), & codes::relationName);
+         r.addString("target", pRelation->getTargetKey());
+         r.addStringIf("foreign_key", pRelation->getForeignKey());
+         r.addStringIf("foreign_key_owner", pRelation->getForeignKeyOwner());
+         r.addStringIf("extra_table", pRelation->getExtraTable());
+         r.close();
+      });
    }
    w.addStringIf("column", p.getColumnName()).addStringIf("description", p.getDescription()).addNumberIf("version", p.getVersion())
       .addCodeIf("accessibility", p.getAccessibility(), model::property::access_protected, & codes::accessibilityName)
@@ -287,32 +301,47 @@ QByteArray propertyText(const model::property & p)
       .addStringIf("reg_exp", p.getRegExp()).addStringIf("force_sql_type", p.getForceSqlType())
       .addStringIf("force_sql_alias", p.getForceSqlAlias()).addStringIf("format", p.getFormat());
    w.addMetaIf(p);
-   return w.text();
+   w.close();
 }
 
-QByteArray entityText(const model::entity & e, const QByteArray & indent)
+void writeEntity(text_out & out, const model::entity & e, const QByteArray & indent)
 {
-   object_writer w(& indent);
-   w.add("id", number(e.getId())).addString("name", e.getName()).addStringIf("namespace", e.getNamespace())
+   object_writer w(out, & indent);
+   w.addNumber("id", e.getId()).addString("name", e.getName()).addStringIf("namespace", e.getNamespace())
       .addNumberIf("version", e.getVersion()).addStringIf("description", e.getDescription()).addStringIf("table", e.getTableName())
       .addStringIf("parent", e.getParentKey()).addBoolIf("abstract", e.isAbstract(), false).addBoolIf("read_only", e.isReadOnly(), false)
       .addStringIf("soft_delete_column", e.getSoftDeleteColumn()).addStringIf("validator_method", e.getValidatorMethod());
 
-   QList<QByteArray> lstTriggers;
-   for (const QString & sKey : model::triggerKeys(e)) { lstTriggers.append(quoted(sKey)); }
-   if (! lstTriggers.isEmpty()) { w.add("triggers", "[" + lstTriggers.join(", ") + "]"); }
+   const QStringList lstTriggers = model::triggerKeys(e);
+   if (! lstTriggers.isEmpty())
+   {
+      w.addWritten("triggers", [&lstTriggers](text_out & o)
+      {
+         o.append('[');
+         for (qsizetype i = 0; i < lstTriggers.size(); ++i) { if (i > 0) { o.append(", "); } appendQuoted(o, lstTriggers.at(i)); }
+         o.append(']');
+      });
+   }
    w.addMetaIf(e);
 
-   QList<QByteArray> lstProperties;
-   for (const model::property_ptr & p : e.getOwnProperties()) { if (p) { lstProperties.append(propertyText(* p)); } }
-   w.add("properties", arrayBlock(lstProperties, indent + "  "));
-   return w.text();
+   const auto & lstProperties = e.getOwnProperties();
+   qsizetype iCount = 0;
+   for (const model::property_ptr & p : lstProperties) { if (p) { ++iCount; } }
+   w.addWritten("properties", [&](text_out & o)
+   {
+      appendBlock(o, lstProperties, iCount, indent, [](const model::property_ptr & p, text_out * pOut)
+      {
+         if (p && pOut) { writeProperty(* pOut, * p); }
+         return (p != nullptr);
+      });
+   });
+   w.close();
 }
 
-QByteArray enumerationText(const model::enumeration & e, const QByteArray & indent)
+void writeEnumeration(text_out & out, const model::enumeration & e, const QByteArray & indent)
 {
-   object_writer w(& indent);
-   w.add("id", number(e.getId()));
+   object_writer w(out, & indent);
+   w.addNumber("id", e.getId());
    w.addString("name", e.getName());
    w.addStringIf("namespace", e.getNamespace());
    // Only an explicit enum name is written: the default follows the name.
@@ -321,16 +350,36 @@ QByteArray enumerationText(const model::enumeration & e, const QByteArray & inde
    w.addStringIf("description", e.getDescription());
    w.addNumberIf("version", e.getVersion());
    w.addMetaIf(e);
-   QList<QByteArray> lstValues;
-   for (const auto & keyValue : e.getAllKeyValue())
+   const auto & lstValues = e.getAllKeyValue();
+   w.addWritten("values", [&](text_out & o)
    {
-      object_writer v;
-      v.addString("key", keyValue.first);
-      v.addString("value", keyValue.second);
-      lstValues.append(v.text());
-   }
-   w.add("values", arrayBlock(lstValues, indent + "  "));
-   return w.text();
+      appendBlock(o, lstValues, qsizetype(lstValues.size()), indent, [](const auto & keyValue, text_out * pOut)
+      {
+         if (pOut)
+         {
+            object_writer v(* pOut);
+            v.addString("key", keyValue.first);
+            v.addString("value", keyValue.second);
+            v.close();
+         }
+         return true;
+      });
+   });
+   w.close();
+}
+
+QByteArray entityText(const model::entity & e, const QByteArray & indent)
+{
+   text_out out(4096);
+   writeEntity(out, e, indent);
+   return out.take();
+}
+
+QByteArray enumerationText(const model::enumeration & e, const QByteArray & indent)
+{
+   text_out out(1024);
+   writeEnumeration(out, e, indent);
+   return out.take();
 }
 
 } // namespace
