@@ -98,8 +98,8 @@ void addModel(fingerprint_hash & h, const model::project & project, int iThreads
          }
       }
    };
-   // Small models are not worth a thread.
-   const std::size_t iWorkers = ((n < 256) ? 0 : std::min<std::size_t>(static_cast<std::size_t>(std::max(1, iThreads)), 16));
+   // A few items are not worth a thread.
+   const std::size_t iWorkers = ((n < 2 * iRun) ? 0 : std::min<std::size_t>(static_cast<std::size_t>(std::max(1, iThreads)), 16));
    std::vector<std::thread> lstThreads;
    for (std::size_t t = 0; t < iWorkers; ++t) { lstThreads.emplace_back(hashRuns); }
    if (fnMeanwhile) { fnMeanwhile(); }
