@@ -15,6 +15,7 @@
 #include <cerrno>
 #include <condition_variable>
 #include <cstring>
+#include <functional>
 #include <mutex>
 #include <thread>
 
@@ -72,6 +73,117 @@ bool userFileThere(int iFolder, const QString & sName, const QString & sPath, co
    return (::fstatat(iFolder, QFile::encodeName(sName).constData(), & st, 0) == 0);
 }
 
+
+// Items worked on by several threads and handed on in order by the calling thread, which is one
+// of the workers: while the item it waits for is not done, it works on the next one itself.
+// Nobody is woken who is not asleep: with items as short as an unchanged file's check, waking
+// costs more than the work. Workers run at most k_iAheadPerThread items per thread ahead of the
+// one handed on, so that the texts held at once stay bounded.
+class ordered_pool
+{
+   const std::size_t m_n;
+   const std::size_t m_iThreads;
+   const std::function<bool(std::size_t)> m_fnWork;     // false: the item failed, start no more
+   const std::function<bool(std::size_t)> m_fnHandOn;   // false: stop
+   std::vector<char> m_lstDone;
+   std::mutex m_mutex;
+   std::condition_variable m_workerWake, m_handerWake;
+   std::size_t m_iNext = 0, m_iHandedOn = 0, m_iWorkersAsleep = 0;
+   bool m_bHanderAsleep = false, m_bStop = false;
+
+   // Under the lock: the next item may be started.
+   bool mayStart() const { return (! m_bStop && (m_iNext < m_n) && (m_iNext < m_iHandedOn + m_iThreads * k_iAheadPerThread)); }
+
+   // Works item i and says it is done (items before it were all taken and finish; later ones
+   // are not started after a failure).
+   void finishItem(std::size_t i)
+   {
+      const bool bOk = m_fnWork(i);
+      bool bWake = false;
+      {
+         std::lock_guard<std::mutex> lock(m_mutex);
+         m_lstDone[i] = 1;
+         if (! bOk) { m_bStop = true; }
+         bWake = m_bHanderAsleep;
+      }
+      if (bWake) { m_handerWake.notify_one(); }
+   }
+
+   void worker()
+   {
+      while (true)
+      {
+         std::size_t i = 0;
+         {
+            std::unique_lock<std::mutex> lock(m_mutex);
+            while (! m_bStop && (m_iNext < m_n) && ! mayStart()) { ++m_iWorkersAsleep; m_workerWake.wait(lock); --m_iWorkersAsleep; }
+            if (! mayStart()) { return; }
+            i = m_iNext++;
+         }
+         finishItem(i);
+      }
+   }
+
+   // Until item i is done, works on others; false when the pool stopped before it started.
+   bool awaitItem(std::size_t i)
+   {
+      while (true)
+      {
+         std::size_t j = m_n;
+         {
+            std::unique_lock<std::mutex> lock(m_mutex);
+            if (m_lstDone[i] != 0) { return true; }
+            if (mayStart()) { j = m_iNext++; }
+            else if (i >= m_iNext) { return false; }
+            else
+            {
+               m_bHanderAsleep = true;
+               m_handerWake.wait(lock, [&] { return (m_lstDone[i] != 0); });
+               m_bHanderAsleep = false;
+               return true;
+            }
+         }
+         finishItem(j);
+      }
+   }
+
+   void stop()
+   {
+      {
+         std::lock_guard<std::mutex> lock(m_mutex);
+         m_bStop = true;
+      }
+      m_workerWake.notify_all();
+   }
+
+public:
+   ordered_pool(std::size_t n, std::size_t iThreads, std::function<bool(std::size_t)> fnWork, std::function<bool(std::size_t)> fnHandOn)
+      : m_n(n), m_iThreads(std::max<std::size_t>(iThreads, 1)), m_fnWork(std::move(fnWork)), m_fnHandOn(std::move(fnHandOn)), m_lstDone(n, 0)
+   {}
+
+   // Every item handed on: true; a hand-on that said stop, or items never started: false.
+   bool run()
+   {
+      std::vector<std::thread> lstThreads;
+      lstThreads.reserve(m_iThreads - 1);
+      for (std::size_t t = 1; t < m_iThreads; ++t) { lstThreads.emplace_back([this] { worker(); }); }
+      bool bOk = true;
+      for (std::size_t i = 0; (i < m_n) && bOk; ++i)
+      {
+         bOk = (awaitItem(i) && m_fnHandOn(i));
+         bool bWake = false;
+         {
+            std::lock_guard<std::mutex> lock(m_mutex);
+            m_iHandedOn = i + 1;
+            bWake = (m_iWorkersAsleep > 0);
+         }
+         if (bWake) { m_workerWake.notify_all(); }
+      }
+      stop();
+      for (std::thread & t : lstThreads) { t.join(); }
+      return bOk;
+   }
+};
 
 } // namespace
 
@@ -305,87 +417,17 @@ zy::ZyBool cpp_builder::runItems(model::project & project, const std::vector<ite
    project.getEntityById(0);
    project.getEnumerationById(0);
 
-   // This thread is one of the workers: it hands the items on in model order and, while the one
-   // it waits for is not done, works on the next one itself. Nobody is woken who is not waiting:
-   // with items as short as an unchanged file's check, waking costs more than the work.
    std::vector<item_outcome> lstResults(n);
-   std::vector<char> lstDone(n, 0);
-   std::mutex mutex;
-   std::condition_variable workerWake, handerWake;
-   std::size_t iNext = 0, iHandedOn = 0;
-   std::size_t iWorkersAsleep = 0;
-   bool bHanderAsleep = false, bStop = false;
-   const std::size_t iAhead = iWorkers * k_iAheadPerThread;
-   // Under the lock: the next item may be started (not too far ahead of the one handed on).
-   auto mayStart = [&] { return (! bStop && (iNext < n) && (iNext < iHandedOn + iAhead)); };
-   // Works item i and says it is done; true when the one handing on must be woken.
-   auto finishItem = [&](std::size_t i)
-   {
-      work(lstItems[i], lstResults[i]);
-      std::lock_guard<std::mutex> lock(mutex);
-      lstDone[i] = 1;
-      // Items before this one were all taken already and finish; later ones are not started.
-      if (! lstResults[i].result) { bStop = true; }
-      return bHanderAsleep;
-   };
-   auto worker = [&]
-   {
-      while (true)
-      {
-         std::size_t i = 0;
-         {
-            std::unique_lock<std::mutex> lock(mutex);
-            while (! bStop && (iNext < n) && ! mayStart()) { ++iWorkersAsleep; workerWake.wait(lock); --iWorkersAsleep; }
-            if (! mayStart()) { return; }
-            i = iNext++;
-         }
-         if (finishItem(i)) { handerWake.notify_one(); }
-      }
-   };
-   std::vector<std::thread> lstThreads;
-   lstThreads.reserve(iWorkers - 1);
-   for (std::size_t t = 1; t < iWorkers; ++t) { lstThreads.emplace_back(worker); }
-
    zy::ZyBool ok(true);
-   for (std::size_t i = 0; (i < n) && ok.getValue(); ++i)
-   {
-      bool bReady = false;
-      while (! bReady)
-      {
-         std::size_t j = n;
-         {
-            std::unique_lock<std::mutex> lock(mutex);
-            if (lstDone[i] != 0) { bReady = true; }
-            else if (mayStart()) { j = iNext++; }
-            else if (i >= iNext) { break; }   // the export stopped before it started
-            else
-            {
-               bHanderAsleep = true;
-               handerWake.wait(lock, [&] { return (lstDone[i] != 0); });
-               bHanderAsleep = false;
-               bReady = true;
-            }
-         }
-         if (j < n) { finishItem(j); }
-      }
-      if (! bReady) { ok = zy::ZyBool(false, "The export stopped before every entity and enumeration was exported"); break; }
-      ok = replayItem(lstResults[i], ctx);
-      lstResults[i] = item_outcome();
-      bool bWake = false;
-      {
-         std::lock_guard<std::mutex> lock(mutex);
-         iHandedOn = i + 1;
-         if (! ok) { bStop = true; }
-         bWake = (iWorkersAsleep > 0);
-      }
-      if (bWake) { workerWake.notify_all(); }
-   }
-   {
-      std::lock_guard<std::mutex> lock(mutex);
-      bStop = true;
-   }
-   workerWake.notify_all();
-   for (std::thread & t : lstThreads) { t.join(); }
+   ordered_pool pool(n, iWorkers,
+                     [&](std::size_t i) { work(lstItems[i], lstResults[i]); return lstResults[i].result.getValue(); },
+                     [&](std::size_t i)
+                     {
+                        ok = replayItem(lstResults[i], ctx);
+                        lstResults[i] = item_outcome();
+                        return ok.getValue();
+                     });
+   if (! pool.run() && ok.getValue()) { ok = zy::ZyBool(false, "The export stopped before every entity and enumeration was exported"); }
    return ok;
 }
 
