@@ -55,6 +55,9 @@ struct run_result
    QMap<QString, QByteArray> tree;
    QStringList lstMessages;
    QStringList lstReports;   // relative path, status and hash of every reported file, in order
+   // What a host would record of the run.
+   plugin::export_files::recorded_files record;
+   QByteArray fingerprint;
 };
 
 class ExportThreads : public export_fixture
@@ -68,7 +71,8 @@ protected:
 
    // One export into out/<dir> with that many threads, through a new builder, reported to an
    // export_files as the hosts do.
-   run_result exportWith(model::project & project, int iThreads, const QString & dir, bool bDryRun = false)
+   // With pPrevious, the host's record is that run's.
+   run_result exportWith(model::project & project, int iThreads, const QString & dir, bool bDryRun = false, const run_result * pPrevious = nullptr)
    {
       qputenv("TAVREL_EXPORT_THREADS", QByteArray::number(iThreads));
       const QString sDir = out(dir);
@@ -76,6 +80,17 @@ protected:
       m_plugin.setCppExportPath(sDir);
       plugin::export_files files;
       files.setDryRun(bDryRun);
+      if (pPrevious)
+      {
+         plugin::export_files * pFiles = & files;
+         files.setRecordReader([pPrevious, pFiles](const QString &, plugin::export_files::recorded_files & result)
+         {
+            result = pPrevious->record;
+            pFiles->setPreviousFingerprint(pPrevious->fingerprint);
+            return zy::ZyBool(true);
+         });
+         files.setFingerprintReader([pPrevious](const QString &) { return pPrevious->fingerprint; });
+      }
       m_plugin.setExportFiles(& files);
       plugin::cpp_builder builder(& m_plugin);
       run_result r;
@@ -86,7 +101,11 @@ protected:
       r.sReason = QString(builder.getLastFailureReason()).replace(sDir, "<dir>");
       r.tree = fileContents(sDir);
       for (const plugin::export_files::file & f : files.files())
-      { r.lstReports.append(files.relativePath(f.path) + " " + QString::number(f.status) + " " + QString::fromLatin1(f.hash.toHex())); }
+      {
+         r.lstReports.append(files.relativePath(f.path) + " " + QString::number(f.status) + " " + QString::fromLatin1(f.hash.toHex()));
+         r.record.insert(files.relativePath(f.path), f.hash);
+      }
+      r.fingerprint = files.fingerprint();
       return r;
    }
 
@@ -245,4 +264,37 @@ TEST_F(ExportThreads, CustomFilesAlreadyThereAreKeptOnOneOrFourThreads)
    }
    EXPECT_EQ(readText(sOutside), QString("outside"));
    EXPECT_TRUE(QFileInfo(out("four/custom/src/garden_bed1_Plant1.cpp")).isSymLink());
+}
+
+// A record with the export's own fingerprint: on four threads the files that still have their
+// recorded hash are reported as generating them would, and are not even generated.
+TEST_F(ExportThreads, TrustedRecordOnFourThreadsSaysWhatGeneratingSays)
+{
+   model::project_ptr p = greenhouse();
+   ASSERT_TRUE(p);
+   const run_result first = exportWith(* p, 4, "tree");
+   ASSERT_TRUE(static_cast<bool>(first.ok)) << first.ok.getDesc().toStdString();
+   ASSERT_FALSE(first.fingerprint.isEmpty());
+   const QMap<QString, qint64> before = fileTimes(out("tree"));
+   const run_result full = exportWith(* p, 4, "tree");
+   const run_result trusted = exportWith(* p, 4, "tree", false, & first);
+   ASSERT_TRUE(static_cast<bool>(trusted.ok)) << trusted.ok.getDesc().toStdString();
+   EXPECT_EQ(trusted.lstMessages, full.lstMessages);
+   EXPECT_EQ(trusted.lstReports, full.lstReports);
+   EXPECT_EQ(trusted.fingerprint, first.fingerprint);
+   EXPECT_EQ(fileTimes(out("tree")), before);
+   // A file edited behind the record (its hash recorded too) is taken on trust: not generated.
+   const QString sRel = "include/garden_bed3_Plant8.gen.h";
+   const QString sEdited = readText(out("tree/" + sRel)) + "// edited\n";
+   ASSERT_TRUE(writeText(out("tree/" + sRel), sEdited));
+   run_result edited = first;
+   edited.record.insert(sRel, plugin::export_files::hashOf(sEdited));
+   const run_result again = exportWith(* p, 4, "tree", false, & edited);
+   ASSERT_TRUE(static_cast<bool>(again.ok));
+   EXPECT_EQ(readText(out("tree/" + sRel)), sEdited);
+   // Without the fingerprint it is generated again.
+   edited.fingerprint.clear();
+   const run_result untrusted = exportWith(* p, 4, "tree", false, & edited);
+   ASSERT_TRUE(static_cast<bool>(untrusted.ok));
+   EXPECT_NE(readText(out("tree/" + sRel)), sEdited);
 }
