@@ -213,3 +213,26 @@ TEST(ModelSchemaCheck, ClassNamedLikeAPropertyAfterAnEditOfTheClassOnly)
    EXPECT_NE(m.both().find("property 'Invoice' is named like the class 'Invoice' of its namespace"), std::string::npos);
    EXPECT_EQ(m.check.checkedItems(), 1);
 }
+
+// A model large enough that the whole check reads its texts and file names on a second thread:
+// the same problems in the same order as the check that goes item by item.
+TEST(ModelSchemaCheck, LargeModelListsWhatTheItemByItemCheckLists)
+{
+   edited_model m;
+   for (int i = 0; i < 80; ++i)
+   {
+      auto p = makeEntity("shop::bulk", QString("Part%1").arg(i), (i % 9 == 4) ? QString("shop::bulk::Part%1").arg(i + 1) : QString());
+      addProperty(p, "id", "long", true);
+      if (i % 11 == 3) { addProperty(p, QString("Part%1").arg(i + 1), "QString"); }
+      if (i % 13 == 5) { p->setDescription(QString("line\x01") + QString::number(i)); }
+      if (i % 17 == 2) { p->setTableName("t_shared"); }
+      m.pProject->addEntity(p);
+   }
+   // Two keys that flatten to one file name, and a parent cycle.
+   m.pProject->addEntity(makeEntity(QString(), "shop_bulk_Part7", QString()));
+   (* m.pProject->getListOfAllEntities())[10]->setParentKey("shop::bulk::Part5");
+   m.pProject->resolveLinks();
+   const std::string s = m.both();
+   for (const char * szExpected : { "is named like the class", "control character", "is also the table of", "shop_bulk_Part7" })
+   { EXPECT_NE(s.find(szExpected), std::string::npos) << szExpected << "\n" << s; }
+}

@@ -1,5 +1,7 @@
 #include "model/project.h"
 
+#include <thread>
+
 #include "model/entity.h"
 #include "model/enumeration.h"
 #include "model/model_integrity.h"
@@ -164,6 +166,24 @@ zy::ZyInvalidValueX project::checkSchema() const
    const list_of_enumeration & lstEnums = (* m_pEnumerations);
 
    using namespace schema_items;
+   // The texts the export writes as they are (accessor bodies, literals, comments, numbers) and
+   // the generated file names are checked on a thread of their own while this one checks the
+   // items: both only read the model, once the look-up tables are built here.
+   zy::ZyInvalidValueX lstTexts;
+   QStringList lstCollisions;
+   auto checkTexts = [this, &lstTexts, &lstCollisions]
+   {
+      lstTexts = model_text_rules::checkProject(* this, true);
+      lstCollisions = model_integrity::fileCollisions(* this, false);
+   };
+   std::thread texts;
+   if ((lstEntities.size() + lstEnums.size()) >= 64)
+   {
+      invalidateIndex();
+      getEntityById(0);
+      getEnumerationById(0);
+      texts = std::thread(checkTexts);
+   }
    checkProjectName(lstResult, m_sName);
    {
       // Freed before the checks below build tables of their own: on large models the key
@@ -176,16 +196,16 @@ zy::ZyInvalidValueX project::checkSchema() const
       }
       appendParentCycles(lstResult, lstEntities);
       appendSharedTables(lstResult, lstEntities);
-      appendClassNameClashes(lstResult, lstEntities, hashEntities, hashEnums);
+      appendClassNameClashes(lstResult, lstEntities, lstEnums, hashEntities, hashEnums);
       for (qsizetype i = 0; i < lstEnums.size(); ++i)
       {
          if (lstEnums.at(i)) { checkEnumeration(lstResult, lstEnums.at(i), i, hashEntities, hashEnums); }
       }
    }
 
-   // Texts the export writes as they are (accessor bodies, literals, comments, numbers).
-   lstResult.append(model_text_rules::checkProject(* this, true));
-   for (const QString & sCollision : model_integrity::fileCollisions(* this, false)) { lstResult.append(zy::ZyInvalidValue(sCollision, "name")); }
+   if (texts.joinable()) { texts.join(); } else { checkTexts(); }
+   lstResult.append(lstTexts);
+   for (const QString & sCollision : std::as_const(lstCollisions)) { lstResult.append(zy::ZyInvalidValue(sCollision, "name")); }
    return lstResult;
 }
 

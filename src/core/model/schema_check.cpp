@@ -170,7 +170,7 @@ zy::ZyInvalidValueX schema_check::run(const project & p)
    }
    appendParentCycles(lstResult, lstEntities);
    appendSharedTables(lstResult, lstEntities);
-   appendClassNameClashes(lstResult, lstEntities, hashEntities, hashEnums);
+   appendClassNameClashes(lstResult, lstEntities, lstEnums, hashEntities, hashEnums);
 
    for (qsizetype i = 0; i < lstEnums.size(); ++i)
    {

@@ -212,21 +212,41 @@ void appendSharedTables(zy::ZyInvalidValueX & lst, const list_of_entity & lstEnt
    }
 }
 
-void appendClassNameClashes(zy::ZyInvalidValueX & lst, const list_of_entity & lstEntities, const key_table & hashEntities, const key_table & hashEnums)
+void appendClassNameClashes(zy::ZyInvalidValueX & lst, const list_of_entity & lstEntities, const list_of_enumeration & lstEnums,
+                            const key_table & hashEntities, const key_table & hashEnums)
 {
+   // Every end of a class's key after a "::" (and the key itself): a property whose name is none
+   // of them names no class of any namespace, which is what nearly every property is.
+   QSet<QString> setEnds;
+   auto addEnds = [&setEnds](const QString & sKey)
+   {
+      setEnds.insert(sKey);
+      // Bounded by the key's length.
+      for (qsizetype iAt = sKey.indexOf(QLatin1String("::")); iAt >= 0; iAt = sKey.indexOf(QLatin1String("::"), iAt + 1))
+      { setEnds.insert(sKey.mid(iAt + 2)); }
+   };
+   for (const entity_ptr & p : lstEntities) { if (p) { addEnds(p->getKey()); } }
+   for (const enumeration_ptr & p : lstEnums) { if (p) { addEnds(p->getKey()); } }
    for (qsizetype i = 0; i < lstEntities.size(); ++i)
    {
       const entity_ptr & pEntity = lstEntities.at(i);
       if (! pEntity) { continue; }
-      const QString sPrefix = (pEntity->getNamespace().isEmpty() ? QString() : pEntity->getNamespace() + QLatin1String("::"));
+      // The key a property's name would have in the entity's namespace, in one buffer per entity:
+      // a model of thousands of entities has a hundred thousand properties to look up.
+      QString sKey = (pEntity->getNamespace().isEmpty() ? QString() : pEntity->getNamespace() + QLatin1String("::"));
+      const qsizetype iPrefix = sKey.size();
+      const QString sEntityName = pEntity->getName();
       const list_of_property & lstProperties = pEntity->getOwnProperties();
       for (qsizetype j = 0; j < lstProperties.size(); ++j)
       {
          const QString sName = (lstProperties.at(j) ? lstProperties.at(j)->getName() : QString());
          if (sName.isEmpty()) { continue; }
-         const bool bOwn = (sName == pEntity->getName());
-         const bool bEnum = (! bOwn && hashEnums.contains(sPrefix + sName));
-         if (! bOwn && ! bEnum && ! hashEntities.contains(sPrefix + sName)) { continue; }
+         const bool bOwn = (sName == sEntityName);
+         if (! bOwn && ! setEnds.contains(sName)) { continue; }
+         sKey.resize(iPrefix);
+         sKey.append(sName);
+         const bool bEnum = (! bOwn && hashEnums.contains(sKey));
+         if (! bOwn && ! bEnum && ! hashEntities.contains(sKey)) { continue; }
          const QString sLower = sName.left(1).toLower() + sName.mid(1);
          const QString sWhat = (bOwn ? QString("its own class") : (QString("the ") + (bEnum ? "enumeration" : "class") + " '" + sName + "' of its namespace"));
          lst.append(zy::ZyInvalidValue(QString("%1 : property '%2' is named like %3; the generated class does not compile (rename the property, "

@@ -58,7 +58,8 @@ TAVRELCORE_EXPORT void appendSharedTables(zy::ZyInvalidValueX & lst, const list_
 // A property named like its own class, or like a class or enumeration of its class's namespace:
 // the generated member changes what that name means inside the class, which does not compile.
 // It looks across items, so the incremental check runs it every time too.
-void appendClassNameClashes(zy::ZyInvalidValueX & lst, const list_of_entity & lstEntities, const key_table & hashEntities, const key_table & hashEnums);
+void appendClassNameClashes(zy::ZyInvalidValueX & lst, const list_of_entity & lstEntities, const list_of_enumeration & lstEnums,
+                            const key_table & hashEntities, const key_table & hashEnums);
 // Name, namespace, repeated key, parent, validator and every property of the entity at index i.
 void checkEntity(zy::ZyInvalidValueX & lst, const entity_ptr & pEntity, qsizetype i,
                  const key_table & hashEntities, const key_table & hashEnums);
