@@ -9,7 +9,7 @@ Log-log axes: a straight line of slope 1 is a linear cost."""
 import math
 import sys
 
-COLUMNS = {"cold ms": 3, "cold, one thread ms": 4, "cp -r ms": 5, "unchanged ms": 7, "read every file ms": 8}
+COLUMNS = {"cold ms": 3, "cold, one thread ms": 4, "cp -r ms": 5, "unchanged ms": 7, "read every file ms": 9}
 COLOURS = ["#1f77b4", "#d62728", "#2ca02c", "#9467bd", "#ff7f0e", "#8c564b"]
 
 
@@ -27,6 +27,11 @@ def read_table(path):
     return rows
 
 
+def value(cell):
+    """The figure of a cell, without the processor time that may follow it in brackets."""
+    return float(cell.split()[0].replace(",", ""))
+
+
 def main():
     if len(sys.argv) < 3:
         sys.exit(__doc__)
@@ -35,7 +40,7 @@ def main():
         label, _, path = arg.partition("=")
         rows = read_table(path)
         for name in ("cold ms", "cp -r ms", "unchanged ms", "read every file ms"):
-            pts = [(int(r[0]), float(r[COLUMNS[name]])) for r in rows if float(r[COLUMNS[name]]) > 0]
+            pts = [(int(r[0].replace(",", "")), value(r[COLUMNS[name]])) for r in rows if value(r[COLUMNS[name]]) > 0]
             if pts:
                 series.append((label + ": " + name.replace(" ms", ""), pts))
     xs = [x for _, pts in series for x, _ in pts]
