@@ -401,6 +401,31 @@ TEST_F(GuiRoughEdges, ImportDialogClearsTheLastErrorAndCancelLeavesTheProjectAsI
    EXPECT_NE(test_support::readAll(sProject), before);
 }
 
+// A dump file's statements skipped on purpose are counted in the window, as on the command line;
+// the next import does not show them again.
+TEST_F(GuiRoughEdges, ImportDialogSaysWhatADumpFileHeldThatWasSkipped)
+{
+   openShop("shop::Customer");
+   const QString sProject = m_tmp.filePath("e/shop.tavrel");
+   desktop::import_db_dialog dlg(sProject, m_pWnd.get());
+   dlg.show();
+   dlg.getSourceBox()->setCurrentIndex(desktop::import_db_dialog::source_ddl);
+   dlg.getFileEdit()->setText(test_support::sourceDir() + "/tests/db_import/dumps/lending.postgresql.full.sql");
+   QTest::mouseClick(dlg.getPreviewButton(), Qt::LeftButton);
+   const QString sShown = dlg.getPreview()->toPlainText();
+   EXPECT_FALSE(sShown.contains("error:")) << sShown.toStdString();
+   EXPECT_TRUE(sShown.contains("note: lending.postgresql.full.sql: skipped 6 data statements (COPY, INSERT, LOCK TABLES)")) << sShown.toStdString();
+   EXPECT_TRUE(sShown.contains("note: lending.postgresql.full.sql: skipped 2 functions and procedures")) << sShown.toStdString();
+   EXPECT_FALSE(dlg.getNotes().isEmpty());
+
+   const QString sDdl = m_tmp.filePath("schema.sql");
+   test_support::writeAll(sDdl, "CREATE TABLE parcel (id BIGINT PRIMARY KEY, weight INTEGER);\n");
+   dlg.getFileEdit()->setText(sDdl);
+   QTest::mouseClick(dlg.getPreviewButton(), Qt::LeftButton);
+   EXPECT_FALSE(dlg.getPreview()->toPlainText().contains("note:")) << dlg.getPreview()->toPlainText().toStdString();
+   EXPECT_TRUE(dlg.getNotes().isEmpty());
+}
+
 } // namespace
 
 namespace {

@@ -221,6 +221,7 @@ bool import_db_dialog::runImport(bool bWrite)
 {
    m_lstSummary.clear();
    m_lstWarnings.clear();
+   m_lstNotes.clear();
    const QString sProject = getProjectFile();
    const QString sSuffix = QFileInfo(sProject).suffix().toLower();
    if ((sSuffix != "tavrel") && (sSuffix != "json")) { showResult(tr("The project file must be a .tavrel or a .json file.")); return false; }
@@ -258,6 +259,7 @@ bool import_db_dialog::runImport(bool bWrite)
    m_btnCancelImport->setEnabled(false);
    m_lstSummary = (m_bCancelled ? QStringList() : importer.getSummary());
    m_lstWarnings = (m_bCancelled ? QStringList() : importer.getWarnings());
+   m_lstNotes = (m_bCancelled ? QStringList() : importer.getNotes());
    showResult(sError);
    return bOk;
 }
@@ -281,6 +283,8 @@ void import_db_dialog::showResult(const QString & sError)
 {
    QStringList lst = m_lstSummary;
    for (const QString & w : m_lstWarnings) { lst.append(tr("warning: %1").arg(w)); }
+   // As the command line says them: what the dump held that the model has no place for.
+   for (const QString & n : m_lstNotes) { lst.append(tr("note: %1").arg(n)); }
    if (! sError.isEmpty()) { lst.append(tr("error: %1").arg(sError)); }
    m_txtPreview->setPlainText(lst.join('\n'));
    m_lblStatus->setText(sError.isEmpty() ? tr("%n change(s)", nullptr, int(m_lstSummary.size())) : tr("Nothing was written."));

@@ -62,6 +62,7 @@ private:
    bool m_bCancelled = false;
    QStringList m_lstSummary;
    QStringList m_lstWarnings;
+   QStringList m_lstNotes;      // what a dump file held that was skipped on purpose
 
 public:
    // sProjectFile: the open project (the default target), or empty.
@@ -71,6 +72,7 @@ public:
    // What the last preview or import changed, and its warnings.
    QStringList getSummary() const { return m_lstSummary; }
    QStringList getWarnings() const { return m_lstWarnings; }
+   QStringList getNotes() const { return m_lstNotes; }
    QComboBox * getSourceBox() const { return m_cboSource; }
    QLineEdit * getFileEdit() const { return m_txtFile; }
    QLineEdit * getProjectEdit() const { return m_txtProject; }
