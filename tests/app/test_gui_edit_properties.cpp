@@ -1,6 +1,7 @@
 // The property editor of the desktop host: data members, enumeration members and relations,
 // created, edited and deleted from the property table's keys, with undo and redo of each.
 
+#include <QDir>
 #include <QGroupBox>
 #include <QTabWidget>
 #include <QTreeWidget>
@@ -198,4 +199,42 @@ TEST_F(GuiEditProperties, FieldsAreMarkedByTheRulesOfWhereTheyAreWritten)
    key(table(), Qt::Key_F2);
    EXPECT_TRUE(bChecked);
    EXPECT_EQ(m_pWnd->getUndoStack()->count(), 0);
+}
+
+// A column renamed in the editor: the indexes and foreign keys import-db kept of the table (meta
+// data) follow it, in its entity and in those whose keys point at it; undo puts them back.
+TEST_F(GuiEditProperties, RenamedColumnIsFollowedByTheKeptIndexesAndKeys)
+{
+   const QString sModel = m_tmp.filePath("k/depot.json");
+   QDir().mkpath(m_tmp.filePath("k"));
+   ASSERT_TRUE(test_support::writeAll(sModel, R"({"name": "DEPOT", "entities": [
+      {"id": 1, "name": "Parcel", "namespace": "depot", "table": "parcel",
+       "meta": {"TAVREL_SQL_INDEXES": "[{\"columns\":[\"code\",\"weight\"],\"lengths\":[0,0],\"unique\":true}]"},
+       "properties": [{"id": 1, "name": "id", "type": "long", "primary_key": true},
+                      {"id": 2, "name": "code", "type": "QString"}, {"id": 3, "name": "weight", "type": "int"}]},
+      {"id": 2, "name": "Label", "namespace": "depot", "table": "label",
+       "meta": {"TAVREL_SQL_FOREIGN_KEYS": "[{\"column\":\"parcel_code\",\"table\":\"parcel\",\"target\":\"code\"}]"},
+       "properties": [{"id": 4, "name": "id", "type": "long", "primary_key": true}, {"id": 5, "name": "parcel_code", "type": "QString"}]},
+      {"id": 3, "name": "Shelf", "namespace": "depot", "table": "shelf",
+       "meta": {"TAVREL_SQL_FOREIGN_KEYS": "[{\"column\":\"code\",\"table\":\"bin\",\"target\":\"code\"}]"},
+       "properties": [{"id": 6, "name": "id", "type": "long", "primary_key": true}, {"id": 7, "name": "code", "type": "QString"}]}]})"));
+   const zy::ZyBool opened = m_pWnd->openProject(sModel);
+   ASSERT_TRUE(opened.getValue()) << opened.getDesc().toStdString();
+   ASSERT_TRUE(m_pWnd->selectItem("depot::Parcel"));
+   const model::entity_ptr pShelfBefore = entity("depot::Shelf");
+   selectProperty("code");
+   onNextDialog<property_dialog>([](property_dialog * d) { type(d, "m_txtColumn", "parcel_code"); ok(d); });
+   key(table(), Qt::Key_F2);
+   ASSERT_EQ(property("depot::Parcel", "code")->getColumnName(), "parcel_code");
+   EXPECT_EQ(entity("depot::Parcel")->getMetaData("TAVREL_SQL_INDEXES").toString(),
+             R"([{"columns":["parcel_code","weight"],"lengths":[0,0],"unique":true}])");
+   EXPECT_EQ(entity("depot::Label")->getMetaData("TAVREL_SQL_FOREIGN_KEYS").toString(),
+             R"([{"column":"parcel_code","table":"parcel","target":"parcel_code"}])");
+   // A key to another table's column of that name is not touched, nor its entity replaced.
+   EXPECT_EQ(entity("depot::Shelf"), pShelfBefore);
+   undo();
+   EXPECT_EQ(entity("depot::Parcel")->getMetaData("TAVREL_SQL_INDEXES").toString(),
+             R"([{"columns":["code","weight"],"lengths":[0,0],"unique":true}])");
+   EXPECT_EQ(entity("depot::Label")->getMetaData("TAVREL_SQL_FOREIGN_KEYS").toString(),
+             R"([{"column":"parcel_code","table":"parcel","target":"code"}])");
 }

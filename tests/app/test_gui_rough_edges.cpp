@@ -52,7 +52,7 @@ protected:
    static void activate(QWidget * pDialog)
    {
       pDialog->activateWindow();
-      QTest::qWaitFor([pDialog] { return pDialog->isActiveWindow(); }, 5000);
+      static_cast<void>(QTest::qWaitFor([pDialog] { return pDialog->isActiveWindow(); }, 5000));
       ASSERT_TRUE(pDialog->isActiveWindow());
    }
 

@@ -5,6 +5,7 @@
 #include "desktop/entity_dialog.h"
 #include "desktop/enumeration_dialog.h"
 #include "desktop/property_dialog.h"
+#include "model/sql_meta_edit.h"
 
 #include "model/entity.h"
 #include "model/enumeration.h"
@@ -110,6 +111,7 @@ bool main_window::editProperty(const model::entity_ptr & pEntity, const model::p
    dlg.applyTo(* pCopy);
    if (j < 0) { pCopy->setEntity(pEntityCopy); pEntityCopy->addProperty(pCopy); }
    after.entities.replace(i, pEntityCopy);
+   if (j >= 0) { model_edit::renameColumnReferences(after, i, model::sql_meta::columnOf(* pProperty), model::sql_meta::columnOf(* pCopy)); }
    const QString sText = ((j < 0) ? tr("New property %1::%2") : tr("Edit property %1::%2"));
    pushEdit(sText.arg(pEntity->getKey(), pCopy->getName()), after, model_place { pEntity->getKey(), pCopy->getName() });
    return true;

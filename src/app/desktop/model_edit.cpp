@@ -13,6 +13,8 @@
 #include "model/property.h"
 #include "model/property_type.h"
 #include "model/relationship.h"
+#include "model/sql_meta.h"
+#include "model/sql_meta_edit.h"
 
 namespace desktop {
 
@@ -103,6 +105,23 @@ void renameEntityReferences(model_state & s, const QString & sOld, const QString
       {
          if (p->getRelation() && (p->getRelation()->getTargetKey() == sOld)) { p->getRelation()->setTargetKey(sNew); }
       }
+   }
+}
+
+void renameColumnReferences(model_state & s, qsizetype iEntity, const QString & sOld, const QString & sNew)
+{
+   if ((iEntity < 0) || (iEntity >= s.entities.size()) || ! s.entities.at(iEntity)) { return; }
+   model::entity & edited = * s.entities[iEntity];
+   model::sql_meta::renameColumn(edited, sOld, sNew);
+   const QString sTable = model::sql_meta::tableOf(edited);
+   for (qsizetype k = 0; k < s.entities.size(); ++k)
+   {
+      model::entity_ptr & e = s.entities[k];
+      if (! e || e->getMetaData(model::sql_meta::k_sForeignKeys).toString().isEmpty()) { continue; }
+      if (k == iEntity) { model::sql_meta::renameTargetColumn(* e, sTable, sOld, sNew); continue; }
+      // Only an entity whose kept keys change is replaced: the others stay shared with the undo.
+      model::entity_ptr pCopy = cloneEntity(* e);
+      if (model::sql_meta::renameTargetColumn(* pCopy, sTable, sOld, sNew)) { e = pCopy; }
    }
 }
 

@@ -63,6 +63,10 @@ long nextPropertyId(const model_state & s);
 
 // Parents and relation targets naming the old key follow an entity's new key.
 void renameEntityReferences(model_state & s, const QString & sOld, const QString & sNew);
+// What import-db kept of the tables (indexes and foreign keys in meta data) follows a column
+// renamed in entity iEntity, which the edit already replaced by its copy: its own indexes and
+// keys, and the keys of any entity that point at that column.
+void renameColumnReferences(model_state & s, qsizetype iEntity, const QString & sOld, const QString & sNew);
 // Properties naming the old key follow an enumeration's new key.
 void renameEnumerationReferences(model_state & s, const QString & sOld, const QString & sNew);
 

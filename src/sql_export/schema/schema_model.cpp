@@ -14,6 +14,7 @@
 #include "model/property_type.h"
 #include "model/relationship.h"
 #include "model/sql_meta.h"
+#include "model/sql_meta_edit.h"
 #include "sql_export/schema/sql_types.h"
 
 namespace sql_export {
@@ -316,27 +317,9 @@ void dropChosenKey(sql_table & t, const model::entity & entity)
 
 } // namespace
 
-QString schema_builder::tableName(const model::entity & entity)
-{
-   return (entity.getTableName().isEmpty() ? entity.getName() : entity.getTableName());
-}
+QString schema_builder::tableName(const model::entity & entity) { return model::sql_meta::tableOf(entity); }
 
-QString schema_builder::columnName(const model::property & property)
-{
-   if (property.isTransient()) { return QString(); }
-   const QString sColumn = (property.getColumnName().isEmpty() ? property.getName() : property.getColumnName());
-   const model::relationship_ptr pRelation = property.getRelation();
-   if (! pRelation) { return sColumn; }
-   // The generated classes read a relation's key from the column named like its data member; a
-   // one-to-one relation has one only when the model names its foreign key (else the two tables
-   // share the primary key).
-   switch (pRelation->getType())
-   {
-      case model::relationship::many_to_one: return sColumn;
-      case model::relationship::one_to_one: return (pRelation->getForeignKey().isEmpty() ? QString() : sColumn);
-      default: return QString();
-   }
-}
+QString schema_builder::columnName(const model::property & property) { return model::sql_meta::columnOf(property); }
 
 sql_table schema_builder::tableOf(const model::entity & entity, const sql_dialect & dialect, const schema_options & options, QStringList & lstWarnings)
 {
