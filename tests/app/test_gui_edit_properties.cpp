@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "desktop/entity_dialog.h"
 #include "desktop/property_dialog.h"
 #include "model/property_type.h"
 #include "test_gui_editing.h"
@@ -202,7 +203,8 @@ TEST_F(GuiEditProperties, FieldsAreMarkedByTheRulesOfWhereTheyAreWritten)
 }
 
 // A column renamed in the editor: the indexes and foreign keys import-db kept of the table (meta
-// data) follow it, in its entity and in those whose keys point at it; undo puts them back.
+// data) follow it, in its entity and in those whose keys point at it; so do the keys that point
+// at a renamed table; undo puts them back.
 TEST_F(GuiEditProperties, RenamedColumnIsFollowedByTheKeptIndexesAndKeys)
 {
    const QString sModel = m_tmp.filePath("k/depot.json");
@@ -235,6 +237,16 @@ TEST_F(GuiEditProperties, RenamedColumnIsFollowedByTheKeptIndexesAndKeys)
    undo();
    EXPECT_EQ(entity("depot::Parcel")->getMetaData("TAVREL_SQL_INDEXES").toString(),
              R"([{"columns":["code","weight"],"lengths":[0,0],"unique":true}])");
+   EXPECT_EQ(entity("depot::Label")->getMetaData("TAVREL_SQL_FOREIGN_KEYS").toString(),
+             R"([{"column":"parcel_code","table":"parcel","target":"code"}])");
+   // The table renamed in the entity editor: the keys that point at it follow.
+   onNextDialog<desktop::entity_dialog>([](desktop::entity_dialog * d) { type(d, "m_txtTable", "t_parcel"); ok(d); });
+   key(m_pWnd->getModelTree(), Qt::Key_F2);
+   ASSERT_EQ(entity("depot::Parcel")->getTableName(), "t_parcel");
+   EXPECT_EQ(entity("depot::Label")->getMetaData("TAVREL_SQL_FOREIGN_KEYS").toString(),
+             R"([{"column":"parcel_code","table":"t_parcel","target":"code"}])");
+   EXPECT_EQ(entity("depot::Shelf"), pShelfBefore);
+   undo();
    EXPECT_EQ(entity("depot::Label")->getMetaData("TAVREL_SQL_FOREIGN_KEYS").toString(),
              R"([{"column":"parcel_code","table":"parcel","target":"code"}])");
 }

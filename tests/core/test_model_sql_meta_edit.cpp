@@ -82,3 +82,15 @@ TEST(SqlMetaEdit, ColumnAndTableOfTheSqlExport)
    pCode->setTransient(true);
    EXPECT_EQ(sql_meta::columnOf(* pCode), "");
 }
+
+TEST(SqlMetaEdit, KeysPointingAtARenamedTableFollowIt)
+{
+   auto p = makeEntity("shop", "Label");
+   p->setMetaData(sql_meta::k_sForeignKeys, R"([{"column": "parcel_code", "table": "parcel", "target": "code"},
+                                                {"column": "bin", "table": "parcel_bin", "target": "id"}])");
+   EXPECT_TRUE(sql_meta::renameTargetTable(* p, "parcel", "t_parcel"));
+   EXPECT_EQ(normal(meta(p, sql_meta::k_sForeignKeys)),
+             normal(R"([{"column": "parcel_code", "table": "t_parcel", "target": "code"}, {"column": "bin", "table": "parcel_bin", "target": "id"}])"));
+   EXPECT_FALSE(sql_meta::renameTargetTable(* p, "crate", "t_crate"));
+   EXPECT_FALSE(sql_meta::renameTargetTable(* p, "t_parcel", "t_parcel"));
+}

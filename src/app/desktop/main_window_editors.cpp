@@ -25,6 +25,8 @@ struct item_kind
    long (* fnNextId)(const model_state &);
    void (* fnRenameReferences)(model_state &, const QString &, const QString &);
    const char * szBaseName;
+   // What else follows an edited item (the kept keys that point at an entity's table); or none.
+   void (* fnFollowEdit)(model_state &, const T & before, const T & after);
 };
 
 namespace {
@@ -37,10 +39,15 @@ QStringList namesOf(const T & lst)
    return lstNames;
 }
 
+void followTable(model_state & s, const model::entity & before, const model::entity & after)
+{
+   model_edit::renameTableReferences(s, model::sql_meta::tableOf(before), model::sql_meta::tableOf(after));
+}
+
 const item_kind<model::entity> k_entityKind { & model_state::entities, & model_edit::cloneEntity, & model_edit::nextEntityId,
-                                              & model_edit::renameEntityReferences, "Entity" };
+                                              & model_edit::renameEntityReferences, "Entity", & followTable };
 const item_kind<model::enumeration> k_enumerationKind { & model_state::enumerations, & model_edit::cloneEnumeration, & model_edit::nextEnumerationId,
-                                                        & model_edit::renameEnumerationReferences, "Enumeration" };
+                                                        & model_edit::renameEnumerationReferences, "Enumeration", nullptr };
 
 } // namespace
 
@@ -69,6 +76,7 @@ bool main_window::editItem(const std::shared_ptr<T> & pItem, const item_kind<T> 
       lst.replace(lst.indexOf(pItem), pCopy);
       // A rename or a move takes the items naming it along (parents, relation targets, types).
       if (sOldKey != pCopy->getKey()) { kind.fnRenameReferences(after, sOldKey, pCopy->getKey()); }
+      if (kind.fnFollowEdit) { kind.fnFollowEdit(after, * pItem, * pCopy); }
    }
    QString sText = (! pItem ? lstTexts.at(0).arg(pCopy->getKey()) : lstTexts.at(1).arg(sOldKey));
    if (pItem && (sOldKey != pCopy->getKey())) { sText = lstTexts.at(2).arg(sOldKey, pCopy->getKey()); }

@@ -125,6 +125,17 @@ void renameColumnReferences(model_state & s, qsizetype iEntity, const QString & 
    }
 }
 
+void renameTableReferences(model_state & s, const QString & sOld, const QString & sNew)
+{
+   if (sOld.isEmpty() || sNew.isEmpty() || (sOld == sNew)) { return; }
+   for (model::entity_ptr & e : s.entities)
+   {
+      if (! e || e->getMetaData(model::sql_meta::k_sForeignKeys).toString().isEmpty()) { continue; }
+      model::entity_ptr pCopy = cloneEntity(* e);
+      if (model::sql_meta::renameTargetTable(* pCopy, sOld, sNew)) { e = pCopy; }
+   }
+}
+
 void renameEnumerationReferences(model_state & s, const QString & sOld, const QString & sNew)
 {
    for (model::entity_ptr & e : s.entities)

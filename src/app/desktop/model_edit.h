@@ -67,6 +67,8 @@ void renameEntityReferences(model_state & s, const QString & sOld, const QString
 // renamed in entity iEntity, which the edit already replaced by its copy: its own indexes and
 // keys, and the keys of any entity that point at that column.
 void renameColumnReferences(model_state & s, qsizetype iEntity, const QString & sOld, const QString & sNew);
+// The kept foreign keys (meta data) that point at a renamed table follow it.
+void renameTableReferences(model_state & s, const QString & sOld, const QString & sNew);
 // Properties naming the old key follow an enumeration's new key.
 void renameEnumerationReferences(model_state & s, const QString & sOld, const QString & sNew);
 

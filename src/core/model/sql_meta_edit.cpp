@@ -98,5 +98,11 @@ bool renameTargetColumn(entity & e, const QString & sTable, const QString & sOld
    });
 }
 
+bool renameTargetTable(entity & e, const QString & sOld, const QString & sNew)
+{
+   if (sOld.isEmpty() || sNew.isEmpty() || (sOld == sNew)) { return false; }
+   return editEntries(e, k_sForeignKeys, [&](QJsonObject & o) { return renameIn(o, "table", sOld, sNew); });
+}
+
 } // namespace sql_meta
 } // namespace model

@@ -21,6 +21,8 @@ TAVRELCORE_EXPORT QString columnOf(const property & p);
 TAVRELCORE_EXPORT bool renameColumn(entity & e, const QString & sOld, const QString & sNew);
 // The same for the kept foreign keys of an entity that point at that column of table sTable.
 TAVRELCORE_EXPORT bool renameTargetColumn(entity & e, const QString & sTable, const QString & sOld, const QString & sNew);
+// A table renamed: the kept foreign keys of an entity that point at it follow.
+TAVRELCORE_EXPORT bool renameTargetTable(entity & e, const QString & sOld, const QString & sNew);
 
 } // namespace sql_meta
 } // namespace model
