@@ -12,6 +12,7 @@
 #include "catalog_compare.h"
 #include "corpus_trip_support.h"
 #include "db_environment.h"
+#include "db_import/type_mapping.h"
 #include "import_test_support.h"
 #include "model/entity.h"
 #include "model/project.h"
@@ -27,11 +28,6 @@ using test_support::runTavrel;
 namespace {
 
 const ::testing::Environment * const s_pEnvironment = db_support::db_environment::install();
-
-QString dialectText(enum_dialect e)
-{
-   return ((e == db_import::dialect_postgresql) ? "postgresql" : ((e == db_import::dialect_mariadb) ? "mariadb" : "sqlite"));
-}
 
 class ImportCorpusTrip : public ::testing::TestWithParam<enum_dialect>
 {
@@ -72,7 +68,7 @@ protected:
 TEST_P(ImportCorpusTrip, SqlExportMakesTheSameCatalog)
 {
    ASSERT_NO_FATAL_FAILURE(loadAndImport());
-   const cli_result e = runTavrel({ "export", m_sModel, "--plugin", "TavrelSqlExport", "--TavrelSqlExport_dialect=" + dialectText(GetParam()),
+   const cli_result e = runTavrel({ "export", m_sModel, "--plugin", "TavrelSqlExport", "--TavrelSqlExport_dialect=" + db_import::type_mapping::dialectName(GetParam()),
                                     "--TavrelSqlExport_path=corpus.sql" });
    ASSERT_EQ(e.code, 0) << e.out.toStdString() << e.err.toStdString();
    EXPECT_FALSE(e.err.contains("written from its C++ type")) << e.err.toStdString();
@@ -166,7 +162,7 @@ TEST_P(ImportCorpusTrip, MigrationKeepsTheRowsAndARefreshFollows)
    const QStringList lstCompanies = import_test::queryValues(e, m_sUrl, "SELECT " + import_test::quoted(e, "Company") + " FROM " + sCustomer + sOrder, sError);
    ASSERT_TRUE(sError.isEmpty() && (lstCompanies.size() >= 2)) << sError.toStdString();
 
-   const cli_result m = runTavrel({ "migrate", m_sModel, sNext, "--dialect", dialectText(e), "--database", m_sUrl, "--allow-destructive",
+   const cli_result m = runTavrel({ "migrate", m_sModel, sNext, "--dialect", db_import::type_mapping::dialectName(e), "--database", m_sUrl, "--allow-destructive",
                                     "-o", m_dir.filePath("migration.sql") });
    ASSERT_EQ(m.code, 0) << m.out.toStdString() << m.err.toStdString();
    const QString sScript = QString::fromUtf8(test_support::readAll(m_dir.filePath("migration.sql")));
