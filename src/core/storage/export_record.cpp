@@ -103,23 +103,6 @@ zy::ZyBool readStored(QSqlDatabase & db, const QString & plugin, const QString &
 
 } // namespace
 
-zy::ZyBool export_record::readFingerprint(QSqlDatabase & db, const QString & plugin, const QString & exportDir, QByteArray & fingerprint)
-{
-   fingerprint.clear();
-   QByteArray stored;
-   bool bFound = false;
-   const zy::ZyBool ok = readStored(db, plugin, exportDir, stored, bFound);
-   if (! ok.getValue() || ! bFound) { return ok; }
-   // A record that does not read back whole has no fingerprint either.
-   const QByteArray bytes = qUncompress(stored);
-   const qsizetype iHead = qsizetype(sizeof(k_szFormat));
-   const bool bMarked = (bytes.startsWith(QByteArrayView(k_szFormat, iHead)) || bytes.startsWith(QByteArrayView(k_szFormatWithFingerprint, iHead)));
-   if (! bMarked || ! bytes.endsWith('\0')) { return zy::ZyBool(true); }
-   const qsizetype iEnd = bytes.indexOf('\0', iHead);
-   if (iEnd > iHead) { fingerprint = bytes.mid(iHead, iEnd - iHead); }
-   return zy::ZyBool(true);
-}
-
 zy::ZyBool export_record::read(QSqlDatabase & db, const QString & plugin, const QString & exportDir, files & result,
                               QByteArray * pFingerprint)
 {

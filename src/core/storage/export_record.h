@@ -26,8 +26,6 @@ public:
    // when given, gets the fingerprint stored with it (empty when none was).
    static zy::ZyBool read(QSqlDatabase & db, const QString & plugin, const QString & exportDir, files & result,
                           QByteArray * pFingerprint = nullptr);
-   // Only the fingerprint of that record (empty when none): the files are not decoded.
-   static zy::ZyBool readFingerprint(QSqlDatabase & db, const QString & plugin, const QString & exportDir, QByteArray & fingerprint);
    // Replaces the record of plug-in into exportDir in one transaction. fingerprint names what
    // the plug-in made the files from (empty: it vouches for nothing).
    static zy::ZyBool write(QSqlDatabase & db, const QString & plugin, const QString & exportDir, const files & record,
