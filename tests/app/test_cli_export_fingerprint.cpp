@@ -7,7 +7,6 @@
 #include <QRegularExpression>
 #include <QFileInfo>
 #include <QSqlDatabase>
-#include <QSqlQuery>
 
 #include <gtest/gtest.h>
 
@@ -320,11 +319,9 @@ TEST_F(CliExportFingerprint, RecordOfAnOlderVersionIsReadAndReplaced)
       const XXH64_hash_t h = XXH3_64bits(sText.constData(), static_cast<size_t>(sText.size()) * sizeof(QChar));
       return QByteArray::number(static_cast<qulonglong>(h), 16).rightJustified(16, '0');
    };
-   QSqlDatabase db;
-   ASSERT_TRUE(storage::project_storage::openDatabase(path("shop.tavrel"), db).getValue());
    storage::export_record::files record;
    QByteArray fingerprint;
-   ASSERT_TRUE(storage::export_record::read(db, k_szPlugin, outDir(), record, & fingerprint).getValue());
+   editRecord([&](storage::export_record::files & r, QByteArray & f) { record = r; fingerprint = f; });
    ASSERT_FALSE(fingerprint.isEmpty());
    QByteArray old = QByteArray("2") + '\0' + fingerprint + '\0';
    for (auto it = record.constBegin(); it != record.constEnd(); ++it)
@@ -334,15 +331,8 @@ TEST_F(CliExportFingerprint, RecordOfAnOlderVersionIsReadAndReplaced)
    }
    old += heldTextHash("// no longer generated\n") + '\0' + "include/shop_Gone.gen.h" + '\0';
    old += heldTextHash("// as the export left it\n") + '\0' + "include/shop_Edited.gen.h" + '\0';
-   QSqlQuery query(db);
-   ASSERT_TRUE(query.prepare("UPDATE t_export_record SET files = ? WHERE plugin_name = ? AND export_dir = ?"));
-   query.addBindValue(qCompress(old, 1));
-   query.addBindValue(QString(k_szPlugin));
-   query.addBindValue(outDir());
-   ASSERT_TRUE(query.exec());
-   ASSERT_EQ(query.numRowsAffected(), 1);
-   query = QSqlQuery();
-   storage::project_storage::closeDatabase(db);
+   // The row as an older version wrote it (this test's project has one record).
+   ASSERT_TRUE(test_support::execOnProject(path("shop.tavrel"), "UPDATE t_export_record SET files = ?", qCompress(old, 1)));
 
    QStringList before = test_support::treeState(path("out"));
    const cli_result r = run({ "--verbose" });
